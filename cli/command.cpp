@@ -1,0 +1,82 @@
+#include "cli/command.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "standin/host/scene_file.h"
+#include "standin/import/model_import.h"
+
+namespace marrowfen::cli {
+
+namespace {
+
+void line(const char* color, const char* label, const std::string& text) {
+    const bool colored = isatty(STDERR_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+    std::fprintf(stderr, "%s%s%s%s\n", colored ? color : "", label, colored ? "\033[0m" : "", text.c_str());
+}
+
+}  // namespace
+
+void Session::error(const std::string& text) const { line("\033[31m", "error: ", text); }
+
+void Session::warning(const std::string& text) const {
+    if (!quiet) line("\033[33m", "warning: ", text);
+}
+
+void Session::note(const std::string& text) const {
+    if (!quiet) line("", "", text);
+}
+
+void Session::detail(const std::string& text) const {
+    if (verbose && !quiet) line("", "", text);
+}
+
+void SceneOptions::addTo(CLI::App& command) {
+    command.add_option("--fps", fps, "frame rate of the host that a model is loaded into")
+        ->check(CLI::Range(1.0F, 1000.0F))
+        ->capture_default_str();
+    command.add_option("--scale", scale, "factor on a model's coordinates")->check(CLI::PositiveNumber);
+}
+
+standin::LoadResult loadScene(const std::string& path, const SceneOptions& options) {
+    constexpr std::string_view kSceneEnding = ".scene.json";
+    if (path.size() >= kSceneEnding.size() &&
+        std::string_view(path).substr(path.size() - kSceneEnding.size()) == kSceneEnding) {
+        return standin::readSceneFile(path);
+    }
+    standin::ImportOptions import;
+    import.frameRate = options.fps;
+    import.scale = options.scale;
+    return standin::importModel(path, import);
+}
+
+std::string writeWholeFile(const std::string& path, const std::string& content) {
+    std::string temporary = path + ".XXXXXX";
+    const int file = mkstemp(temporary.data());
+    if (file < 0) return path + ": " + std::strerror(errno);
+    // mkstemp makes private files; a result has the rights that any new file has.
+    const mode_t mask = umask(0);
+    umask(mask);
+    bool good = fchmod(file, 0666 & ~mask) == 0;
+    size_t written = 0;
+    while (good && written < content.size()) {
+        const ssize_t n = write(file, content.data() + written, content.size() - written);
+        good = n > 0 || (n < 0 && errno == EINTR);
+        if (n > 0) written += static_cast<size_t>(n);
+    }
+    int fault = good ? 0 : errno;
+    if (close(file) != 0 && fault == 0) fault = errno;
+    if (fault == 0 && std::rename(temporary.c_str(), path.c_str()) != 0) fault = errno;
+    if (fault == 0) return {};
+    unlink(temporary.c_str());
+    return path + ": " + std::strerror(fault);
+}
+
+}  // namespace marrowfen::cli

@@ -1,0 +1,7 @@
+#include "cli/command.h"
+
+namespace marrowfen::cli {
+
+void addExportCommand(CLI::App&, Session&) {}
+
+}  // namespace marrowfen::cli

@@ -1,0 +1,1 @@
+#include "standin/host/scene_file.h"
