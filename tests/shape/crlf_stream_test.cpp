@@ -1,0 +1,46 @@
+#include "shape/crlf_stream.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace marrowfen {
+namespace {
+
+TEST(CrLfStream, EveryLineFeedGetsACarriageReturn) {
+    std::stringbuf bytes;
+    CrLfBuffer buffer(bytes);
+    std::ostream out(&buffer);
+    out << "one" << std::endl
+        << std::endl
+        << "a\nb\n"
+        << '\n'
+        << 2.5F << "\r\n"
+        << "open";
+    EXPECT_EQ(bytes.str(), "one\r\n\r\na\r\nb\r\n\r\n2.5\r\r\nopen");
+    EXPECT_TRUE(out.good());
+}
+
+TEST(CrLfStream, FileIsOnDiskAtEachEndOfLineAndReplacesAnOlderOne) {
+    const std::string path = testing::TempDir() + "crlf_stream_test.txt";
+    const auto content = [&] {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    std::ofstream(path) << "a longer text that was here before";
+    CrLfFile file(path);
+    file << "line" << std::endl << "rest";
+    EXPECT_EQ(content(), "line\r\n");
+    file.close();
+    EXPECT_TRUE(file.good());
+    EXPECT_EQ(content(), "line\r\nrest");
+}
+
+TEST(CrLfStream, FileThatCannotBeOpenedDropsItsText) {
+    CrLfFile file("/nowhere/at/all.txt");
+    file << "text" << std::endl;
+    EXPECT_TRUE(file.fail());
+}
+
+}  // namespace
+}  // namespace marrowfen
