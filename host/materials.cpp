@@ -1,0 +1,167 @@
+#include "host/materials.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+
+namespace marrowfen {
+
+namespace {
+
+constexpr uint32_t kMapFlags = Shape::DetailMapFlag | Shape::BumpMapFlag | Shape::ReflectionMapFlag;
+constexpr uint8_t kOpaqueFrom = 175;      // opacity bytes below it are translucent
+constexpr float kValueTolerance = 0.01F;  // between detail scales and reflections of one material
+constexpr int kEnvironmentShaderSlot = 3;
+constexpr size_t kParameterNameLength = 62;  // bytes of a parameter's name that count
+
+// One parameter of an environment-map shader: taken into info, or noted in the log.
+void readShaderParameter(TsxShaderInfo* shader, int index, MaterialInfo& info, std::ostream& log) {
+    TsxParameterValue* value = tsxShaderInfoGetParameterValue(shader, index);
+    const std::string name =
+        std::string(tsxShaderInfoGetConstParameterName(shader, index)).substr(0, kParameterNameLength);
+    const int type = tsxParameterValueGetType(value);
+
+    float number = 0;
+    const char* text = "";
+    unsigned char flag = 0;
+    if (type == TsxFloatParameter) tsxParameterValueGetData(value, &number);
+    if (type == TsxTextParameter) tsxParameterValueGetData(value, &text);
+    if (type == TsxFlagParameter) tsxParameterValueGetData(value, &flag);
+
+    if (name == "mirror factor") {
+        if (type == TsxFloatParameter) info.mirrorFactor = number;
+    } else if (name == "ambient factor") {
+        if (type == TsxFloatParameter) info.ambientFactor = number;
+    } else if (name == "file name") {
+        if (type == TsxTextParameter) info.envMapName = reducedFileName(text);
+    } else if (type == TsxFloatParameter) {
+        log << name << ": " << number << std::endl;
+    } else if (type == TsxFlagParameter) {
+        log << name << ": " << static_cast<int>(flag) << std::endl;
+    } else if (type == TsxTextParameter) {
+        log << name << ": " << text << std::endl;
+    }
+}
+
+void readEnvironmentShader(TsxMaterial* material, MaterialInfo& info, std::ostream& log) {
+    if (tsxMaterialIsShaderBoxNull(material) != 0 || tsxMaterialIsShaderBoxValid(material) != 1) return;
+    TsxShaderInfo* shader = tsxMaterialGetShaderInfo(material, kEnvironmentShaderSlot);
+    char name[32] = {};
+    if (tsxShaderInfoGetShaderName(shader, name) != 1 || std::string_view(name) != "c_envr_map") return;
+
+    const int count = tsxShaderInfoGetParametersNumber(shader);
+    log << "Number of Shader Params: " << count << std::endl;
+    for (int j = 0; j < count; ++j) readShaderParameter(shader, j, info, log);
+}
+
+void readMaterialInfo(TsxMaterial* material, MaterialInfo& info, std::ostream& log) {
+    char fileName[256] = {};
+    tsxMaterialGetTextureFilename(material, fileName, sizeof fileName);
+    info.textureName = reducedFileName(fileName[0] != 0 ? fileName : "Unnamed");
+
+    float first = 0, second = 0, fourth = 0;
+    tsxMaterialGetReflectionProps(material, &first, &second, &info.thirdReflectionProp, &fourth);
+
+    readEnvironmentShader(material, info, log);
+}
+
+// A translucent material subtracts or adds as the third reflection property says.
+uint32_t blendFlags(float thirdReflectionProp) {
+    uint32_t flags = Shape::Translucent;
+    if (thirdReflectionProp > 0 && thirdReflectionProp < 1) flags |= Shape::Subtractive;
+    if (thirdReflectionProp == 1) flags |= Shape::Additive;
+    return flags;
+}
+
+}  // namespace
+
+std::string_view reducedFileName(std::string_view fileName) {
+    const size_t backslash = fileName.rfind('\\');
+    if (backslash != std::string_view::npos) fileName.remove_prefix(backslash + 1);
+    return fileName.substr(0, fileName.rfind('.'));
+}
+
+MaterialConversion::MaterialConversion(std::vector<Shape::Material>& materials, std::ostream& log,
+                                       const TextureOptions& options)
+    : materials_(materials), log_(log), options_(options) {
+    for (size_t i = 0; i < materials.size(); ++i) byName_[materials[i].name].push_back(static_cast<int32_t>(i));
+}
+
+const MaterialConversion::HostMaterial& MaterialConversion::hostMaterial(TsxNode* polyhedron, int16_t materialNumber) {
+    const auto [entry, isNew] = hostMaterials_.try_emplace(materialNumber);
+    HostMaterial& found = entry->second;
+    if (!isNew) return found;
+
+    TsxMaterial* scratch = nullptr;
+    tsxMaterialCreate(&scratch);
+    found.known = tsxPolyhGetMaterial(polyhedron, materialNumber, scratch) == 1;
+    if (found.known) {
+        std::ostringstream lines;
+        readMaterialInfo(scratch, found.info, lines);
+        found.logText = lines.str();
+        unsigned char color[4] = {};
+        tsxMaterialGetColor(scratch, color);
+        found.opacity = color[3];
+    }
+    tsxMaterialDestroy(scratch);
+    return found;
+}
+
+uint32_t MaterialConversion::faceMaterial(TsxNode* polyhedron, int16_t materialNumber) {
+    const HostMaterial& material = hostMaterial(polyhedron, materialNumber);
+    if (!material.known) return Primitive::NoMaterial;
+    if (!material.logText.empty()) log_ << material.logText << std::flush;
+
+    const MaterialInfo& info = material.info;
+    uint32_t flags = 0;
+    int32_t reflectance = -1;
+    float reflection = 0;
+    if (info.mirrorFactor > 0) {
+        reflection = info.mirrorFactor;
+        if (!info.envMapName.empty() && info.envMapName != info.textureName) {
+            reflectance = findOrAddMaterial(info.envMapName, Shape::ReflectionMapFlag, -1, -1, -1, 1, 1);
+        }
+    } else {
+        flags |= Shape::NeverEnvMap;
+    }
+    if (info.ambientFactor > 0) flags |= Shape::SelfIlluminating;
+    if (material.opacity < kOpaqueFrom) flags |= blendFlags(info.thirdReflectionProp);
+
+    return static_cast<uint32_t>(findOrAddMaterial(info.textureName, flags, reflectance, -1, -1, 1, reflection));
+}
+
+bool MaterialConversion::isEntry(int32_t index, uint32_t flags, int32_t reflectance, int32_t bump, int32_t detail,
+                                 float detailScale, float reflection) const {
+    const Shape::Material& entry = materials_[static_cast<size_t>(index)];
+    return (reflectance == -1 || entry.reflectance == reflectance) && entry.flags == flags && entry.bump == bump &&
+           entry.detail == detail && std::fabs(entry.detailScale - detailScale) < kValueTolerance &&
+           std::fabs(entry.reflection - reflection) < kValueTolerance;
+}
+
+int32_t MaterialConversion::findOrAddMaterial(const std::string& name, uint32_t flags, int32_t reflectance,
+                                              int32_t bump, int32_t detail, float detailScale, float reflection) {
+    const bool isMap = (flags & kMapFlags) != 0;
+    const bool isTranslucent = (flags & Shape::Translucent) != 0;
+    if (options_.noMipmap || (options_.noMipmapTrans && isTranslucent)) flags |= Shape::NoMipMap;
+    // The smaller levels of a cut-out texture bleed its border colour into the edge: that is what the option is for,
+    // and opaque textures have no such edge.
+    if (options_.noBlackBorder && isTranslucent) flags |= Shape::MipMapZeroBorder;
+
+    std::vector<int32_t>& sameName = byName_[name];
+    for (const int32_t index : sameName) {
+        Shape::Material& entry = materials_[static_cast<size_t>(index)];
+        if (isMap && (entry.flags & kMapFlags) != 0) {
+            entry.flags |= kMapFlags;
+            return index;
+        }
+        if (isEntry(index, flags, reflectance, bump, detail, detailScale, reflection)) return index;
+    }
+
+    const auto added = static_cast<int32_t>(materials_.size());
+    if (reflectance == -1 && !isMap) reflectance = added;
+    materials_.push_back({name, flags, reflectance, bump, detail, detailScale, reflection});
+    sameName.push_back(added);
+    return added;
+}
+
+}  // namespace marrowfen

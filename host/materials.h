@@ -1,0 +1,68 @@
+#pragma once
+
+// Host materials become shape materials, shared by every face that maps to the same values.
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "builder/records.h"
+#include "host/tsxapi.h"
+#include "shape/shape.h"
+
+namespace marrowfen {
+
+// What is read from one host material.
+struct MaterialInfo {
+    float ambientFactor = 0;        // of an environment-map shader
+    float mirrorFactor = 0;         // of an environment-map shader
+    float thirdReflectionProp = 0;  // the third of the host's four reflection properties
+    std::string textureName;        // without folder and extension, or "Unnamed"
+    std::string envMapName;         // of an environment-map shader, without folder and extension
+};
+
+// The file name without folder and extension. Only the backslash separates folders, and only a full stop behind the
+// last of them begins the extension.
+std::string_view reducedFileName(std::string_view fileName);
+
+// Converts the materials of the faces of one layer, one polyhedron after the other.
+class MaterialConversion {
+public:
+    // The shape's material list and the log are borrowed.
+    MaterialConversion(std::vector<Shape::Material>& materials, std::ostream& log, const TextureOptions& options);
+
+    // Host material numbers count within a polyhedron: call this before the first face of each.
+    void beginPolyhedron() { hostMaterials_.clear(); }
+
+    // The material word of a face, without its draw type: an index into the material list, or NoMaterial when the host
+    // can't give the face's material. Shader parameters are logged once a face.
+    uint32_t faceMaterial(TsxNode* polyhedron, int16_t materialNumber);
+
+    // Index of the entry with these values, appended when there is none.
+    int32_t findOrAddMaterial(const std::string& name, uint32_t flags, int32_t reflectance, int32_t bump,
+                              int32_t detail, float detailScale, float reflection);
+
+private:
+    // A host material as read for the first face that has it.
+    struct HostMaterial {
+        bool known = false;  // the host gave it
+        MaterialInfo info;
+        uint8_t opacity = 255;
+        std::string logText;  // the lines that reading it writes
+    };
+
+    const HostMaterial& hostMaterial(TsxNode* polyhedron, int16_t materialNumber);
+    bool isEntry(int32_t index, uint32_t flags, int32_t reflectance, int32_t bump, int32_t detail, float detailScale,
+                 float reflection) const;
+
+    std::vector<Shape::Material>& materials_;
+    std::ostream& log_;
+    TextureOptions options_;
+    std::unordered_map<std::string, std::vector<int32_t>> byName_;  // indices into materials_, rising
+    std::unordered_map<int16_t, HostMaterial> hostMaterials_;       // of the current polyhedron, by number
+};
+
+}  // namespace marrowfen
