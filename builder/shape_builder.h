@@ -20,6 +20,7 @@ public:
 
 private:
     void build();
+    void createGeometry();
 
     // The scan (builder/scan.cpp).
     void scanScene();
@@ -27,7 +28,7 @@ private:
     void scanObjects();
     void categorizeLayers();
     void categorizeLayer(LayerInfo& layer);
-    void scanBoundsLayer(const LayerInfo& layer);
+    void takeBoundsObject(const LayerInfo& layer);
     void moveLayers();
     void sortDetailLayers();
     void scanClips();
@@ -39,20 +40,36 @@ private:
     void restoreAnimationState();
     void readClip(TsxScene* scene, const std::string& text, ClipInfo& clip);
     void exportClips();
+    bool isExportable(const ClipInfo& clip);
+    void exportClip(TsxScene* scene, const ClipInfo& clip);
+    void sampleNodes(const Sequence& sequence, const ClipInfo& clip);
+    void sampleFrame(const Sequence& sequence, int32_t key);
 
     // Nodes and bones (builder/nodes.cpp).
     void scanSkeleton(LayerInfo& layer, TsxNode* node, int32_t parent);
     void createNodes();
+    void addNode(const std::string& name, int32_t parent, const Pose& pose);
+    std::vector<Pose> bonePoses() const;                   // relative to the parent bone, at the active time
+    Pose namedNodePose(const NamedNodeInfo& named) const;  // in scene space, at the active time
 
     // Objects and detail levels (builder/objects.cpp).
     void checkDetailLayers();
     void createObjects();
+    void createDetailMesh(size_t level, Mesh& mostDetailed);
+    void convertDetailLayer(size_t level, Mesh& mostDetailed);
+    void moveToNodeSpace(Mesh& mesh, size_t level);
+    void addDetailLevel(const std::string& name, float size);  // of the last mesh
     void createSubShape();
     void boundsFromObject();
 
     // Collision meshes (builder/collisions.cpp).
+    struct CollisionPass;  // what differs between the collision and the line-of-sight pass
     void createCollisionMeshes();
     void createLosCollisionMeshes();
+    void runCollisionPass(const CollisionPass& pass, const std::vector<LayerInfo>& passLayers);
+    void addCollisionPrimitive(const CollisionPass& pass, CollisionType primitive);
+    void addCollisionLayers(const CollisionPass& pass, const std::vector<LayerInfo>& passLayers);
+    Object newCollisionObject(const CollisionPass& pass, int32_t firstMesh);
 
     std::ostream& log;
     ExportMode mode;
@@ -64,6 +81,7 @@ private:
     std::vector<ClipInfo> clips;
     std::vector<BoneInfo> bones;
     std::vector<NamedNodeInfo> namedNodes;
+    std::unordered_set<TsxNode*> walkedSkeletons;  // skeletons and IK groups that a walk has reached
     bool anyAutoLod = false;
     TextureOptions textureOptions;
     TsxNode* boundsObject = nullptr;
