@@ -38,6 +38,8 @@ inline float floatFromBits(uint32_t bits) {
     return value;
 }
 
+inline void putFloat(std::string& out, float value) { put32(out, floatBits(value)); }
+
 // The whole part of value, or the nearest end of the 32-bit range; 0 for a value that isn't a number. (A plain cast
 // of such values is undefined and differs between processors.)
 inline int32_t truncatedToInt32(float value) {

@@ -11,27 +11,27 @@ int16_t packQuaternionComponent(float value) {
     return static_cast<int16_t>(whole > 32767 ? 32767 : whole < -32767 ? -32767 : whole);
 }
 
+void putPoint(std::string& out, const Point3& point) {
+    for (const float value : {point.x, point.y, point.z}) putFloat(out, value);
+}
+
+void putQuaternion(std::string& out, const Quaternion& value) {
+    for (const float component : {value.x, value.y, value.z, value.w}) {
+        put16(out, static_cast<uint16_t>(packQuaternionComponent(component)));
+    }
+}
+
 void ShapeBuffers::write32(uint32_t value) { put32(words_, value); }
 void ShapeBuffers::write16(uint16_t value) { put16(halves_, value); }
 void ShapeBuffers::write8(uint8_t value) { bytes_.push_back(static_cast<char>(value)); }
 
-void ShapeBuffers::writeFloat(float value) { write32(floatBits(value)); }
-
-void ShapeBuffers::writePoint(const Point3& point) {
-    writeFloat(point.x);
-    writeFloat(point.y);
-    writeFloat(point.z);
-}
+void ShapeBuffers::writeFloat(float value) { putFloat(words_, value); }
+void ShapeBuffers::writePoint(const Point3& point) { putPoint(words_, point); }
+void ShapeBuffers::writeQuaternion(const Quaternion& value) { putQuaternion(halves_, value); }
 
 void ShapeBuffers::writeBox(const Box& box) {
     writePoint(box.min);
     writePoint(box.max);
-}
-
-void ShapeBuffers::writeQuaternion(const Quaternion& value) {
-    for (const float component : {value.x, value.y, value.z, value.w}) {
-        write16(static_cast<uint16_t>(packQuaternionComponent(component)));
-    }
 }
 
 void ShapeBuffers::checkpoint() {

@@ -17,6 +17,9 @@ inline constexpr uint32_t kFormatVersion = 24;  // of DTS and DSQ files
 // 32767; 0 for a value that isn't a number.
 int16_t packQuaternionComponent(float value);
 
+void putPoint(std::string& out, const Point3& point);           // x, y, z
+void putQuaternion(std::string& out, const Quaternion& value);  // four packed 16-bit components
+
 class ShapeBuffers {
 public:
     void write32(uint32_t value);
