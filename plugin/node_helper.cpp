@@ -1,0 +1,124 @@
+#include <windows.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "host/tsxapi.h"
+#include "plugin/module.h"
+#include "plugin/resources/resource.h"
+#include "shape/ascii.h"
+
+namespace marrowfen::plugin {
+
+namespace {
+
+constexpr int kListPathSize = 264;  // the terminating zero included
+constexpr size_t kPieceSize = 63;   // bytes of a line that become one entry
+constexpr char kNodesLayer[] = "nodes";
+constexpr float kMarkerSize = 0.125F;
+constexpr int kMarkedFace = 4;
+constexpr unsigned char kMarkerColor[4] = {0, 255, 0, 255};
+constexpr unsigned char kMarkedFaceColor[4] = {0, 0, 255, 255};
+
+// Empty when there is no host folder, or one whose path would have to be cut: the list of another folder is worse
+// than none.
+std::string nodeListPath() {
+    const char* folder = tsxGetTSDir(0);
+    char path[kListPathSize];
+    const int length =
+        folder == nullptr ? -1 : std::snprintf(path, sizeof path, "%s\\tsx\\marrowfen\\node_list.txt", folder);
+    if (length < 0 || length >= kListPathSize) return {};
+    std::string result = path;
+#ifndef _WIN32
+    for (char& c : result) c = c == '\\' ? '/' : c;
+#endif
+    return result;
+}
+
+// Text mode, the same on every platform: CR LF is a line end, Ctrl-Z is the end. -1 at the end.
+int getTextCharacter(std::streambuf& file) {
+    constexpr int kEnd = std::char_traits<char>::eof();
+    constexpr int kCtrlZ = 0x1A;
+    int c = file.sbumpc();
+    if (c == '\r' && file.sgetc() == '\n') c = file.sbumpc();
+    return c == kEnd || c == kCtrlZ ? -1 : c;
+}
+
+// The next line without its line end, or what of it fits a piece; false at the end of the file.
+bool readPiece(std::streambuf& file, std::string& piece) {
+    piece.clear();
+    while (piece.size() < kPieceSize) {
+        const int c = getTextCharacter(file);
+        if (c == -1) return !piece.empty();
+        if (c == '\n') return true;
+        piece += static_cast<char>(c);
+    }
+    return true;
+}
+
+// The first layer whose name begins like a layer of named nodes; -1 for none.
+short findNodesLayer() {
+    const short count = tsxGetNumberOfLayers();
+    for (short layer = 0; layer < count; ++layer) {
+        if (tsxIsLayerValid(layer) == 1 && beginsWithIgnoringCase(tsxGetLayerName(layer), kNodesLayer)) return layer;
+    }
+    return -1;
+}
+
+// -1 when the host can't.
+short addNodesLayer() {
+    const short layer = tsxGetNumberOfLayers();
+    if (tsxAddNewLayerEx() == 0) return -1;
+    tsxSetLayerName(layer, kNodesLayer);
+    return layer;
+}
+
+TsxNode* makeMarkerCube() {
+    TsxNode* cube = tsxCreateCube(1, kMarkerSize, kMarkerSize, kMarkerSize);
+    tsxPolyhInitializeMaterials(cube);
+    TsxMaterial* paint = nullptr;
+    tsxMaterialCreate(&paint);
+    tsxMaterialSetColor(paint, kMarkerColor);
+    tsxPolyhPaint(cube, paint);
+    tsxMaterialSetColor(paint, kMarkedFaceColor);
+    tsxPolyhPaintFace(cube, kMarkedFace, paint, 0);
+    tsxMaterialDestroy(paint);
+    return cube;
+}
+
+}  // namespace
+
+void loadNodeList(HWND panel) {
+    std::filebuf file;
+    const std::string path = nodeListPath();
+    if (path.empty() || file.open(path, std::ios::in | std::ios::binary) == nullptr) return;
+    SendDlgItemMessageA(panel, IDC_NODE_NAME, WM_SETREDRAW, FALSE, 0);
+    std::string piece;
+    while (readPiece(file, piece)) {
+        SendDlgItemMessageA(panel, IDC_NODE_NAME, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(piece.c_str()));
+    }
+    SendDlgItemMessageA(panel, IDC_NODE_NAME, WM_SETREDRAW, TRUE, 0);
+}
+
+void addNode(const char* name) {
+    if (name[0] == '\0') {
+        showMessage("Please enter a name for the node", MB_ICONINFORMATION);
+        SendDlgItemMessageA(theModule.panel, IDC_NODE_NAME, WM_SETFOCUS, 0, 0);
+        return;
+    }
+    short layer = findNodesLayer();
+    if (layer < 0) layer = addNodesLayer();
+    if (layer < 0) {
+        showMessage("Unable to create node layer.", MB_ICONERROR);
+        return;
+    }
+    TsxNode* cube = makeMarkerCube();
+    constexpr float kMarkerLocation[3] = {1, 1, 1};
+    tsxGNodeSetLocation(cube, kMarkerLocation);
+    tsxGNodeSetName(cube, name);
+    tsxMoveObjectToLayerEx(layer, cube);
+    tsxSceneAddObject(cube, 0);
+}
+
+}  // namespace marrowfen::plugin
