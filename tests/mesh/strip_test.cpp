@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/plain/mesh_makers.h"
+#include "tests/plain/plain_strip.h"
+
+namespace marrowfen {
+namespace {
+
+using makers::Triangle;
+
+constexpr uint32_t kTriangle = Primitive::Indexed;
+constexpr uint32_t kStrip = Primitive::Strip | Primitive::Indexed;
+
+struct Face {
+    Triangle corners;
+    uint32_t material = kTriangle;
+    int32_t sourcePoly = 0;
+};
+
+Mesh meshOf(const std::vector<Face>& faces) {
+    Mesh mesh;
+    for (const Face& f : faces) makers::addTriangle(mesh, f.corners, f.material, f.sourcePoly);
+    return mesh;
+}
+
+std::string listing(const Mesh& mesh) {
+    std::string text = mesh.error() + "\n";
+    for (const Primitive& p : mesh.primitives) {
+        text += std::to_string(p.firstElement) + "+" + std::to_string(p.numElements) + " material " +
+                std::to_string(p.material) + " poly " + std::to_string(p.sourcePoly) + ":";
+        for (uint32_t i = 0; i < p.numElements; ++i) text += " " + std::to_string(mesh.indices.at(p.firstElement + i));
+        text += "\n";
+    }
+    return text + std::to_string(mesh.indices.size()) + " indices\n";
+}
+
+TEST(Strip, SmallMeshes) {
+    struct Case {
+        const char* situation;
+        std::vector<Face> faces;
+        std::vector<Primitive> primitives;
+        std::vector<uint32_t> indices;
+    };
+    const uint32_t bare = kTriangle | Primitive::NoMaterial;
+    const Case cases[] = {
+        {"one triangle", {{{0, 1, 2}}}, {{0, 3, kStrip, 0}}, {0, 1, 2}},
+        {"shared edge turned last", {{{0, 1, 2}}, {{0, 2, 3}}}, {{0, 4, kStrip, 0}}, {1, 2, 0, 3}},
+        {"edge shared the same way round",
+         {{{0, 1, 2}}, {{2, 0, 3}}},
+         {{0, 3, kStrip, 0}, {3, 3, kStrip, 0}},
+         {0, 1, 2, 2, 0, 3}},
+        {"duplicates", {{{0, 1, 2}}, {{1, 2, 0}}}, {{0, 3, kStrip, 0}, {3, 3, kStrip, 0}}, {0, 1, 2, 1, 2, 0}},
+        {"two polyhedra",
+         {{{0, 1, 2}, kTriangle | 5, 1}, {{0, 2, 3}, kTriangle | 5, 2}},
+         {{0, 3, kStrip | 5, 1}, {3, 3, kStrip | 5, 2}},
+         {0, 1, 2, 0, 2, 3}},
+        {"a material in two runs",
+         {{{0, 1, 2}, kTriangle | 1}, {{0, 2, 3}, kTriangle | 2}, {{0, 3, 4}, kTriangle | 1}},
+         {{0, 3, kStrip | 1, 0}, {3, 3, kStrip | 2, 0}, {6, 3, kStrip | 1, 0}},
+         {0, 1, 2, 0, 2, 3, 0, 3, 4}},
+        {"no material hides the index", {{{0, 1, 2}, bare | 7}}, {{0, 3, 0x70000000, 0}}, {0, 1, 2}},
+        {"the middle of an open fan comes first, then its end with no other neighbour",
+         {{{0, 1, 2}}, {{0, 2, 3}}, {{0, 3, 4}}, {{0, 4, 5}}},
+         {{0, 4, kStrip, 0}, {4, 4, kStrip, 0}},
+         {3, 0, 2, 1, 3, 4, 0, 5}},
+        {"a closed fan needs swaps",
+         {{{0, 1, 2}}, {{0, 2, 3}}, {{0, 3, 4}}, {{0, 4, 1}}},
+         {{0, 8, kStrip, 0}},
+         {2, 0, 1, 0, 4, 0, 3, 2}},
+    };
+    for (const Case& c : cases) {
+        Mesh mesh = meshOf(c.faces);
+        mesh.strip();
+        EXPECT_EQ(mesh.error(), "") << c.situation;
+        EXPECT_EQ(mesh.primitives, c.primitives) << c.situation << "\n" << listing(mesh);
+        EXPECT_EQ(mesh.indices, c.indices) << c.situation << "\n" << listing(mesh);
+    }
+}
+
+TEST(Strip, RefusedMeshesStayAsTheyAre) {
+    struct Case {
+        Primitive spoiled;
+        const char* error;
+    };
+    const char* const notTriangles = "Object must be made of triangles to strip.";
+    const Case cases[] = {
+        {{3, 3, 0xFFFFFFFF, 0}, "Negative material index found while stripping, cannot continue."},
+        {{3, 3, kStrip, 0}, notTriangles},
+        {{3, 3, Primitive::Fan | Primitive::Indexed, 0}, notTriangles},
+        {{3, 3, Primitive::Triangles, 0}, notTriangles},
+        {{3, 4, kTriangle, 0}, notTriangles},
+        {{4, 3, kTriangle, 0}, "A triangle to strip lies outside the index list."},
+    };
+    for (const Case& c : cases) {
+        Mesh mesh = meshOf({{{0, 1, 2}}, {{0, 2, 3}}});
+        mesh.primitives[1] = c.spoiled;
+        const Mesh before = mesh;
+        mesh.strip();
+        EXPECT_EQ(mesh.error(), c.error);
+        EXPECT_EQ(mesh.primitives, before.primitives) << c.error;
+        EXPECT_EQ(mesh.indices, before.indices) << c.error;
+    }
+    Mesh empty;
+    empty.primitives.push_back({0, 9, Primitive::Fan, 0});
+    empty.strip();
+    EXPECT_EQ(empty.error(), "");
+    EXPECT_EQ(empty.primitives.size(), 1U);
+}
+
+// A face on both sides of an edge of a face with a corner twice can't be turned into the strip. The whole mesh then
+// keeps the strip begun; of several groups only the finished ones are left.
+TEST(Strip, DegenerateFaceThatCannotBeJoinedIsAnError) {
+    Mesh whole = meshOf({{{0, 1, 2}}, {{1, 0, 0}}});
+    whole.strip();
+    EXPECT_EQ(listing(whole),
+              "Assertion failed when stripping (5)\n0+3 material 1610612736 poly 0: 0 1 2\n3 indices\n");
+
+    Mesh groups = meshOf({{{4, 5, 6}, kTriangle, 1}, {{0, 1, 2}}, {{1, 0, 0}}});
+    groups.strip();
+    EXPECT_EQ(listing(groups),
+              "Assertion failed when stripping (5)\n0+3 material 1610612736 poly 1: 4 5 6\n3 indices\n");
+}
+
+// The meshes on which the fast methods are compared with the plain ones, a few hundred triangles each.
+std::vector<Mesh> variedMeshes(uint32_t seed) {
+    std::mt19937 random(seed);
+    const auto below = [&](uint32_t n) { return makers::pick(random, n); };
+    std::vector<Mesh> meshes;
+    meshes.push_back(makers::grid(2 + below(12), 2 + below(12)));
+    meshes.push_back(makers::torus(3 + below(12), 3 + below(12)));
+    meshes.push_back(makers::sphere(3 + below(60), 3 + below(4)));
+    meshes.push_back(makers::fan(1 + below(100), true));
+    meshes.push_back(makers::fan(1 + below(100), false));
+    meshes.push_back(makers::book(1 + below(80)));
+    meshes.push_back(makers::soup(1 + below(150), 3 + below(80), seed));
+    meshes.push_back(makers::soup(100, 3 + below(12), seed));
+    meshes.push_back(makers::soup(1 + below(60), 3 + below(120), seed, true));
+    const size_t regular = 6;
+    for (size_t i = 0; i < regular; ++i) {
+        meshes.push_back(makers::shuffled(meshes[i], seed));
+        meshes.push_back(makers::patched(meshes[i], 1 + below(60), seed));
+        meshes.push_back(makers::spoiled(makers::shuffled(meshes[i], seed), 2 + below(20), 2 + below(20)));
+    }
+    return meshes;
+}
+
+TEST(Strip, SameAsThePlainMethod) {
+    int failures = 0;
+    for (uint32_t seed = 0; seed < 60; ++seed) {
+        for (Mesh fast : variedMeshes(seed)) {
+            Mesh plain = fast;
+            fast.strip();
+            plain::strip(plain);
+            ASSERT_EQ(listing(fast), listing(plain)) << "seed " << seed;
+            failures += fast.hasError() ? 1 : 0;
+        }
+    }
+    EXPECT_GT(failures, 0) << "degenerate faces should have met an error at times";
+}
+
+// A triangle's corners turned so that the lowest comes first, with its group's material and polyhedron.
+using Tagged = std::array<uint32_t, 5>;
+
+Tagged tagged(Triangle t, const Primitive& p) {
+    std::rotate(t.begin(), std::min_element(t.begin(), t.end()), t.end());
+    const uint32_t material = p.material & (Primitive::NoMaterial | Primitive::MaterialMask);
+    return {material, static_cast<uint32_t>(p.sourcePoly), t[0], t[1], t[2]};
+}
+
+// Every second triangle of a strip is turned over; those with a corner twice come from swaps and draw nothing.
+std::vector<Tagged> trianglesOf(const Mesh& mesh) {
+    std::vector<Tagged> triangles;
+    for (const Primitive& p : mesh.primitives) {
+        for (uint32_t i = 0; i + 2 < p.numElements; ++i) {
+            Triangle t{mesh.indices[p.firstElement + i], mesh.indices[p.firstElement + i + 1],
+                       mesh.indices[p.firstElement + i + 2]};
+            if (i % 2 == 1) std::swap(t[0], t[1]);
+            if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0]) triangles.push_back(tagged(t, p));
+        }
+    }
+    std::sort(triangles.begin(), triangles.end());
+    return triangles;
+}
+
+TEST(Strip, HoldsExactlyTheInputTriangles) {
+    for (uint32_t seed = 0; seed < 40; ++seed) {
+        for (Mesh mesh : variedMeshes(seed)) {
+            std::vector<Tagged> expected = trianglesOf(mesh);
+            mesh.strip();
+            if (mesh.hasError()) continue;
+            ASSERT_EQ(trianglesOf(mesh), expected) << listing(mesh);
+        }
+    }
+}
+
+TEST(Strip, VertexNumbersMayBeFarApart) {
+    Mesh mesh = meshOf({{{7, 0xFFFFFFFF, 2000000000}}, {{7, 2000000000, 9}}});
+    mesh.strip();
+    EXPECT_EQ(mesh.indices, (std::vector<uint32_t>{0xFFFFFFFF, 2000000000, 7, 9}));
+}
+
+}  // namespace
+}  // namespace marrowfen
