@@ -14,6 +14,7 @@ namespace marrowfen {
 
 class ShapeBuffers;
 class ShapeDumper;
+struct ShapeReader;
 
 enum class MeshType : int32_t { Standard = 0, Skin = 1, Decal = 2, Sorted = 3, Null = 4 };
 
@@ -137,6 +138,9 @@ public:
 
     // Appends the mesh's block of a DTS file to the buffers (mesh/mesh_block.cpp).
     void writeMeshBlock(ShapeBuffers& buffers) const;
+
+    // Fills this new mesh from its block; the type is the block's (mesh/mesh_block.cpp). Faults are the reader's.
+    void readMeshBlock(ShapeReader& in);
 
     // Writes the mesh as indented text (mesh/mesh_dump.cpp).
     void dump(ShapeDumper& out) const;

@@ -1,9 +1,10 @@
 #include "mesh/mesh.h"
 #include "shape/coding.h"
 #include "shape/shape_buffers.h"
+#include "shape/shape_reader.h"
 
 // The block of one mesh in the three packed buffers: scalars, the vertex and index lists, then what only skins or only
-// sorted meshes have. A Null mesh is its type word alone.
+// sorted meshes have. A Null mesh is its type word alone. Writing and reading stand side by side, section by section.
 
 namespace marrowfen {
 
@@ -45,6 +46,16 @@ void writeScalars(ShapeBuffers& out, const Mesh& mesh) {
     out.writeInt(truncatedToInt32(mesh.radius));  // a whole number in the file
 }
 
+void readScalars(ShapeReader& in, Mesh& mesh) {
+    mesh.numFrames = in.words.readInt();
+    mesh.matFrames = in.words.readInt();
+    mesh.parent = in.words.readInt();
+    mesh.bounds.min = in.words.readPoint();
+    mesh.bounds.max = in.words.readPoint();
+    mesh.center = in.words.readPoint();
+    mesh.radius = static_cast<float>(in.words.readInt());
+}
+
 // The lists of normals have no count of their own: they are as long as the list of vertices.
 void writeVertices(ShapeBuffers& out, const Mesh& mesh) {
     writeCount(out, mesh.vertexes);
@@ -58,6 +69,21 @@ void writeVertices(ShapeBuffers& out, const Mesh& mesh) {
     writeBytes(out, mesh.encodedNormals);
 }
 
+void readNormals(ShapeReader& in, Mesh& mesh) {
+    in.readPoints(static_cast<int64_t>(mesh.vertexes.size()), mesh.normals);
+    readList(in.bytes, static_cast<int64_t>(mesh.vertexes.size()), 1, mesh.encodedNormals,
+             [&] { return in.bytes.read8(); });
+}
+
+void readVertices(ShapeReader& in, Mesh& mesh) {
+    in.readPoints(in.words.readInt(), mesh.vertexes);
+    readList(in.words, in.words.readInt(), 8, mesh.texturevertexes, [&] {
+        const float x = in.words.readFloat();
+        return Point2D{x, in.words.readFloat()};
+    });
+    readNormals(in, mesh);
+}
+
 void writePrimitives(ShapeBuffers& out, const Mesh& mesh) {
     writeCount(out, mesh.primitives);
     for (const Primitive& primitive : mesh.primitives) {
@@ -69,6 +95,24 @@ void writePrimitives(ShapeBuffers& out, const Mesh& mesh) {
     writeCountedHalves(out, mesh.mindices);
     out.writeInt(mesh.vertsPerFrame);
     out.write32(mesh.flags);
+}
+
+void readCountedHalves(ShapeReader& in, std::vector<uint32_t>& values) {
+    readList(in.halves, in.words.readInt(), 2, values, [&] { return in.halves.read16(); });
+}
+
+void readPrimitives(ShapeReader& in, Mesh& mesh) {
+    readList(in.words, in.words.readInt(), 4, mesh.primitives, [&] {
+        Primitive primitive;
+        primitive.firstElement = in.halves.read16();
+        primitive.numElements = in.halves.read16();
+        primitive.material = in.words.read32();
+        return primitive;
+    });
+    readCountedHalves(in, mesh.indices);
+    readCountedHalves(in, mesh.mindices);
+    mesh.vertsPerFrame = in.words.readInt();
+    mesh.flags = in.words.read32();
 }
 
 void writeSkin(ShapeBuffers& out, const Mesh& mesh) {
@@ -91,6 +135,32 @@ void writeSkin(ShapeBuffers& out, const Mesh& mesh) {
     out.checkpoint();
 }
 
+Matrix44 readMatrix(ByteReader& words) {
+    Matrix44 matrix;
+    for (auto& row : matrix.m) {
+        for (float& value : row) value = words.readFloat();
+    }
+    return matrix;
+}
+
+void readSkin(ShapeReader& in, Mesh& mesh) {
+    // The second copy of the vertices is what a skin is bound by, so it is the one that counts.
+    in.readPoints(in.words.readInt(), mesh.vertexes);
+    readNormals(in, mesh);
+
+    readList(in.words, in.words.readInt(), 64, mesh.initialTransforms, [&] { return readMatrix(in.words); });
+    in.readInts(in.words.readInt(), mesh.vindex);
+    const auto weights = static_cast<int64_t>(mesh.vindex.size());
+    in.readInts(weights, mesh.vbone);
+    in.readFloats(weights, mesh.vweight);
+    in.readInts(in.words.readInt(), mesh.nodeIndex);
+    if (mesh.nodeIndex.size() != mesh.initialTransforms.size()) {
+        in.words.report("a skin with " + std::to_string(mesh.nodeIndex.size()) + " bones has " +
+                        std::to_string(mesh.initialTransforms.size()) + " bone transforms");
+    }
+    in.checkpoint();
+}
+
 void writeClusters(ShapeBuffers& out, const Mesh& mesh) {
     writeCount(out, mesh.clusters);
     for (const Cluster& cluster : mesh.clusters) {
@@ -109,6 +179,27 @@ void writeClusters(ShapeBuffers& out, const Mesh& mesh) {
     out.checkpoint();
 }
 
+Cluster readCluster(ByteReader& words) {
+    Cluster cluster;
+    cluster.startPrimitive = words.readInt();
+    cluster.endPrimitive = words.readInt();
+    cluster.planeNormal = words.readPoint();
+    cluster.planeConstant = words.readFloat();
+    cluster.frontCluster = words.readInt();
+    cluster.backCluster = words.readInt();
+    return cluster;
+}
+
+void readClusters(ShapeReader& in, Mesh& mesh) {
+    readList(in.words, in.words.readInt(), 32, mesh.clusters, [&] { return readCluster(in.words); });
+    for (std::vector<int32_t>* list :
+         {&mesh.frameStartCluster, &mesh.frameFirstVertex, &mesh.frameVertexCount, &mesh.frameFirstTexVertex}) {
+        in.readInts(in.words.readInt(), *list);
+    }
+    in.words.read32();
+    in.checkpoint();
+}
+
 }  // namespace
 
 void Mesh::writeMeshBlock(ShapeBuffers& buffers) const {
@@ -121,6 +212,18 @@ void Mesh::writeMeshBlock(ShapeBuffers& buffers) const {
     buffers.checkpoint();
     if (type == MeshType::Skin) writeSkin(buffers, *this);
     if (type == MeshType::Sorted) writeClusters(buffers, *this);
+}
+
+void Mesh::readMeshBlock(ShapeReader& in) {
+    type = static_cast<MeshType>(in.words.readInt());
+    if (type == MeshType::Null) return;
+    in.checkpoint();
+    readScalars(in, *this);
+    readVertices(in, *this);
+    readPrimitives(in, *this);
+    in.checkpoint();
+    if (type == MeshType::Skin) readSkin(in, *this);
+    if (type == MeshType::Sorted) readClusters(in, *this);
 }
 
 }  // namespace marrowfen

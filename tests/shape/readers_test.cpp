@@ -1,0 +1,155 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "shape/coding.h"
+#include "shape/file_check.h"
+#include "shape/shape.h"
+#include "tests/shape/random_shape.h"
+
+namespace marrowfen {
+namespace {
+
+std::string dts(const Shape& shape) {
+    std::ostringstream out;
+    shape.writeDts(out, true);
+    return out.str();
+}
+
+std::string dsq(const Shape& shape) {
+    std::ostringstream out;
+    shape.writeDsq(out);
+    return out.str();
+}
+
+Shape readDts(const std::string& bytes, std::string* surplus = nullptr) {
+    std::istringstream in(bytes);
+    Shape shape;
+    shape.readDts(in, surplus);
+    return shape;
+}
+
+Shape readDsq(const std::string& bytes, std::string* surplus = nullptr) {
+    std::istringstream in(bytes);
+    Shape shape;
+    shape.readDsq(in, surplus);
+    return shape;
+}
+
+std::string dumpOf(const Shape& shape) {
+    std::ostringstream out;
+    shape.dumpText(out);
+    return out.str();
+}
+
+std::string withWord(std::string bytes, size_t word, uint32_t value) {
+    std::string replaced;
+    put32(replaced, value);
+    return bytes.replace(word * 4, 4, replaced);
+}
+
+// A DSQ file has no place for objects or for names that are none.
+Shape forDsq(Shape shape) {
+    shape.objects.clear();
+    shape.names.resize(8, "name");
+    for (Shape::Node& node : shape.nodes) node.name &= 7;
+    for (Shape::Sequence& sequence : shape.sequences) sequence.nameIndex &= 7;
+    return shape;
+}
+
+TEST(Readers, WhatWasReadWritesTheSameBytes) {
+    for (uint32_t seed = 0; seed < 300; ++seed) {
+        const Shape shape = RandomShape(seed).make();
+        const std::string file = dts(shape);
+        std::string surplus;
+        const Shape back = readDts(file, &surplus);
+        ASSERT_EQ(back.error() + surplus, "") << "seed " << seed;
+        ASSERT_TRUE(dts(back) == file) << "seed " << seed;
+
+        const std::string sequenceFile = dsq(forDsq(shape));
+        const Shape sequencesBack = readDsq(sequenceFile, &surplus);
+        ASSERT_EQ(sequencesBack.error() + surplus, "") << "seed " << seed;
+        ASSERT_TRUE(dsq(sequencesBack) == sequenceFile) << "seed " << seed;
+    }
+}
+
+TEST(Readers, TablesComeBackAsTheyWere) {
+    Shape shape = RandomShape(7).make();
+    shape.nodeDefRotations.assign(shape.nodes.size(), {});
+    shape.nodeRotations = {{1, 0, 0, 0}};
+    shape.nodeScaleRotsArbitrary.assign(shape.nodeScalesArbitrary.size(), {});
+    shape.groundRotations.assign(shape.groundTranslations.size(), {});
+    EXPECT_EQ(dumpOf(readDts(dts(shape))), dumpOf(shape));
+    EXPECT_EQ(readDsq(dsq(forDsq(shape))).nodeRotations[0].x, 1.0F);
+}
+
+// No cut and no changed word of a file is more than a fault: the sanitizers see what happens.
+TEST(Readers, DamagedFilesAreFaultsOrOtherShapes) {
+    const Shape shape = RandomShape(11).make();
+    const std::string files[] = {dts(shape), dsq(forDsq(shape))};
+    const auto read = [](size_t kind, const std::string& bytes) { return kind == 0 ? readDts(bytes) : readDsq(bytes); };
+    for (size_t kind = 0; kind < 2; ++kind) {
+        const std::string& file = files[kind];
+        ASSERT_FALSE(read(kind, file).hasError());
+        for (size_t length = 0; length < file.size(); ++length) {
+            ASSERT_TRUE(read(kind, file.substr(0, length)).hasError()) << "cut to " << length;
+        }
+        for (size_t word = 0; word < file.size() / 4; ++word) {
+            for (const uint32_t value : {0U, 1U, 5U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+                const Shape back = read(kind, withWord(file, word, value));
+                if (back.hasError()) {
+                    ASSERT_EQ(back.names.size() + back.meshes.size(), 0U);
+                } else {
+                    dumpOf(back);
+                }
+            }
+        }
+    }
+}
+
+TEST(Readers, FaultsSayWhatAndWhere) {
+    const std::string empty = dts(Shape());
+    Shape withSkin;
+    withSkin.meshes.emplace_back(MeshType::Skin).boneSlot(0);
+    const std::string skin = dts(withSkin);
+    // The 32-bit block ends with the skin's bone count, its one bone and three marks.
+    const size_t boneCount = 4 + get32(reinterpret_cast<const unsigned char*>(skin.data()) + 8) - 5;
+    const std::string old = "The DTS file is of a older, unsupported version";
+    const struct {
+        std::string file, fault;
+    } cases[] = {
+        {"", "offset 0: the data ends here, 4 bytes too early"},
+        {"\x12", "offset 0: the data ends here, 3 bytes too early"},
+        {withWord(empty, 0, 18), old},
+        {withWord(empty, 0, 0), old},
+        {withWord(empty, 0, 25), "offset 0: version 25 is newer than 24"},
+        {empty.substr(0, 12), "offset 12: header: the data ends here, 4 bytes too early"},
+        {withWord(empty, 1, 64), "offset 4: header: blocks of 64 words that start at 47 and 56 don't fit 253 bytes"},
+        {withWord(empty, 3, 46), "offset 4: header: blocks of 61 words that start at 47 and 46 don't fit 253 bytes"},
+        {withWord(empty, 4, 0xFFFFFFFF), "offset 144: nodes: the count is -1"},
+        {withWord(empty, 4, 1000), "offset 144: nodes: the count is 1000, each takes 20 bytes, 60 bytes are left"},
+        {withWord(empty, 19, 2), "offset 204: mesh 0: the data ends here, 4 bytes too early"},
+        {withWord(empty, 20, 5), "offset 256: names: the count is 5, each takes 1 bytes, 4 bytes are left"},
+        {withWord(empty, 65, 9), "offset 264: sequences: the count is 9, each takes 99 bytes, 5 bytes are left"},
+        {empty.substr(0, 264), "offset 264: materials: the data ends here, 1 bytes too early"},
+        {empty.substr(0, 265) + std::string(4, '\x7F'),
+         "offset 269: materials: the count is 2139062143, each takes 25 bytes, 0 bytes are left"},
+        {withWord(skin, boneCount, 0),
+         "offset " + std::to_string(boneCount * 4 + 4) + ": mesh 0: a skin with 0 bones has 1 bone transforms"},
+    };
+    for (const auto& [file, fault] : cases) EXPECT_EQ(readDts(file).error(), fault);
+}
+
+TEST(Readers, BytesThatBelongToNothingAreTold) {
+    const std::string empty = dts(Shape());
+    std::istringstream good(empty), longer(empty + "xyz"), cut(empty.substr(0, 100)), sequences(dsq(Shape()) + "x");
+    EXPECT_EQ(checkDtsFile(good), "");
+    EXPECT_EQ(checkDtsFile(longer), "offset 269: 3 bytes too many at the end of the file");
+    EXPECT_EQ(checkDtsFile(cut), "offset 4: header: blocks of 61 words that start at 47 and 56 don't fit 84 bytes");
+    EXPECT_EQ(checkDsqFile(sequences), "offset 52: 1 bytes too many at the end of the file");
+    // A material list of an unknown version isn't read.
+    EXPECT_EQ(readDts(empty.substr(0, 264) + "\2").error(), "");
+}
+
+}  // namespace
+}  // namespace marrowfen
