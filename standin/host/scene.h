@@ -32,7 +32,7 @@ struct HostSettings {
 struct ShaderParameter {
     std::string name;
     int32_t type = 7;                              // a TsxParameterType or any other number
-    std::variant<bool, float, std::string> value;  // as the type says; not looked at for other types
+    std::variant<bool, float, std::string> value;  // as the type says; for other types whatever JSON text the file has
 
     bool operator==(const ShaderParameter&) const = default;
 };

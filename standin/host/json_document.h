@@ -1,0 +1,47 @@
+#pragma once
+
+// A JSON text, read into one flat list of values, so that a large scene costs few allocations and no depth of nesting
+// costs stack.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace marrowfen::standin {
+
+struct JsonValue {
+    enum Kind : uint8_t { Null, Flag, Number, Text, Array, Object };
+
+    Kind kind = Null;
+    bool flag = false;   // of a Flag
+    float single = 0;    // of a Number: rounded once from its decimal digits, infinite when it is too large
+    double number = 0;   // of a Number
+    uint32_t text = 0;   // of a Text: index into JsonDocument::texts
+    uint32_t key = 0;    // of an object's member: its key, index into JsonDocument::texts
+    uint32_t count = 0;  // of an Array or Object: its entries
+    uint32_t end = 0;    // index past this value and everything in it
+};
+
+struct JsonDocument {
+    // In the order of the text: the first is the whole text; an Array or Object stands before its entries.
+    std::vector<JsonValue> values;
+    std::vector<std::string> texts;
+
+    const std::string& textOf(const JsonValue& value) const { return texts[value.text]; }
+    const std::string& keyOf(const JsonValue& value) const { return texts[value.key]; }
+};
+
+// Empty on success; else "line:column: what is wrong", or what is wrong where that has no place.
+std::string parseJson(const std::string& text, JsonDocument& into);
+
+// The value with the given index as compact JSON text.
+std::string jsonText(const JsonDocument& document, uint32_t index);
+
+// Text in double quotes, escaped as JSON wants it; bytes that aren't UTF-8 become U+FFFD.
+std::string jsonQuoted(const std::string& text);
+
+// The shortest decimal text that reads back to the same bits. JSON has no text for a number that isn't finite: null.
+std::string numberText(float number);
+std::string numberText(double number);
+
+}  // namespace marrowfen::standin
