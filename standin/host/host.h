@@ -36,6 +36,9 @@ public:
     void recordCalls();
     const std::vector<std::string>& calls() const;
 
+    // What tsxGetMainViewHwnd answers from now on; null before.
+    void setMainView(void* window);
+
     // Makes the next tsxAddNewLayerEx fail.
     void refuseNewLayers();
 
