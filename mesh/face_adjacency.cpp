@@ -1,102 +1,54 @@
 #include "mesh/face_adjacency.h"
 
-#include <algorithm>
-
 namespace marrowfen {
 
-// Every face edge is put into the bucket of its lower vertex, and each bucket, a handful of edges in ordinary meshes,
-// is sorted by the other vertex and the direction. The faces of an edge and those of its reverse then stand side by
-// side, and each side gets the other as its faces across.
-
-namespace {
-
-// Turns counts at [i + 1] into starts at [i] and the total at the end.
-void accumulate(std::vector<uint32_t>& counts) {
-    for (size_t i = 1; i < counts.size(); ++i) counts[i] += counts[i - 1];
+FaceAdjacency::FaceAdjacency(const std::vector<Corners>& faces, uint32_t vertexCount)
+    : faces_(faces), firstEdge_(size_t{vertexCount} + 1), edges_(3 * faces.size()), across_(3 * faces.size()) {
+    sortByVertex(vertexCount);
+    std::vector<int32_t> faceTo(vertexCount, kNone);
+    for (uint32_t v = 0; v < vertexCount; ++v) linkEdgesAt(v, faceTo);
 }
 
-}  // namespace
-
-FaceAdjacency::FaceAdjacency(const std::vector<Corners>& faces, uint32_t vertexCount) {
-    collectFacesOfVertices(faces, vertexCount);
-    sortEdges(faces, vertexCount);
-    edgeFaces_.reserve(edges_.size());
-    across_.resize(edges_.size());
-    for (uint32_t v = 0; v < vertexCount; ++v) linkEdgesOf(v);
-}
-
-void FaceAdjacency::collectFacesOfVertices(const std::vector<Corners>& faces, uint32_t vertexCount) {
-    firstFace_.assign(vertexCount + 1, 0);
-    for (const Corners& face : faces) {
-        for (const uint32_t v : face) ++firstFace_[v + 1];
+// Puts each edge with its first vertex.
+void FaceAdjacency::sortByVertex(uint32_t vertexCount) {
+    for (const Corners& face : faces_) {
+        for (const uint32_t v : face) ++firstEdge_[v];
     }
-    accumulate(firstFace_);
-    vertexFaces_.resize(3 * faces.size());
-    std::vector<uint32_t> next(firstFace_.begin(), firstFace_.end() - 1);
-    for (uint32_t f = 0; f < faces.size(); ++f) {
-        for (const uint32_t v : faces[f]) vertexFaces_[next[v]++] = f;
-    }
-}
-
-void FaceAdjacency::sortEdges(const std::vector<Corners>& faces, uint32_t vertexCount) {
-    firstEdge_.assign(vertexCount + 1, 0);
-    for (const Corners& face : faces) {
-        for (int i = 0; i < 3; ++i) ++firstEdge_[std::min(face[i], face[(i + 1) % 3]) + 1];
-    }
-    accumulate(firstEdge_);
-    edges_.resize(3 * faces.size());
-    std::vector<uint32_t> next(firstEdge_.begin(), firstEdge_.end() - 1);
-    uint32_t halfEdge = 0;
-    for (const Corners& face : faces) {
-        for (int i = 0; i < 3; ++i, ++halfEdge) {
-            const uint32_t p = face[i], q = face[(i + 1) % 3];
-            edges_[next[std::min(p, q)]++] = edgeKey(std::max(p, q), p > q, halfEdge);
-        }
+    for (size_t v = 1; v < firstEdge_.size(); ++v) firstEdge_[v] += firstEdge_[v - 1];
+    // Filling from the back turns the ends into starts and leaves the faces of a vertex ascending.
+    for (auto f = static_cast<uint32_t>(faces_.size()); f-- > 0;) {
+        const Corners& face = faces_[f];
+        edges_[--firstEdge_[face[2]]] = edgeTo(face[0], 3 * f + 2);
+        edges_[--firstEdge_[face[1]]] = edgeTo(face[2], 3 * f + 1);
+        edges_[--firstEdge_[face[0]]] = edgeTo(face[1], 3 * f);
     }
     for (uint32_t v = 0; v < vertexCount; ++v) {
-        std::sort(edges_.begin() + firstEdge_[v], edges_.begin() + firstEdge_[v + 1]);
+        if (isHub(v)) std::sort(edges_.begin() + firstEdge_[v], edges_.begin() + firstEdge_[v + 1]);
     }
 }
 
-// Gives each edge of the bucket the faces of the reversed edge.
-void FaceAdjacency::linkEdgesOf(uint32_t lowVertex) {
-    const uint32_t end = firstEdge_[lowVertex + 1];
-    for (uint32_t begin = firstEdge_[lowVertex]; begin < end;) {
-        const uint32_t other = otherEnd(edges_[begin]);
-        const uint32_t middle = directedEnd(edges_[begin]) % 2 == 0 ? runEnd(begin, end) : begin;
-        const bool hasBackward = middle < end && otherEnd(edges_[middle]) == other;
-        const uint32_t last = hasBackward ? runEnd(middle, end) : middle;
-        const Range forward = addFaces(begin, middle);
-        const Range backward = addFaces(middle, last);
-        const bool joinsItself = other == lowVertex;  // then the reversed edge is the edge itself
-        for (uint32_t i = begin; i < middle; ++i) across_[halfEdge(edges_[i])] = joinsItself ? forward : backward;
-        for (uint32_t i = middle; i < last; ++i) across_[halfEdge(edges_[i])] = forward;
-        begin = last;
+// Finds the faces across the edges that arrive at the vertex among the edges that leave it. faceTo: kNone for every
+// vertex, before and after.
+void FaceAdjacency::linkEdgesAt(uint32_t vertex, std::vector<int32_t>& faceTo) {
+    for (const uint64_t edge : edgesFrom(vertex)) {
+        int32_t& face = faceTo[end(edge)];
+        face = face == kNone ? static_cast<int32_t>(faceOf(edge)) : kSeveral;
     }
-}
-
-// End of the run of equal directed edges that starts at begin.
-uint32_t FaceAdjacency::runEnd(uint32_t begin, uint32_t end) const {
-    uint32_t i = begin + 1;
-    while (i < end && directedEnd(edges_[i]) == directedEnd(edges_[begin])) ++i;
-    return i;
-}
-
-// Appends the faces of a run of equal directed edges, each once: a face whose corners are all one vertex has its edge
-// three times.
-FaceAdjacency::Range FaceAdjacency::addFaces(uint32_t begin, uint32_t end) {
-    const auto first = static_cast<uint32_t>(edgeFaces_.size());
-    for (uint32_t i = begin; i < end; ++i) {
-        const uint32_t face = halfEdge(edges_[i]) / 3;
-        if (edgeFaces_.size() == first || edgeFaces_.back() != face) edgeFaces_.push_back(face);
+    for (const uint64_t edge : edgesFrom(vertex)) {
+        const uint32_t face = faceOf(edge);
+        const uint32_t arriving = (numberOf(edge) - 3 * face + 2) % 3;
+        const int32_t other = faceTo[faces_[face][arriving]];
+        const bool isNeighbor = other < 0 || isAdjacent(face, static_cast<uint32_t>(other));
+        across_[3 * size_t{face} + arriving] = isNeighbor ? other : kNone;
     }
-    return {first, static_cast<uint32_t>(edgeFaces_.size()) - first};
+    for (const uint64_t edge : edgesFrom(vertex)) faceTo[end(edge)] = kNone;
 }
 
-// First edge of the lower vertex's bucket that leads to the higher vertex or beyond.
-uint32_t FaceAdjacency::lowerBound(uint32_t low, uint32_t high) const {
-    const auto begin = edges_.begin() + firstEdge_[low], end = edges_.begin() + firstEdge_[low + 1];
-    return static_cast<uint32_t>(std::lower_bound(begin, end, edgeKey(high, false, 0)) - edges_.begin());
+bool FaceAdjacency::isAdjacent(uint32_t f, uint32_t g) const {
+    if (f == g) return false;
+    const Corners& lower = faces_[std::min(f, g)];
+    const Corners& higher = faces_[std::max(f, g)];
+    return !(hasCorner(higher, lower[0]) && hasCorner(higher, lower[1]) && hasCorner(higher, lower[2]));
 }
 
 }  // namespace marrowfen

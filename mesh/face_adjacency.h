@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -10,64 +11,82 @@ namespace marrowfen {
 using Corners = std::array<uint32_t, 3>;  // vertex numbers of a face in winding order
 
 inline bool hasCorner(const Corners& face, uint32_t vertex) {
-    return face[0] == vertex || face[1] == vertex || face[2] == vertex;
+    return ((face[0] == vertex) | (face[1] == vertex) | (face[2] == vertex)) != 0;  // without branches
 }
 
-// Which faces meet at which edges and vertices. Memory and time follow the number of faces, also where thousands of
-// faces share an edge: faces are kept per edge, never per pair of faces. All lists ascend.
+// Which faces are adjacent: one has an edge of the other the other way round, and not all corners of the lower-numbered
+// one are corners of the other. Memory and building time follow the number of faces, also where thousands of faces
+// share an edge: such faces are kept by edge, never by pair.
 class FaceAdjacency {
 public:
-    // The corners are numbers below vertexCount.
+    static constexpr size_t kHubValence = 32;  // edges that leave a vertex; those of a hub are sorted
+
+    // The corners are numbers below vertexCount. The faces must outlive this.
     FaceAdjacency(const std::vector<Corners>& faces, uint32_t vertexCount);
 
-    // Faces that have the edge-th edge of the face (from its corner `edge` to the next) the other way round, each
-    // once. The face itself is among them where the edge joins a vertex to itself.
-    std::span<const uint32_t> across(uint32_t face, uint32_t edge) const {
-        const Range& range = across_[3 * face + edge];
-        return {edgeFaces_.data() + range.begin, range.count};
-    }
+    // Edges to look across: all three, but one where they are one and the same.
+    static uint32_t edgeCount(const Corners& face) { return face[0] == face[1] && face[1] == face[2] ? 1 : 3; }
 
-    // Faces that use the vertex; a face that uses it twice is listed twice.
-    std::span<const uint32_t> around(uint32_t vertex) const {
-        return {vertexFaces_.data() + firstFace_[vertex], vertexFaces_.data() + firstFace_[vertex + 1]};
-    }
-
-    // Calls visit(face) for each face that has an edge between the two vertices, either way round.
+    // Calls visit(g) for each face g that is adjacent to the face across its edge from corner `edge` to the next, in
+    // ascending order. No face is adjacent across two edges.
     template <class Visit>
-    void visitEdge(uint32_t a, uint32_t b, Visit visit) const {
-        const auto [low, high] = a < b ? std::array{a, b} : std::array{b, a};
-        for (uint32_t i = lowerBound(low, high); i < firstEdge_[low + 1] && otherEnd(edges_[i]) == high; ++i) {
-            visit(halfEdge(edges_[i]) / 3);
+    void visitAcross(uint32_t face, uint32_t edge, Visit visit) const {
+        const int32_t only = across_[3 * size_t{face} + edge];
+        if (only >= 0) visit(static_cast<uint32_t>(only));
+        if (only != kSeveral) return;
+        const Corners& corners = faces_[face];
+        uint32_t last = face;
+        visitEdge(corners[(edge + 1) % 3], corners[edge], [&](uint32_t g) {
+            if (g != last && isAdjacent(face, g)) visit(g);
+            last = g;  // a face that is a single point has its edge three times
+        });
+    }
+
+    // Calls visit(g) for each face that has the edge from one vertex to another this way round, in ascending order.
+    template <class Visit>
+    void visitEdge(uint32_t from, uint32_t to, Visit visit) const {
+        auto edges = edgesFrom(from);
+        if (isHub(from))
+            edges = edges.subspan(lowerBound(edges, to), lowerBound(edges, to + 1) - lowerBound(edges, to));
+        for (const uint64_t edge : edges) {
+            if (end(edge) == to) visit(faceOf(edge));
         }
     }
 
-private:
-    struct Range {
-        uint32_t begin, count;
-    };
-
-    // A face's edge as sort key among the edges of its lower vertex: other vertex, then way round, then half-edge
-    // number (3 * face + edge), which puts the faces of an edge in order.
-    static uint64_t edgeKey(uint32_t other, bool backward, uint32_t halfEdge) {
-        return static_cast<uint64_t>(2 * other + (backward ? 1 : 0)) << 32 | halfEdge;
+    // Calls visit(g) for each face that uses the vertex; twice for one that uses it twice. Hubs give no order.
+    template <class Visit>
+    void visitVertex(uint32_t vertex, Visit visit) const {
+        for (const uint64_t edge : edgesFrom(vertex)) visit(faceOf(edge));
     }
-    static uint32_t otherEnd(uint64_t key) { return static_cast<uint32_t>(key >> 33); }
-    static uint32_t directedEnd(uint64_t key) { return static_cast<uint32_t>(key >> 32); }
-    static uint32_t halfEdge(uint64_t key) { return static_cast<uint32_t>(key); }
 
-    void collectFacesOfVertices(const std::vector<Corners>& faces, uint32_t vertexCount);
-    void sortEdges(const std::vector<Corners>& faces, uint32_t vertexCount);
-    void linkEdgesOf(uint32_t lowVertex);
-    uint32_t runEnd(uint32_t begin, uint32_t end) const;
-    Range addFaces(uint32_t begin, uint32_t end);
-    uint32_t lowerBound(uint32_t low, uint32_t high) const;
+    bool isHub(uint32_t vertex) const { return firstEdge_[vertex + 1] - firstEdge_[vertex] > kHubValence; }
 
-    std::vector<uint32_t> firstFace_;  // per vertex and one more: its part of vertexFaces_
-    std::vector<uint32_t> vertexFaces_;
+private:
+    static constexpr int32_t kNone = -1;
+    static constexpr int32_t kSeveral = -2;
+
+    // An edge as it stands with its first vertex: the second vertex above its number, 3 * face + edge.
+    static uint64_t edgeTo(uint32_t vertex, uint32_t number) { return uint64_t{vertex} << 32 | number; }
+    static uint32_t end(uint64_t edge) { return static_cast<uint32_t>(edge >> 32); }
+    static uint32_t numberOf(uint64_t edge) { return static_cast<uint32_t>(edge); }
+    static uint32_t faceOf(uint64_t edge) { return numberOf(edge) / 3; }
+
+    static size_t lowerBound(std::span<const uint64_t> edges, uint32_t vertex) {
+        return static_cast<size_t>(std::lower_bound(edges.begin(), edges.end(), edgeTo(vertex, 0)) - edges.begin());
+    }
+
+    std::span<const uint64_t> edgesFrom(uint32_t vertex) const {
+        return {edges_.data() + firstEdge_[vertex], edges_.data() + firstEdge_[vertex + 1]};
+    }
+
+    bool isAdjacent(uint32_t f, uint32_t g) const;
+    void sortByVertex(uint32_t vertexCount);
+    void linkEdgesAt(uint32_t vertex, std::vector<int32_t>& faceTo);
+
+    const std::vector<Corners>& faces_;
     std::vector<uint32_t> firstEdge_;  // per vertex and one more: its part of edges_
-    std::vector<uint64_t> edges_;      // keys, each at the lower of its two vertices
-    std::vector<uint32_t> edgeFaces_;  // the faces of each directed edge side by side
-    std::vector<Range> across_;        // per half-edge: a part of edgeFaces_
+    std::vector<uint64_t> edges_;      // by first vertex, then by face, those of hubs by second vertex first
+    std::vector<int32_t> across_;      // per face and edge: the only adjacent face across, kNone or kSeveral
 };
 
 }  // namespace marrowfen
