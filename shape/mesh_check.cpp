@@ -1,0 +1,150 @@
+#include <algorithm>
+
+#include "mesh/mesh_words.h"
+#include "shape/problem_list.h"
+
+namespace marrowfen {
+
+namespace {
+
+constexpr float kWeightTolerance = 1e-3F;  // of the sum of a vertex's weights
+
+template <class Entry, class Good>
+bool all(const std::vector<Entry>& entries, Good good) {
+    return std::all_of(entries.begin(), entries.end(), good);
+}
+
+void checkFrames(const Mesh& mesh, size_t i, ProblemList& list) {
+    const auto at = [&] { return place("mesh", i); };
+    if (mesh.numFrames < 1 || mesh.matFrames < 1 || mesh.vertsPerFrame < 0) {
+        return list.broken("mesh without frames", at);
+    }
+    // A sorted mesh has its own table of each frame's vertices.
+    if (mesh.type == MeshType::Sorted) return;
+    const int64_t perFrame = mesh.vertsPerFrame;
+    if (perFrame * mesh.numFrames != static_cast<int64_t>(mesh.vertexes.size())) {
+        list.broken("mesh whose frames don't have their vertices", at);
+    }
+    if (perFrame * mesh.matFrames != static_cast<int64_t>(mesh.texturevertexes.size())) {
+        list.broken("mesh whose vertices don't have their texture coordinates", at);
+    }
+}
+
+void checkPrimitives(const Shape& shape, const Mesh& mesh, size_t i, ProblemList& list) {
+    const size_t vertices = mesh.vertexes.size();
+    for (const Primitive& primitive : mesh.primitives) {
+        const bool indexed = (primitive.material & Primitive::Indexed) != 0;
+        const size_t end = size_t{primitive.firstElement} + primitive.numElements;
+        if (end > (indexed ? mesh.indices.size() : vertices)) {
+            list.broken("drawing run of elements that aren't there",
+                        [&] { return place("mesh", i, "first element", primitive.firstElement); });
+        }
+        const uint32_t material = primitive.material & Primitive::MaterialMask;
+        if ((primitive.material & Primitive::NoMaterial) == 0 && material >= shape.materials.size()) {
+            list.broken("drawing run with a material that isn't there",
+                        [&] { return place("mesh", i, "material", material); });
+        }
+        if ((primitive.material & Primitive::TypeMask) == Primitive::Triangles && primitive.numElements % 3 != 0) {
+            list.odd("triangle list with a part of a triangle", [&] { return place("mesh", i); });
+        }
+    }
+    // The indices count within a frame; a sorted mesh has its own table of frames and no vertsPerFrame.
+    const auto perFrame = static_cast<size_t>(std::max(mesh.vertsPerFrame, 0));
+    const size_t limit = mesh.type == MeshType::Sorted ? vertices : std::min(vertices, perFrame);
+    const auto isVertex = [&](uint32_t index) { return index < limit; };
+    if (!all(mesh.indices, isVertex) || !all(mesh.mindices, isVertex)) {
+        list.broken("vertex index that is out of range", [&] { return place("mesh", i); });
+    }
+}
+
+void checkWeights(const Mesh& mesh, size_t i, ProblemList& list) {
+    if (mesh.vertexes.empty()) return;
+    if (mesh.vindex.empty()) return list.odd("skin without weights", [&] { return place("mesh", i); });
+    std::vector<float> sums(mesh.vertexes.size());
+    for (size_t w = 0; w < mesh.vindex.size(); ++w) {
+        if (isIndex(mesh.vindex[w], sums)) sums[static_cast<size_t>(mesh.vindex[w])] += mesh.vweight[w];
+    }
+    if (!all(sums, [](float sum) { return std::fabs(sum - 1) <= kWeightTolerance; })) {
+        list.odd("skin with vertices whose weights don't add up to 1", [&] { return place("mesh", i); });
+    }
+}
+
+void checkSkin(const Shape& shape, const Mesh& mesh, size_t i, ProblemList& list) {
+    if (!all(mesh.nodeIndex, [&](int32_t node) { return isIndex(node, shape.nodes); })) {
+        list.broken("skin with a bone that isn't there", [&] { return place("mesh", i); });
+    }
+    if (!all(mesh.vindex, [&](int32_t vertex) { return isIndex(vertex, mesh.vertexes); }) ||
+        !all(mesh.vbone, [&](int32_t bone) { return isIndex(bone, mesh.nodeIndex); })) {
+        list.broken("weight of a vertex or bone that isn't there", [&] { return place("mesh", i); });
+    }
+    checkWeights(mesh, i, list);
+}
+
+// Whether a walk along the clusters can come back to where it was. Clusters without an unvisited predecessor are taken
+// away until none is left but those on circles.
+bool hasCircle(const std::vector<Cluster>& clusters) {
+    std::vector<int> predecessors(clusters.size());
+    const auto forNext = [&](const Cluster& cluster, auto visit) {
+        for (const int32_t next : {cluster.frontCluster, cluster.backCluster}) {
+            if (isIndex(next, clusters)) visit(static_cast<size_t>(next));
+        }
+    };
+    for (const Cluster& cluster : clusters) forNext(cluster, [&](size_t next) { ++predecessors[next]; });
+
+    std::vector<size_t> free;
+    for (size_t c = 0; c < clusters.size(); ++c) {
+        if (predecessors[c] == 0) free.push_back(c);
+    }
+    size_t taken = 0;
+    for (; taken < free.size(); ++taken) {
+        forNext(clusters[free[taken]], [&](size_t next) {
+            if (--predecessors[next] == 0) free.push_back(next);
+        });
+    }
+    return taken < clusters.size();
+}
+
+void checkSorted(const Mesh& mesh, size_t i, ProblemList& list) {
+    const auto at = [&] { return place("mesh", i); };
+    const auto good = [&](const Cluster& c) {
+        return isRange(c.startPrimitive, int64_t{c.endPrimitive} - c.startPrimitive, mesh.primitives) &&
+               isIndexOrNone(c.frontCluster, mesh.clusters) && isIndexOrNone(c.backCluster, mesh.clusters);
+    };
+    if (!all(mesh.clusters, good)) list.broken("cluster with primitives or a next cluster that aren't there", at);
+    if (hasCircle(mesh.clusters)) list.broken("circle of clusters", at);
+
+    // A mesh without faces keeps no cluster, and its walk starts at the end.
+    const auto isStart = [&](int32_t c) { return isIndex(c, mesh.clusters) || (c == 0 && mesh.clusters.empty()); };
+    bool frames = mesh.frameFirstVertex.size() == mesh.frameVertexCount.size() &&
+                  all(mesh.frameStartCluster, isStart) &&
+                  all(mesh.frameFirstTexVertex, [&](int32_t t) { return isRange(t, 0, mesh.texturevertexes); });
+    for (size_t f = 0; frames && f < mesh.frameFirstVertex.size(); ++f) {
+        frames = isRange(mesh.frameFirstVertex[f], mesh.frameVertexCount[f], mesh.vertexes);
+    }
+    if (!frames) list.broken("sorted mesh whose frames lie outside its lists", at);
+}
+
+}  // namespace
+
+void checkMeshes(const Shape& shape, ProblemList& list) {
+    for (size_t i = 0; i < shape.meshes.size(); ++i) {
+        const Mesh& mesh = shape.meshes[i];
+        if (mesh.type == MeshType::Null) continue;
+        if (*meshTypeWord(mesh.type) == '\0') {
+            list.odd("mesh of an unknown type",
+                     [&] { return place("mesh", i, "type", static_cast<int32_t>(mesh.type)); });
+        }
+        if (!isIndexOrNone(mesh.parent, shape.meshes)) {
+            list.broken("mesh with a parent that isn't there", [&] { return place("mesh", i, "parent", mesh.parent); });
+        }
+        if (!all(mesh.vertexes, isFinite) || !all(mesh.normals, isFinite)) {
+            list.odd("mesh with vertices or normals that aren't finite numbers", [&] { return place("mesh", i); });
+        }
+        checkFrames(mesh, i, list);
+        checkPrimitives(shape, mesh, i, list);
+        if (mesh.type == MeshType::Skin) checkSkin(shape, mesh, i, list);
+        if (mesh.type == MeshType::Sorted) checkSorted(mesh, i, list);
+    }
+}
+
+}  // namespace marrowfen

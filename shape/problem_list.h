@@ -1,0 +1,80 @@
+#pragma once
+
+// Collects the problems of a shape, a kind each.
+
+#include <charconv>
+#include <cmath>
+
+#include "shape/shape_check.h"
+
+namespace marrowfen {
+
+class ProblemList {
+public:
+    // where is called for the first few only.
+    template <class Where>
+    void broken(const char* what, Where where) {
+        add(what, true, where);
+    }
+    template <class Where>
+    void odd(const char* what, Where where) {
+        add(what, false, where);
+    }
+
+    std::vector<ShapeProblem> problems;
+
+private:
+    static constexpr size_t kShown = 3;
+
+    template <class Where>
+    void add(const char* what, bool isBroken, Where where) {
+        ShapeProblem& problem = find(what, isBroken);
+        if (++problem.count <= kShown) problem.where.push_back(where());
+    }
+
+    ShapeProblem& find(const char* what, bool isBroken) {
+        for (ShapeProblem& problem : problems) {
+            if (problem.what == what) return problem;
+        }
+        return problems.emplace_back(ShapeProblem{what, isBroken, 0, {}});
+    }
+};
+
+// "node 3", or with the offending value "node 3 (parent 99)".
+inline std::string place(const char* record, size_t i) { return std::string(record) + " " + std::to_string(i); }
+
+template <class Value>
+std::string place(const char* record, size_t i, const char* field, Value value) {
+    char text[32];
+    std::to_chars_result end{};
+    if constexpr (std::is_floating_point_v<Value>) {
+        end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6);
+    } else {
+        end = std::to_chars(text, text + sizeof text, value);
+    }
+    return place(record, i) + " (" + field + " " + std::string(text, end.ptr) + ")";
+}
+
+template <class Table>
+bool isIndex(int64_t i, const Table& table) {
+    return i >= 0 && i < static_cast<int64_t>(table.size());
+}
+
+template <class Table>
+bool isIndexOrNone(int64_t i, const Table& table) {
+    return i == -1 || isIndex(i, table);
+}
+
+// Whether entries first to first + count - 1 are all there.
+template <class Table>
+bool isRange(int64_t first, int64_t count, const Table& table) {
+    return first >= 0 && count >= 0 && first + count <= static_cast<int64_t>(table.size());
+}
+
+inline bool isFinite(const Point3& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
+
+// Parts of findProblems.
+void checkMeshes(const Shape& shape, ProblemList& list);                         // shape/mesh_check.cpp
+void checkSequences(const Shape& shape, ShapeFileKind kind, ProblemList& list);  // shape/sequence_check.cpp
+
+}  // namespace marrowfen

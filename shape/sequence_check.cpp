@@ -1,0 +1,95 @@
+#include "shape/problem_list.h"
+
+namespace marrowfen {
+
+namespace {
+
+int64_t memberCount(const IndexSet& set) {
+    int64_t count = 0;
+    for (size_t i = 0; i < set.size(); ++i) count += set.test(i) ? 1 : 0;
+    return count;
+}
+
+// Whether all members are below the size of a table; sets are stored in whole words, so they may be longer.
+template <class Table>
+bool isSetOf(const IndexSet& set, const Table& table) {
+    for (size_t i = table.size(); i < set.size(); ++i) {
+        if (set.test(i)) return false;
+    }
+    return true;
+}
+
+// Calls bad(table name) for each table in which the sequence's block of keys doesn't lie.
+template <class Bad>
+void forEachBadBlock(const Shape& shape, const Shape::Sequence& s, Bad bad) {
+    const int64_t keys = s.numKeyFrames;
+    const auto block = [&](int32_t base, const IndexSet& members, const auto& table, const char* name) {
+        const int64_t count = memberCount(members);
+        if (count > 0 && !isRange(base, count * keys, table)) bad(name);
+    };
+    block(s.baseRotation, s.rotationMatters, shape.nodeRotations, "rotation");
+    block(s.baseTranslation, s.translationMatters, shape.nodeTranslations, "translation");
+    if ((s.flags & Shape::ArbitraryScale) != 0) {
+        block(s.baseScale, s.scaleMatters, shape.nodeScalesArbitrary, "scale");
+    } else if ((s.flags & Shape::AlignedScale) != 0) {
+        block(s.baseScale, s.scaleMatters, shape.nodeScalesAligned, "scale");
+    } else {
+        block(s.baseScale, s.scaleMatters, shape.nodeScalesUniform, "scale");
+    }
+    if (!isRange(s.firstGroundFrame, s.numGroundFrames, shape.groundTranslations)) bad("ground frame");
+    if (!isRange(s.firstTrigger, s.numTriggers, shape.triggers)) bad("trigger");
+}
+
+// States belong to objects and decals, which only a DTS file has.
+template <class Bad>
+void forEachBadStateBlock(const Shape& shape, const Shape::Sequence& s, Bad bad) {
+    int64_t objects = 0;
+    for (size_t i = 0; i < shape.objects.size(); ++i) {
+        const auto has = [&](const IndexSet& set) { return i < set.size() && set.test(i); };
+        if (has(s.visMatters) || has(s.frameMatters) || has(s.matFrameMatters)) ++objects;
+    }
+    const int64_t keys = s.numKeyFrames;
+    if (objects > 0 && !isRange(s.baseObjectState, objects * keys, shape.objectStates)) bad("object state");
+    const int64_t decals = memberCount(s.decalMatters);
+    if (decals > 0 && !isRange(s.baseDecalState, decals * keys, shape.decalStates)) bad("decal state");
+}
+
+bool hasOnlyMembersThatExist(const Shape& shape, const Shape::Sequence& s, ShapeFileKind kind) {
+    const bool nodes = isSetOf(s.rotationMatters, shape.nodes) && isSetOf(s.translationMatters, shape.nodes) &&
+                       isSetOf(s.scaleMatters, shape.nodes);
+    if (kind == ShapeFileKind::Dsq) return nodes;
+    return nodes && isSetOf(s.decalMatters, shape.decals) && isSetOf(s.iflMatters, shape.IFLmaterials) &&
+           isSetOf(s.visMatters, shape.objects) && isSetOf(s.frameMatters, shape.objects) &&
+           isSetOf(s.matFrameMatters, shape.objects);
+}
+
+}  // namespace
+
+void checkSequences(const Shape& shape, ShapeFileKind kind, ProblemList& list) {
+    for (size_t i = 0; i < shape.sequences.size(); ++i) {
+        const Shape::Sequence& s = shape.sequences[i];
+        const auto at = [&] { return place("sequence", i); };
+        if (!isIndex(s.nameIndex, shape.names)) {
+            list.broken("sequence with a name that isn't there",
+                        [&] { return place("sequence", i, "name", s.nameIndex); });
+        }
+        if (!hasOnlyMembersThatExist(shape, s, kind)) list.broken("sequence of nodes or objects that aren't there", at);
+        if (!(s.duration > 0) || !std::isfinite(s.duration)) {
+            list.odd("sequence whose duration isn't positive",
+                     [&] { return place("sequence", i, "duration", s.duration); });
+        }
+        if (s.numKeyFrames < 1) {
+            list.odd("sequence without key frames", at);
+            if (s.numKeyFrames < 0) list.broken("sequence with a negative number of key frames", at);
+            continue;
+        }
+        const auto bad = [&](const char* table) {
+            list.broken("sequence whose keys lie outside their table",
+                        [&] { return place("sequence", i) + " (" + table + "s)"; });
+        };
+        forEachBadBlock(shape, s, bad);
+        if (kind == ShapeFileKind::Dts) forEachBadStateBlock(shape, s, bad);
+    }
+}
+
+}  // namespace marrowfen

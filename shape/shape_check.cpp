@@ -1,0 +1,206 @@
+#include "shape/shape_check.h"
+
+#include <algorithm>
+
+#include "shape/ascii.h"
+#include "shape/problem_list.h"
+
+namespace marrowfen {
+
+namespace {
+
+// Each packed component is cut by less than one step of 1/32767.
+constexpr float kUnitTolerance = 4.0F / 32767;
+
+// A level's objects are looked through for this many levels only, far more than an engine can tell apart, so that a
+// file of nothing but levels and objects takes no longer than others.
+constexpr size_t kLevelsLookedInto = 256;
+
+template <class Record>
+void checkNames(const Shape& shape, const char* record, const std::vector<Record>& records, ProblemList& list) {
+    for (size_t i = 0; i < records.size(); ++i) {
+        if (isIndex(records[i].name, shape.names)) continue;
+        list.broken("record with a name that isn't there", [&] { return place(record, i, "name", records[i].name); });
+    }
+}
+
+// Nodes whose chain of parents comes back to itself. Each node is walked over once: its mark is the walk that did.
+void checkCycles(const std::vector<Shape::Node>& nodes, ProblemList& list) {
+    constexpr size_t kNoWalk = SIZE_MAX;
+    std::vector<size_t> walks(nodes.size(), kNoWalk);
+    for (size_t start = 0; start < nodes.size(); ++start) {
+        int32_t n = static_cast<int32_t>(start);
+        while (isIndex(n, nodes) && walks[static_cast<size_t>(n)] == kNoWalk) {
+            walks[static_cast<size_t>(n)] = start;
+            n = nodes[static_cast<size_t>(n)].parent;
+        }
+        if (isIndex(n, nodes) && walks[static_cast<size_t>(n)] == start) {
+            list.broken("circle of parents", [&] { return place("node", static_cast<size_t>(n)); });
+        }
+    }
+}
+
+void checkNodes(const Shape& shape, ProblemList& list) {
+    checkNames(shape, "node", shape.nodes, list);
+    for (size_t i = 0; i < shape.nodes.size(); ++i) {
+        const Shape::Node& node = shape.nodes[i];
+        if (!isIndexOrNone(node.parent, shape.nodes)) {
+            list.broken("node with a parent that isn't there", [&] { return place("node", i, "parent", node.parent); });
+        }
+        if (!isFinite(shape.nodeDefTranslations[i])) {
+            list.odd("default translation that isn't a finite number", [&] { return place("node", i); });
+        }
+    }
+    checkCycles(shape.nodes, list);
+}
+
+void checkRotations(const char* what, const char* record, const std::vector<Quaternion>& rotations, ProblemList& list) {
+    for (size_t i = 0; i < rotations.size(); ++i) {
+        const auto [x, y, z, w] = rotations[i];
+        const float length = std::sqrt(x * x + y * y + z * z + w * w);
+        if (!(std::fabs(length - 1) <= kUnitTolerance))
+            list.odd(what, [&] { return place(record, i, "length", length); });
+    }
+}
+
+void checkObjects(const Shape& shape, ProblemList& list) {
+    checkNames(shape, "object", shape.objects, list);
+    for (size_t i = 0; i < shape.objects.size(); ++i) {
+        const Shape::Object& object = shape.objects[i];
+        if (!isRange(object.firstMesh, object.numMeshes, shape.meshes)) {
+            list.broken("object with meshes that aren't there",
+                        [&] { return place("object", i, "first mesh", object.firstMesh); });
+        }
+        if (!isIndexOrNone(object.node, shape.nodes)) {
+            list.broken("object on a node that isn't there", [&] { return place("object", i, "node", object.node); });
+        } else if (object.node < 0) {
+            list.odd("object without a node", [&] { return place("object", i); });
+        }
+    }
+    if (shape.objectStates.size() < shape.objects.size()) {
+        list.odd("object without a default state", [&] { return place("object", shape.objectStates.size()); });
+    }
+}
+
+void checkDecals(const Shape& shape, ProblemList& list) {
+    checkNames(shape, "decal", shape.decals, list);
+    for (size_t i = 0; i < shape.decals.size(); ++i) {
+        const Shape::Decal& decal = shape.decals[i];
+        if (!isRange(decal.firstMesh, decal.numMeshes, shape.meshes) || !isIndexOrNone(decal.object, shape.objects)) {
+            list.broken("decal with meshes or an object that aren't there", [&] { return place("decal", i); });
+        }
+    }
+}
+
+void checkMaterials(const Shape& shape, ProblemList& list) {
+    for (size_t i = 0; i < shape.materials.size(); ++i) {
+        const Shape::Material& material = shape.materials[i];
+        for (const int32_t other : {material.reflectance, material.bump, material.detail}) {
+            if (isIndexOrNone(other, shape.materials)) continue;
+            list.broken("material that names one that isn't there",
+                        [&] { return place("material", i, "material", other); });
+        }
+    }
+    checkNames(shape, "IFL material", shape.IFLmaterials, list);
+    for (size_t i = 0; i < shape.IFLmaterials.size(); ++i) {
+        const int32_t slot = shape.IFLmaterials[i].slot;
+        if (isIndex(slot, shape.materials)) continue;
+        list.broken("IFL material for a slot that isn't there", [&] { return place("IFL material", i, "slot", slot); });
+    }
+}
+
+void checkSubShapes(const Shape& shape, ProblemList& list) {
+    for (size_t i = 0; i < shape.subshapes.size(); ++i) {
+        const Shape::SubShape& s = shape.subshapes[i];
+        if (isRange(s.firstNode, s.numNodes, shape.nodes) && isRange(s.firstObject, s.numObjects, shape.objects) &&
+            isRange(s.firstDecal, s.numDecals, shape.decals)) {
+            continue;
+        }
+        list.broken("subshape of nodes, objects or decals that aren't there", [&] { return place("subshape", i); });
+    }
+}
+
+// Whether an object of the level's subshape has a mesh with faces for it.
+bool drawsAnything(const Shape& shape, const Shape::DetailLevel& level) {
+    const Shape::SubShape& subshape = shape.subshapes[static_cast<size_t>(level.subshape)];
+    for (int32_t i = 0; i < subshape.numObjects; ++i) {
+        if (!isIndex(int64_t{subshape.firstObject} + i, shape.objects)) return false;
+        const Shape::Object& object = shape.objects[static_cast<size_t>(subshape.firstObject + i)];
+        const int64_t mesh = int64_t{object.firstMesh} + level.objectDetail;
+        if (level.objectDetail >= 0 && level.objectDetail < object.numMeshes && isIndex(mesh, shape.meshes) &&
+            !shape.meshes[static_cast<size_t>(mesh)].primitives.empty()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Levels are tried in their order: one shows from its size up to where an earlier one takes over.
+void checkDetailLevels(const Shape& shape, ProblemList& list) {
+    checkNames(shape, "detail level", shape.detailLevels, list);
+    float taken = INFINITY;
+    for (size_t i = 0; i < shape.detailLevels.size(); ++i) {
+        const Shape::DetailLevel& level = shape.detailLevels[i];
+        if (!isIndex(level.subshape, shape.subshapes)) {
+            list.broken("detail level of a subshape that isn't there",
+                        [&] { return place("detail level", i, "subshape", level.subshape); });
+        } else if (i < kLevelsLookedInto && !drawsAnything(shape, level)) {
+            list.odd("detail level without faces", [&] { return place("detail level", i); });
+        }
+        if (levelKind(shape, level) != LevelKind::Visible) continue;
+        if (!(level.size >= 0 && level.size < taken)) {
+            list.odd("detail level that can never show", [&] { return place("detail level", i, "size", level.size); });
+        } else {
+            taken = level.size;
+        }
+    }
+    if (shape.smallestDetailLevel < 0 || shape.smallestDetailLevel > static_cast<int64_t>(shape.detailLevels.size())) {
+        list.odd("smallest detail level that isn't there", [&] { return std::to_string(shape.smallestDetailLevel); });
+    }
+}
+
+void checkBounds(const Shape& shape, ProblemList& list) {
+    const auto [min, max] = shape.bounds;
+    const bool whole = isFinite(min) && isFinite(max) && min.x <= max.x && min.y <= max.y && min.z <= max.z;
+    if (!whole) list.odd("bounds that hold nothing", [] { return std::string("shape"); });
+}
+
+}  // namespace
+
+LevelKind levelKind(const Shape& shape, const Shape::DetailLevel& level) {
+    if (!isIndex(level.name, shape.names)) return LevelKind::Visible;
+    const std::string& name = shape.names[static_cast<size_t>(level.name)];
+    if (beginsWithIgnoringCase(name, "Collision")) return LevelKind::Collision;
+    return beginsWithIgnoringCase(name, "LOS") ? LevelKind::LineOfSight : LevelKind::Visible;
+}
+
+std::string ShapeProblem::text() const {
+    std::string line = what + ": ";
+    for (size_t i = 0; i < where.size(); ++i) line += (i == 0 ? "" : ", ") + where[i];
+    return count > where.size() ? line + " and " + std::to_string(count - where.size()) + " more" : line;
+}
+
+bool anyBroken(const std::vector<ShapeProblem>& problems) {
+    return std::any_of(problems.begin(), problems.end(), [](const ShapeProblem& problem) { return problem.broken; });
+}
+
+std::vector<ShapeProblem> findProblems(const Shape& shape, ShapeFileKind kind) {
+    ProblemList list;
+    checkNodes(shape, list);
+    checkRotations("rotation key that isn't a unit quaternion", "node rotation", shape.nodeRotations, list);
+    checkRotations("ground rotation that isn't a unit quaternion", "ground rotation", shape.groundRotations, list);
+    checkSequences(shape, kind, list);
+    if (kind == ShapeFileKind::Dsq) return list.problems;
+
+    checkRotations("default rotation that isn't a unit quaternion", "node", shape.nodeDefRotations, list);
+    checkObjects(shape, list);
+    checkDecals(shape, list);
+    checkMaterials(shape, list);
+    checkSubShapes(shape, list);
+    checkDetailLevels(shape, list);
+    checkMeshes(shape, list);
+    checkBounds(shape, list);
+    return list.problems;
+}
+
+}  // namespace marrowfen

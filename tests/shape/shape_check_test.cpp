@@ -1,0 +1,194 @@
+#include "shape/shape_check.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+#include "tests/shape/random_shape.h"
+
+namespace marrowfen {
+namespace {
+
+Mesh triangle(MeshType type) {
+    Mesh mesh(type);
+    mesh.vertexes = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    mesh.texturevertexes.resize(3);
+    mesh.normals.resize(3, {0, 0, 1});
+    mesh.encodedNormals.resize(3);
+    mesh.primitives = {{0, 3, Primitive::Indexed}};
+    mesh.indices = {0, 1, 2};
+    mesh.setNumFrames(1);
+    return mesh;
+}
+
+// A shape without a fault: two levels, a skin of one bone and a sorted mesh, a collision mesh and a sequence.
+Shape goodShape() {
+    Shape shape;
+    shape.names = {"bone", "Root", "ShapeObject", "Detail64", "Detail8", "Collision-1", "walk"};
+    shape.nodes = {{0, 1}, {1, -1}};
+    shape.nodeDefRotations = {{0.5F, 0.5F, 0.5F, 0.5F}, {}};
+    shape.nodeDefTranslations.resize(2);
+    shape.objects = {{2, 3, 0, 1}};
+    shape.objectStates.resize(1);
+    shape.subshapes = {{0, 0, 0, 2, 1, 0}};
+    shape.detailLevels = {{3, 0, 0, 64}, {4, 0, 1, 8}, {5, 0, 2, -1}};
+    shape.materials.resize(1);
+    shape.meshes = {triangle(MeshType::Skin), triangle(MeshType::Sorted), triangle(MeshType::Standard)};
+    shape.meshes[0].boneSlot(0);
+    shape.meshes[0].vindex = {0, 1, 2};
+    shape.meshes[0].vbone = {0, 0, 0};
+    shape.meshes[0].vweight = {1, 1, 1};
+    shape.meshes[1].clusters = {{0, 1, {}, 0, 1, 1}, {1, 1, {}, 0, -1, -1}};
+    shape.meshes[1].frameStartCluster = {0};
+    shape.meshes[1].frameFirstVertex = {0};
+    shape.meshes[1].frameVertexCount = {3};
+    shape.meshes[1].frameFirstTexVertex = {0};
+    shape.meshes[1].vertsPerFrame = 0;
+    shape.bounds = {{0, 0, 0}, {1, 1, 0}};
+    shape.nodeRotations.resize(8);
+    shape.nodeTranslations.resize(8);
+    Shape::Sequence walk;
+    walk.nameIndex = 6;
+    walk.numKeyFrames = 4;
+    walk.baseRotation = 4;
+    for (IndexSet* set : {&walk.rotationMatters, &walk.translationMatters}) {
+        set->resize(32);
+        set->set(0);
+    }
+    shape.sequences = {walk};
+    return shape;
+}
+
+std::string problemText(const Shape& shape, ShapeFileKind kind = ShapeFileKind::Dts) {
+    std::string text;
+    for (const ShapeProblem& problem : findProblems(shape, kind)) {
+        text += (problem.broken ? "broken " : "odd ") + problem.text() + "\n";
+    }
+    return text;
+}
+
+TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
+    const struct {
+        std::function<void(Shape&)> damage;
+        const char* problem;
+    } cases[] = {
+        {[](Shape&) {}, ""},
+        {[](Shape& s) { s.nodes[1].name = 7; }, "broken record with a name that isn't there: node 1 (name 7)"},
+        {[](Shape& s) { s.nodes[0].parent = 2; }, "broken node with a parent that isn't there: node 0 (parent 2)"},
+        {[](Shape& s) { s.nodes[0].parent = -2; }, "broken node with a parent that isn't there: node 0 (parent -2)"},
+        {[](Shape& s) { s.nodes[1].parent = 0; }, "broken circle of parents: node 0"},
+        {[](Shape& s) { s.nodes[1].parent = 1; }, "broken circle of parents: node 1"},
+        {[](Shape& s) { s.nodeDefRotations[1].w = 0.99F; },
+         "odd default rotation that isn't a unit quaternion: node 1 (length 0.99)"},
+        {[](Shape& s) { s.nodeDefRotations[1].w = 32766.0F / 32767; }, ""},
+        {[](Shape& s) {
+             s.nodeRotations.assign(8, {0, 0, 0, 0});
+         },
+         "odd rotation key that isn't a unit quaternion: node rotation 0 (length 0), node rotation 1 (length 0), "
+         "node rotation 2 (length 0) and 5 more"},
+        {[](Shape& s) { s.nodeDefTranslations[0].y = NAN; },
+         "odd default translation that isn't a finite number: node 0"},
+        {[](Shape& s) { s.objects[0].numMeshes = 4; },
+         "broken object with meshes that aren't there: object 0 (first mesh 0)"},
+        {[](Shape& s) { s.objects[0].node = 2; }, "broken object on a node that isn't there: object 0 (node 2)"},
+        {[](Shape& s) { s.objects[0].node = -1; }, "odd object without a node: object 0"},
+        {[](Shape& s) { s.objectStates.clear(); }, "odd object without a default state: object 0"},
+        {[](Shape& s) {
+             s.decals = {{0, 1, 2, 5}};
+         },
+         "broken decal with meshes or an object that aren't there: decal 0"},
+        {[](Shape& s) { s.materials[0].bump = 1; },
+         "broken material that names one that isn't there: material 0 (material 1)"},
+        {[](Shape& s) {
+             s.IFLmaterials = {{0, 9}};
+         },
+         "broken IFL material for a slot that isn't there: IFL material 0 (slot 9)"},
+        {[](Shape& s) { s.subshapes[0].numNodes = 3; },
+         "broken subshape of nodes, objects or decals that aren't there: subshape 0"},
+        {[](Shape& s) { s.detailLevels[1].subshape = 1; },
+         "broken detail level of a subshape that isn't there: detail level 1 (subshape 1)"},
+        {[](Shape& s) { s.detailLevels[1].objectDetail = 3; }, "odd detail level without faces: detail level 1"},
+        {[](Shape& s) { s.detailLevels[1].size = 64; },
+         "odd detail level that can never show: detail level 1 (size 64)"},
+        {[](Shape& s) { s.detailLevels[1].size = -1; },
+         "odd detail level that can never show: detail level 1 (size -1)"},
+        {[](Shape& s) { s.smallestDetailLevel = 4; }, "odd smallest detail level that isn't there: 4"},
+        {[](Shape& s) { s.bounds.min.x = 2; }, "odd bounds that hold nothing: shape"},
+        {[](Shape& s) { s.meshes[2].type = MeshType{7}; }, "odd mesh of an unknown type: mesh 2 (type 7)"},
+        {[](Shape& s) { s.meshes[2].parent = 3; }, "broken mesh with a parent that isn't there: mesh 2 (parent 3)"},
+        {[](Shape& s) { s.meshes[2].numFrames = 0; }, "broken mesh without frames: mesh 2"},
+        {[](Shape& s) { s.meshes[2].numFrames = 2; }, "broken mesh whose frames don't have their vertices: mesh 2"},
+        {[](Shape& s) { s.meshes[2].texturevertexes.clear(); },
+         "broken mesh whose vertices don't have their texture coordinates: mesh 2"},
+        {[](Shape& s) { s.meshes[2].normals[0].x = INFINITY; },
+         "odd mesh with vertices or normals that aren't finite numbers: mesh 2"},
+        {[](Shape& s) { s.meshes[2].primitives[0].firstElement = 1; },
+         "broken drawing run of elements that aren't there: mesh 2 (first element 1)"},
+        {[](Shape& s) { s.meshes[2].primitives[0].material |= 1; },
+         "broken drawing run with a material that isn't there: mesh 2 (material 1)"},
+        {[](Shape& s) { s.meshes[2].primitives[0].numElements = 2; },
+         "odd triangle list with a part of a triangle: mesh 2"},
+        {[](Shape& s) { s.meshes[2].indices[0] = 3; }, "broken vertex index that is out of range: mesh 2"},
+        {[](Shape& s) { s.meshes[0].nodeIndex = {2}; }, "broken skin with a bone that isn't there: mesh 0"},
+        {[](Shape& s) { s.meshes[0].vbone[0] = 1; }, "broken weight of a vertex or bone that isn't there: mesh 0"},
+        {[](Shape& s) { s.meshes[0].vindex.clear(); }, "odd skin without weights: mesh 0"},
+        {[](Shape& s) { s.meshes[0].vweight[1] = 0.5F; },
+         "odd skin with vertices whose weights don't add up to 1: mesh 0"},
+        {[](Shape& s) { s.meshes[1].clusters[1].endPrimitive = 2; },
+         "broken cluster with primitives or a next cluster that aren't there: mesh 1"},
+        {[](Shape& s) { s.meshes[1].clusters[1].backCluster = 0; }, "broken circle of clusters: mesh 1"},
+        {[](Shape& s) { s.meshes[1].frameVertexCount = {4}; },
+         "broken sorted mesh whose frames lie outside its lists: mesh 1"},
+        {[](Shape& s) { s.sequences[0].nameIndex = -1; },
+         "broken sequence with a name that isn't there: sequence 0 (name -1)"},
+        {[](Shape& s) {
+             s.sequences[0].rotationMatters.set(2);
+             s.nodeRotations.resize(12);
+         },
+         "broken sequence of nodes or objects that aren't there: sequence 0"},
+        {[](Shape& s) { s.sequences[0].duration = 0; },
+         "odd sequence whose duration isn't positive: sequence 0 (duration 0)"},
+        {[](Shape& s) { s.sequences[0].numKeyFrames = 0; }, "odd sequence without key frames: sequence 0"},
+        {[](Shape& s) { s.sequences[0].baseRotation = 5; },
+         "broken sequence whose keys lie outside their table: sequence 0 (rotations)"},
+        {[](Shape& s) {
+             s.sequences[0].scaleMatters.resize(1);
+             s.sequences[0].scaleMatters.set(0);
+         },
+         "broken sequence whose keys lie outside their table: sequence 0 (scales)"},
+        {[](Shape& s) { s.sequences[0].numTriggers = 1; },
+         "broken sequence whose keys lie outside their table: sequence 0 (triggers)"},
+        {[](Shape& s) {
+             s.sequences[0].visMatters.resize(1);
+             s.sequences[0].visMatters.set(0);
+         },
+         "broken sequence whose keys lie outside their table: sequence 0 (object states)"},
+    };
+    for (const auto& [damage, problem] : cases) {
+        Shape shape = goodShape();
+        damage(shape);
+        EXPECT_EQ(problemText(shape), *problem == '\0' ? "" : std::string(problem) + "\n");
+    }
+}
+
+TEST(ShapeCheck, DsqFilesAreCheckedForWhatTheyHold) {
+    Shape shape = goodShape();
+    shape.objects.clear();
+    shape.meshes.clear();
+    shape.sequences[0].visMatters.resize(32);
+    shape.sequences[0].visMatters.set(5);
+    EXPECT_EQ(problemText(shape, ShapeFileKind::Dsq), "");
+    shape.nodeTranslations.clear();
+    EXPECT_EQ(problemText(shape, ShapeFileKind::Dsq),
+              "broken sequence whose keys lie outside their table: sequence 0 (translations)\n");
+}
+
+TEST(ShapeCheck, NonsenseIsSafeToCheck) {
+    size_t problems = 0;
+    for (uint32_t seed = 0; seed < 500; ++seed) problems += findProblems(RandomShape(seed).make()).size();
+    EXPECT_GT(problems, 500U);
+}
+
+}  // namespace
+}  // namespace marrowfen
