@@ -47,7 +47,8 @@ void readEnvironmentShader(TsxMaterial* material, MaterialInfo& info, std::ostre
     if (tsxMaterialIsShaderBoxNull(material) != 0 || tsxMaterialIsShaderBoxValid(material) != 1) return;
     TsxShaderInfo* shader = tsxMaterialGetShaderInfo(material, kEnvironmentShaderSlot);
     char name[32] = {};
-    if (tsxShaderInfoGetShaderName(shader, name) != 1 || std::string_view(name) != "c_envr_map") return;
+    if (shader == nullptr || tsxShaderInfoGetShaderName(shader, name) != 1 || std::string_view(name) != "c_envr_map")
+        return;
 
     const int count = tsxShaderInfoGetParametersNumber(shader);
     log << "Number of Shader Params: " << count << std::endl;
