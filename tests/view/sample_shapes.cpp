@@ -1,0 +1,257 @@
+#include "sample_shapes.h"
+
+#include <cmath>
+#include <limits>
+
+namespace marrowfen::test {
+
+namespace {
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+Quaternion turn(Point3 axis, float angle) {
+    const Point3 a = normalized(axis) * std::sin(angle / 2);
+    return {a.x, a.y, a.z, std::cos(angle / 2)};
+}
+
+void addObject(Shape& shape, const std::string& name, int32_t node, const std::vector<Mesh>& meshes) {
+    Shape::Object object;
+    object.name = shape.findOrAddName(name);
+    object.node = node;
+    object.firstMesh = static_cast<int32_t>(shape.meshes.size());
+    object.numMeshes = static_cast<int32_t>(meshes.size());
+    shape.objects.push_back(object);
+    shape.meshes.insert(shape.meshes.end(), meshes.begin(), meshes.end());
+    shape.objectStates.emplace_back();
+}
+
+void addMaterial(Shape& shape, const std::string& name, uint32_t flags) {
+    Shape::Material material;
+    material.name = name;
+    material.flags = flags;
+    shape.materials.push_back(material);
+}
+
+void bind(Shape& shape, Mesh& mesh, int32_t vertex, int32_t node, float weight) {
+    mesh.vindex.push_back(vertex);
+    mesh.vbone.push_back(mesh.boneSlot(node));
+    mesh.vweight.push_back(weight);
+    const Shape::Pose pose = shape.nodeWorldTransform(node);
+    mesh.setInitialTransform(mesh.vbone.back(), pose.translation, pose.rotation);
+}
+
+// A sequence that turns and moves every node but the last.
+void addSequence(Shape& shape, const std::string& name, uint32_t flags, int32_t keys) {
+    Shape::Sequence s;
+    s.nameIndex = shape.findOrAddName(name);
+    s.flags = flags;
+    s.numKeyFrames = keys;
+    s.duration = static_cast<float>(keys) / 10;
+    s.baseRotation = static_cast<int32_t>(shape.nodeRotations.size());
+    s.baseTranslation = static_cast<int32_t>(shape.nodeTranslations.size());
+    const size_t moved = shape.nodes.size() - 1;
+    s.rotationMatters.resize(moved);
+    s.translationMatters.resize(moved);
+    for (size_t n = 0; n < moved; ++n) {
+        s.rotationMatters.set(n);
+        s.translationMatters.set(n);
+        for (int32_t key = 0; key < keys; ++key) {
+            const auto k = static_cast<float>(key);
+            shape.nodeRotations.push_back(shape.nodeDefRotations[n] * turn({1, 2, 0.5F}, 0.9F * k));
+            shape.nodeTranslations.push_back(shape.nodeDefTranslations[n] + Point3{0, 0.25F * k, 0});
+        }
+    }
+    shape.sequences.push_back(s);
+}
+
+void finish(Shape& shape) {
+    shape.subshapes.push_back(
+        {0, 0, 0, static_cast<int32_t>(shape.nodes.size()), static_cast<int32_t>(shape.objects.size()), 0});
+    shape.computeBounds();
+    shape.computeCenter();
+    shape.computeRadius();
+    shape.computeTubeRadius();
+    shape.setSmallestSize(0);
+}
+
+}  // namespace
+
+int32_t addNode(Shape& shape, const std::string& name, int32_t parent, Quaternion rotation, Point3 translation) {
+    Shape::Node node;
+    node.name = shape.findOrAddName(name);
+    node.parent = parent;
+    shape.nodes.push_back(node);
+    shape.nodeDefRotations.push_back(rotation);
+    shape.nodeDefTranslations.push_back(translation);
+    return static_cast<int32_t>(shape.nodes.size()) - 1;
+}
+
+void addLevel(Shape& shape, const std::string& name, float size) {
+    Shape::DetailLevel level;
+    level.name = shape.findOrAddName(name);
+    level.objectDetail = static_cast<int32_t>(shape.detailLevels.size());
+    level.size = size;
+    shape.detailLevels.push_back(level);
+}
+
+// Two triangles in the XZ plane that face along -Y, clockwise from there.
+//   1---2
+//   | / |
+//   0---3
+Mesh quadMesh(MeshType type, float half, uint32_t drawType) {
+    Mesh mesh(type);
+    mesh.vertexes = {{-half, 0, -half}, {-half, 0, half}, {half, 0, half}, {half, 0, -half}};
+    mesh.texturevertexes = {{0, 1}, {0, 0}, {1, 0}, {1, 1}};
+    mesh.normals.assign(4, {0, -1, 0});
+    mesh.encodedNormals.assign(4, 0);
+    if (drawType == Primitive::Strip) mesh.indices = {1, 2, 0, 3};
+    if (drawType == Primitive::Fan) mesh.indices = {0, 1, 2, 3};
+    if (drawType == Primitive::Triangles) mesh.indices = {0, 1, 2, 0, 2, 3};
+    mesh.primitives = {{0, static_cast<uint32_t>(mesh.indices.size()), drawType | Primitive::Indexed, 0}};
+    mesh.setNumFrames(1);
+    mesh.computeBounds();
+    mesh.computeCenter();
+    mesh.computeRadius();
+    return mesh;
+}
+
+Shape riggedShape() {
+    Shape shape;
+    addMaterial(shape, "hide", Shape::SWrap | Shape::TWrap);
+    addMaterial(shape, "glow", Shape::SelfIlluminating | Shape::Translucent | Shape::Additive);
+    const int32_t hip = addNode(shape, "hip", -1, turn({0, 0, 1}, 0.7F), {1, 2, 3});
+    const int32_t knee = addNode(shape, "knee", hip, turn({1, 1, 0}, -1.2F), {0, 0, -1});
+    const int32_t foot = addNode(shape, "foot", knee, turn({0, 1, 1}, 2.8F), {0.5F, 0, -1});
+    addNode(shape, "mount0", -1, turn({1, 0, 0}, 0.5F), {0, 0, 4});
+    const int32_t root = addNode(shape, "Root", -1, {}, {});
+
+    Mesh fine = quadMesh(MeshType::Skin, 2, Primitive::Strip);
+    fine.primitives[0].material |= 1;
+    Mesh coarse = quadMesh(MeshType::Skin, 2, Primitive::Triangles);
+    for (Mesh* mesh : {&fine, &coarse}) {
+        bind(shape, *mesh, 0, foot, 1);
+        bind(shape, *mesh, 1, hip, 1);
+        bind(shape, *mesh, 2, knee, 1);
+        bind(shape, *mesh, 3, foot, 1);
+    }
+    addObject(shape, "ShapeObject", root, {fine, coarse});
+    Mesh box = quadMesh(MeshType::Standard, 3, Primitive::Strip);
+    box.primitives[0].material |= Primitive::NoMaterial;
+    const Mesh none(MeshType::Null);
+    addObject(shape, "CollisionObject", root, {none, none, box});
+    addObject(shape, "LosCollisionObject", foot, {none, none, none, box});
+    addLevel(shape, "Detail64", 64);
+    addLevel(shape, "Detail8", 8);
+    addLevel(shape, "Collision-1", -1);
+    addLevel(shape, "LOS-9", -1);
+    addSequence(shape, "walk", Shape::UniformScale | Shape::Cyclic, 4);
+    addSequence(shape, "look:blend", Shape::UniformScale | Shape::Blend, 1);
+    finish(shape);
+    return shape;
+}
+
+Shape oddShape() {
+    Shape shape;
+    addMaterial(shape, "caf\xE9 <b>\"&", Shape::Subtractive);
+    const int32_t twisted = addNode(shape, "twisted", -1, {0, 0, 0, 0}, {kNan, 1, kInfinity});
+    addNode(shape, "", twisted, {3, 0, 0, -4}, {0, 0, 1});
+    Mesh mesh = quadMesh(MeshType::Skin, 1, Primitive::Fan);
+    mesh.vertexes.push_back({kNan, 0, 0});
+    mesh.vertexes.push_back({1e30F, -1e30F, 0});
+    mesh.normals = {{0, 0, 0}, {kNan, 0, 0}, {1e30F, 0, 0}, {1e-30F, 0, 0}, {0, 3, 4}};
+    mesh.texturevertexes = {{kInfinity, 0}, {1e30F, 0}};
+    mesh.indices.insert(mesh.indices.end(), {0, 1, 4, 2, 2, 2, 3, 5, 0});
+    mesh.primitives.push_back({4, 6, Primitive::Strip | Primitive::Indexed, 0});
+    mesh.primitives.push_back({10, 3, Primitive::Triangles | Primitive::Indexed | Primitive::NoMaterial, 0});
+    mesh.primitives.push_back({0, 3, Primitive::Triangles, 0});
+    mesh.primitives.push_back({0, 0, Primitive::Fan | Primitive::Indexed, 0});
+    for (int32_t node = 0; node < 2; ++node) bind(shape, mesh, 0, node, 0.3F);
+    bind(shape, mesh, 0, 1, 0.3F);
+    bind(shape, mesh, 1, 0, kNan);
+    bind(shape, mesh, 2, 0, -1);
+    mesh.initialTransforms[0].m[3][3] = 2;
+    mesh.initialTransforms[1].m[0][0] = kInfinity;
+    addObject(shape, "object", -1, {mesh, quadMesh(MeshType::Decal, 1, Primitive::Fan)});
+    addLevel(shape, "", kNan);
+    addLevel(shape, "detail", 1e30F);
+    addSequence(shape, "still", 0, 3);
+    addSequence(shape, "never", 0, 0);
+    shape.sequences[0].duration = -1;
+    shape.sequences[0].visMatters.resize(40);
+    shape.sequences[0].visMatters.set(3);
+    shape.nodeRotations.assign(shape.nodeRotations.size(), {0, 0, kNan, 0});
+    return shape;
+}
+
+Shape sortedShape() {
+    Shape shape;
+    addMaterial(shape, "glass", Shape::Translucent);
+    const int32_t root = addNode(shape, "Root", -1, {}, {});
+    Mesh mesh = quadMesh(MeshType::Sorted, 1, Primitive::Triangles);
+    // The second order names the same faces from other corners, the other face first.
+    mesh.indices.insert(mesh.indices.end(), {3, 0, 2, 2, 0, 1});
+    mesh.primitives.push_back({6, 6, Primitive::Triangles | Primitive::Indexed, 0});
+    // A primitive that no walk reaches.
+    mesh.indices.insert(mesh.indices.end(), {0, 1, 3});
+    mesh.primitives.push_back({12, 3, Primitive::Triangles | Primitive::Indexed, 0});
+    mesh.clusters = {{0, 0, {0, 1, 0}, 0, 1, 2}, {0, 1, {}, 0, -1, -1}, {1, 2, {}, 0, -1, -1}, {2, 3, {}, 0, 0, 0}};
+    mesh.frameStartCluster = {0};
+    mesh.frameFirstVertex = {0};
+    mesh.frameVertexCount = {4};
+    mesh.frameFirstTexVertex = {0};
+    addObject(shape, "ShapeObject", root, {mesh});
+    addLevel(shape, "Detail-1", -1);
+    finish(shape);
+    return shape;
+}
+
+Shape randomShape(std::mt19937& random) {
+    const auto upTo = [&](int32_t most) { return static_cast<int32_t>(random() % static_cast<uint32_t>(most + 1)); };
+    const auto anywhere = [&] { return static_cast<float>(upTo(2000) - 1000) / 128; };
+    const auto somewhere = [&] { return Point3{anywhere(), anywhere(), anywhere()}; };
+
+    Shape shape;
+    const int32_t numMaterials = upTo(3);
+    for (int32_t i = 0; i < numMaterials; ++i) addMaterial(shape, "m" + std::to_string(upTo(99)), random());
+    const int32_t numNodes = 1 + upTo(6);
+    for (int32_t i = 0; i < numNodes; ++i) {
+        addNode(shape, "n" + std::to_string(upTo(9)), upTo(i) - 1, turn(somewhere(), anywhere()), somewhere());
+    }
+    const int32_t numLevels = upTo(4);
+    for (int32_t i = 0; i < numLevels; ++i) {
+        constexpr const char* kNames[] = {"Detail", "Collision-", "LOS-"};
+        addLevel(shape, kNames[upTo(2)] + std::to_string(i), anywhere());
+    }
+    for (int32_t object = upTo(3); object > 0; --object) {
+        std::vector<Mesh> meshes;
+        for (int32_t i = upTo(numLevels); i > 0; --i) {
+            Mesh mesh(static_cast<MeshType>(upTo(4)));
+            const int32_t numVertexes = 1 + upTo(12);
+            for (int32_t v = 0; v < numVertexes; ++v) {
+                mesh.vertexes.push_back(somewhere());
+                mesh.texturevertexes.push_back({anywhere(), anywhere()});
+                mesh.normals.push_back(normalized(somewhere()));
+            }
+            for (int32_t e = 3 * upTo(12); e > 0; --e) mesh.indices.push_back(random() % mesh.vertexes.size());
+            for (int32_t p = upTo(4); p > 0; --p) {
+                const auto first = static_cast<uint32_t>(upTo(static_cast<int32_t>(mesh.indices.size())));
+                const bool none = numMaterials == 0 || upTo(4) == 0;
+                const uint32_t material = none ? Primitive::NoMaterial : static_cast<uint32_t>(upTo(numMaterials - 1));
+                const auto most = static_cast<int32_t>(mesh.indices.size() - first);
+                mesh.primitives.push_back({first, static_cast<uint32_t>(upTo(most)),
+                                           static_cast<uint32_t>(upTo(2)) << 30 | Primitive::Indexed | material, 0});
+            }
+            for (int32_t w = upTo(3 * numVertexes); mesh.type == MeshType::Skin && w > 0; --w) {
+                bind(shape, mesh, upTo(numVertexes - 1), upTo(numNodes - 1), anywhere());
+            }
+            mesh.setNumFrames(1);
+            meshes.push_back(mesh);
+        }
+        addObject(shape, "o" + std::to_string(object), upTo(numNodes) - 1, meshes);
+    }
+    for (int32_t s = upTo(2); s > 0; --s) addSequence(shape, "s" + std::to_string(upTo(9)), random() % 64, upTo(5));
+    return shape;
+}
+
+}  // namespace marrowfen::test

@@ -1,0 +1,89 @@
+#include "view/materials_gltf.h"
+
+#include <array>
+#include <cmath>
+
+#include "shape/shape_words.h"
+
+namespace marrowfen::view {
+
+namespace {
+
+using Color = std::array<double, 3>;
+
+constexpr double kSaturation = 0.5;
+constexpr double kValue = 0.85;
+constexpr double kTranslucentAlpha = 0.5;
+constexpr double kCollisionAlpha = 0.35;
+constexpr double kRoughness = 0.85;
+constexpr Color kCollisionColor = {0.05, 0.6, 0.2};
+constexpr Color kLineOfSightColor = {0.8, 0.45, 0.03};
+
+// FNV-1a, so that the colour is the same on every machine.
+uint32_t hashOf(const std::string& text) {
+    uint32_t hash = 2166136261;
+    for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619;
+    return hash;
+}
+
+double linearFromSrgb(double c) { return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); }
+
+// One of 360 hues; glTF colours are linear.
+Color colorOf(const std::string& name) {
+    const double hue = hashOf(name) % 360 / 60.0;
+    Color color;
+    for (size_t channel = 0; channel < color.size(); ++channel) {
+        // How far the hue is from this channel's own, along the circle of six.
+        const double distance = std::abs(std::remainder(hue - 2.0 * static_cast<double>(channel), 6));
+        const double full = std::fmin(1, std::fmax(0, 2 - distance));
+        color[channel] = linearFromSrgb(kValue * (1 - kSaturation * (1 - full)));
+    }
+    return color;
+}
+
+// The flags that glTF has no word for, and those that decided the material, in words.
+nlohmann::json flagWords(uint32_t flags) {
+    nlohmann::json words = nlohmann::json::array();
+    for (const auto& [flag, word] : kMaterialFlagWords) {
+        if ((flags & flag) != 0) words.push_back(word);
+    }
+    return words;
+}
+
+nlohmann::json surface(const Color& color, double alpha) {
+    return {{"baseColorFactor", {color[0], color[1], color[2], alpha}},
+            {"metallicFactor", 0},
+            {"roughnessFactor", kRoughness}};
+}
+
+nlohmann::json describe(const Shape::Material& material) {
+    constexpr uint32_t kSeeThrough = Shape::Translucent | Shape::Additive | Shape::Subtractive;
+    const bool seeThrough = (material.flags & kSeeThrough) != 0;
+    const Color color = colorOf(material.name);
+    nlohmann::json entry = {{"name", material.name},
+                            {"pbrMetallicRoughness", surface(color, seeThrough ? kTranslucentAlpha : 1)},
+                            {"extras", {{"flags", flagWords(material.flags)}}}};
+    if (seeThrough) entry["alphaMode"] = "BLEND";
+    if ((material.flags & Shape::SelfIlluminating) != 0) entry["emissiveFactor"] = color;
+    return entry;
+}
+
+}  // namespace
+
+MaterialMap addMaterials(GltfFile& file, const Shape& shape) {
+    MaterialMap map;
+    for (const Shape::Material& material : shape.materials) {
+        map.ofShape.push_back(file.add("materials", describe(material)));
+    }
+    return map;
+}
+
+int32_t addCollisionMaterial(GltfFile& file, const char* name, bool lineOfSight) {
+    return file.add("materials", {{"name", name},
+                                  {"pbrMetallicRoughness",
+                                   surface(lineOfSight ? kLineOfSightColor : kCollisionColor, kCollisionAlpha)},
+                                  {"alphaMode", "BLEND"},
+                                  {"doubleSided", true}});
+}
+
+}  // namespace marrowfen::view
