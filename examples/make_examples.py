@@ -37,7 +37,8 @@ def rock(name, layer, sides, rings):
         return [(p[0] * radius * s, p[1] * radius * s, z + r) for p, s, r in zip(points, shift, rise)]
 
     outline = [cragged(radius, z, i) for i, (radius, z) in enumerate(rings)]
-    poly.surface(outline + [[(0, 0, rings[-1][1] + 0.05)]], lambda i, j: "grass" if i >= len(rings) - 1 else "rock", repeat=4)
+    peak = [(0, 0, rings[-1][1] + 0.05)]
+    poly.surface(outline + [peak], lambda i, j: "grass" if i >= len(rings) - 1 else "rock", repeat=4)
     return poly
 
 
@@ -71,7 +72,8 @@ def window(layer, name, side, z):
     poly = Poly(name, layer)
     depth = tower_radius(z + 0.4)
     poly.box((-0.3, -depth - 0.1, z), (0.3, -depth + 0.4, z + 0.85), "stone", "xXyzZ")
-    poly.polygon([(x * 0.2, -depth - 0.11, z + h) for x, h in ((-1, 0.1), (1, 0.1), (1, 0.75), (-1, 0.75))], "window_dark")
+    corners = ((-0.2, 0.1), (0.2, 0.1), (0.2, 0.75), (-0.2, 0.75))
+    poly.polygon([(x, -depth - 0.11, z + h) for x, h in corners], "window_dark")
     return poly.place(turn(2, math.pi / 8 * side), (0, 0, 0))
 
 
@@ -100,16 +102,16 @@ def lantern(layer):
         low.surface(bar, "iron_black")
 
     lamp = Poly("lamp", layer)
-    lamp.surface([[(0, 0, base + 0.55)], circle(0.32, base + 0.9, 6), circle(0.32, base + 1.4, 6), [(0, 0, base + 1.7)]],
-                 "lamp_yellow")
+    lamp.surface([[(0, 0, base + 0.55)], circle(0.32, base + 0.9, 6), circle(0.32, base + 1.4, 6),
+                  [(0, 0, base + 1.7)]], "lamp_yellow")
     glass = Poly("lantern glass", layer)
     glass.surface([circle(0.84, base + 0.5, 8), circle(0.84, eaves, 8)], "lantern_glass", repeat=8)
 
     roof = Poly("roof", layer)
     roof.surface([circle(0.8, eaves, SIDES), circle(1.15, eaves - 0.05, SIDES), circle(1.15, eaves + 0.06, SIDES)],
                  "roof_copper", repeat=4)
-    roof.surface([circle(1.15, eaves + 0.06, SIDES), circle(0.65, eaves + 0.63, SIDES), circle(0.1, eaves + 1.05, SIDES)],
-                 "roof_copper", repeat=4)
+    roof.surface([circle(1.15, eaves + 0.06, SIDES), circle(0.65, eaves + 0.63, SIDES),
+                  circle(0.1, eaves + 1.05, SIDES)], "roof_copper", repeat=4)
     knob = [(0.1, 1.0), (0.2, 1.2), (0.03, 1.42)]
     roof.surface([circle(r, eaves + z, 6) for r, z in knob] + [[(0, 0, eaves + 2.2)]], "iron_black")
     return [low, lamp, glass, roof]
@@ -135,7 +137,8 @@ def lighthouse():
 
     island = [(4.9, -1.2), (4.6, 0.1), (3.7, 0.8), (2.9, 1.35)]
     windows = [window(1, "window 1", 1, 4.4), window(1, "window 2", 6, 6.6), window(1, "window 3", 0, 10.4)]
-    detailed = [rock("rock", 1, 15, island), plinth(1), tower(1, SIDES, BANDS), door(1), *windows, gallery(1), *lantern(1)]
+    detailed = [rock("rock", 1, 15, island), plinth(1), tower(1, SIDES, BANDS), door(1), *windows, gallery(1),
+                *lantern(1)]
 
     # From afar: one tower, its head in one piece, a rock of few faces.
     head = Poly("far head", 3)
@@ -211,7 +214,8 @@ def greenhouse_inside(layer):
 
 
 def greenhouse():
-    layers = [None, "Detail:size=150,sort", "Detail:size=40,no_strip", "bounds:no_black_border", "nodes", "collision:box"]
+    layers = [None, "Detail:size=150,sort", "Detail:size=40,no_strip", "bounds:no_black_border", "nodes",
+              "collision:box"]
     materials = {
         "glass_clear": paint("glass_white", 70, shader=environment("sky", 0.3)),
         "glass_tinted": paint("glass_green", 120, reflection=[0, 0, 0.5, 0]),
@@ -266,7 +270,8 @@ def along_y(sections, n, tips=(None, None)):
 def fox_body(layer):
     poly = Poly("body", layer)
     sections = [(-0.44, 0.61, 0.07, 0.065), (-0.34, 0.60, 0.135, 0.12), (-0.16, 0.585, 0.13, 0.115),
-                (0.04, 0.575, 0.14, 0.12), (0.24, 0.58, 0.17, 0.135), (0.37, 0.61, 0.14, 0.11), (0.44, 0.65, 0.07, 0.06)]
+                (0.04, 0.575, 0.14, 0.12), (0.24, 0.58, 0.17, 0.135), (0.37, 0.61, 0.14, 0.11),
+                (0.44, 0.65, 0.07, 0.06)]
     rings = along_y(sections, 10, ((-0.465, 0.615), (0.46, 0.665)))
     poly.surface(rings, lambda i, j: "fur_white" if j in (4, 5) else "fur_orange", repeat=2)
     return poly
@@ -278,14 +283,15 @@ def fox_head(layer):
     up, out = (0, -0.66, 0.75), (1, 0, 0)
     poly.surface([oval(c, times(up, h), times(out, w), 8) for c, h, w in neck],
                  lambda i, j: "fur_white" if j in (3, 4) else "fur_orange", repeat=2)
-    skull = [(0.47, 0.89, 0.06, 0.065), (0.53, 0.895, 0.10, 0.11), (0.61, 0.885, 0.10, 0.115), (0.68, 0.86, 0.065, 0.07),
-             (0.79, 0.835, 0.035, 0.036)]
+    skull = [(0.47, 0.89, 0.06, 0.065), (0.53, 0.895, 0.10, 0.11), (0.61, 0.885, 0.10, 0.115),
+             (0.68, 0.86, 0.065, 0.07), (0.79, 0.835, 0.035, 0.036)]
     poly.surface(along_y(skull, 8, ((0.44, 0.885), (0.82, 0.835))),
                  lambda i, j: "fur_dark" if i >= 5 else "fur_white" if j in (2, 3, 4, 5) else "fur_orange", repeat=2)
     for side in (-1, 1):
         x = side * 0.07
         base = oval((x, 0.545, 0.955), (side * 0.052, 0.012, -0.02 * side), (0, side * 0.03, 0), 6)
-        poly.surface([base, [(x + side * 0.03, 0.525, 1.085)]], lambda i, j: "fur_dark" if j in (0, 1, 2) else "fur_orange")
+        tip = [(x + side * 0.03, 0.525, 1.085)]
+        poly.surface([base, tip], lambda i, j: "fur_dark" if j in (0, 1, 2) else "fur_orange")
         eye = [(side * 0.075, 0.655, 0.905), (0.014, 0.022)]
         ring = oval(eye[0], (0, 0, eye[1][1]), (eye[1][1], 0, 0), 6)
         poly.surface([ring, [add(eye[0], (side * 0.012, 0.022, 0.004))]], "eye_black")
@@ -476,7 +482,8 @@ def creature():
          "keys": keys_of(nod_frames, nod_pose, ("neck", "head"))},
         {"name": "sit", "start": 0, "end": 20, "enabled": False, "keys": keys_of(range(0, 21, 2), sit_pose)},
     ]
-    save("creature", {"host": {"frameRate": 30}, "layers": layers, "materials": materials, "nodes": nodes, "clips": clips})
+    save("creature", {"host": {"frameRate": 30}, "layers": layers, "materials": materials, "nodes": nodes,
+                      "clips": clips})
     return polys
 
 
