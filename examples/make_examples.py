@@ -268,7 +268,7 @@ def along_y(sections, n, tips=(None, None)):
 
 
 def fox_body(layer):
-    poly = Poly("body", layer)
+    poly = Poly("fox_body", layer)
     sections = [(-0.44, 0.61, 0.07, 0.065), (-0.34, 0.60, 0.135, 0.12), (-0.16, 0.585, 0.13, 0.115),
                 (0.04, 0.575, 0.14, 0.12), (0.24, 0.58, 0.17, 0.135), (0.37, 0.61, 0.14, 0.11),
                 (0.44, 0.65, 0.07, 0.06)]
@@ -278,7 +278,7 @@ def fox_body(layer):
 
 
 def fox_head(layer):
-    poly = Poly("head", layer)
+    poly = Poly("fox_head", layer)
     neck = [((0, 0.32, 0.66), 0.12, 0.10), ((0, 0.42, 0.76), 0.10, 0.085), ((0, 0.52, 0.86), 0.085, 0.08)]
     up, out = (0, -0.66, 0.75), (1, 0, 0)
     poly.surface([oval(c, times(up, h), times(out, w), 8) for c, h, w in neck],
@@ -299,7 +299,7 @@ def fox_head(layer):
 
 
 def fox_tail(layer):
-    poly = Poly("tail", layer)
+    poly = Poly("fox_tail", layer)
     path = [((0, -0.42, 0.63), 0.035), ((0, -0.52, 0.59), 0.06), ((0, -0.64, 0.52), 0.095), ((0, -0.77, 0.46), 0.11),
             ((0, -0.90, 0.43), 0.08)]
     # The tail runs along -y: the half axes are turned so that their product does too.
@@ -342,11 +342,11 @@ def bone_of_vertices(polys):
 
     for poly in polys:
         for v, (_, y, z) in enumerate(poly.vertices):
-            if poly.name == "body":
+            if poly.name == "fox_body":
                 key = "hips" if y < -0.17 else "joint:chest" if y < 0 else "chest"
-            elif poly.name == "head":
+            elif poly.name == "fox_head":
                 key = "neck" if y < 0.40 and z < 0.84 else "joint:head" if v < 16 else "head"
-            elif poly.name == "tail":
+            elif poly.name == "fox_tail":
                 key = "tail1" if y > -0.6 else "joint:tail2" if y > -0.68 else "tail2"
             else:
                 ring = (v - 1) // 8
