@@ -57,6 +57,13 @@ standin::LoadResult loadScene(const std::string& path, const SceneOptions& optio
     return standin::importModel(path, import);
 }
 
+bool printResult(const std::string& text, Session& session) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return true;
+    session.error(std::string("standard output: ") + std::strerror(errno));
+    session.exitCode = UnwritableOutput;
+    return false;
+}
+
 std::string writeWholeFile(const std::string& path, const std::string& content) {
     std::string temporary = path + ".XXXXXX";
     const int file = mkstemp(temporary.data());

@@ -46,6 +46,9 @@ struct SceneOptions {
 // A scene file or, through Assimp, a model; the file name's ending decides.
 standin::LoadResult loadScene(const std::string& path, const SceneOptions& options);
 
+// Writes a result to standard output. False, with the error told and the exit code set, when that can't be done.
+bool printResult(const std::string& text, Session& session);
+
 // Writes a whole file or none: into a temporary file beside it that is renamed after the close. Empty on success,
 // else one line that names the file.
 std::string writeWholeFile(const std::string& path, const std::string& content);

@@ -1,7 +1,41 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
 #include "cli/command.h"
+#include "cli/inspect_report.h"
 
 namespace marrowfen::cli {
 
-void addInspectCommand(CLI::App&, Session&) {}
+namespace {
+
+struct InspectOptions {
+    std::string path;
+    bool json = false;
+    bool strict = false;
+};
+
+void inspect(const InspectOptions& options, Session& session) {
+    ShapeFile file;
+    const std::string fault = loadShapeFile(options.path, file);
+    if (!fault.empty()) {
+        session.error(fault);
+        session.exitCode = UnreadableInput;
+        return;
+    }
+    const std::vector<ShapeProblem> problems = findProblems(file.shape, file.kind);
+    if (!printResult(options.json ? inspectJson(file, problems) : inspectText(file, problems), session)) return;
+    if (options.strict && !(problems.empty() && file.surplus.empty())) session.exitCode = StrictWarnings;
+}
+
+}  // namespace
+
+void addInspectCommand(CLI::App& app, Session& session) {
+    CLI::App* command = app.add_subcommand("inspect", "tell what is in a DTS or DSQ file, and what is wrong with it");
+    const auto options = std::make_shared<InspectOptions>();
+    command->add_option("FILE", options->path, "DTS file of version 19 to 24, or DSQ file of version 24")->required();
+    command->add_flag("--json", options->json, "print one JSON object");
+    command->add_flag("--strict", options->strict, "exit with 5 when something is wrong with it");
+    command->callback([options, &session] { inspect(*options, session); });
+}
 
 }  // namespace marrowfen::cli

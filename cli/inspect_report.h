@@ -1,0 +1,22 @@
+#pragma once
+
+// What `marrowfen inspect` prints.
+
+#include <string>
+#include <vector>
+
+#include "cli/shape_file.h"
+
+namespace marrowfen::cli {
+
+// Aligned for a terminal. Control characters in names are shown as '?'.
+std::string inspectText(const ShapeFile& file, const std::vector<ShapeProblem>& problems);
+
+// One JSON object; docs/for-loaders.md lists its keys. Bytes of names that aren't UTF-8 become U+FFFD, numbers that
+// JSON doesn't have become null.
+std::string inspectJson(const ShapeFile& file, const std::vector<ShapeProblem>& problems);
+
+// Detail levels that are listed; a file may hold any number.
+inline constexpr size_t kMostLevels = 256;
+
+}  // namespace marrowfen::cli

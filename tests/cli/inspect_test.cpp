@@ -1,0 +1,159 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "cli/inspect_report.h"
+#include "cli/shape_facts.h"
+
+namespace marrowfen::cli {
+namespace {
+
+Shape lamp() {
+    Shape shape;
+    shape.names = {"Root", "lamp", "light", "ShapeObject", "Detail64", "Collision-1", "blink"};
+    shape.nodes = {{2, 1}, {1, 2}, {0, -1}};
+    shape.nodeDefRotations.resize(3);
+    shape.nodeDefTranslations.resize(3);
+    shape.objects = {{3, 2, 0, 2}};
+    shape.objectStates.resize(1);
+    shape.subshapes = {{0, 0, 0, 3, 1, 0}};
+    shape.detailLevels = {{4, 0, 0, 64}, {5, 0, 1, -1}};
+    Mesh mesh;
+    mesh.vertexes.resize(4);
+    mesh.texturevertexes.resize(4);
+    mesh.normals.resize(4);
+    mesh.encodedNormals.resize(4);
+    mesh.indices = {0, 1, 2, 3, 0, 1, 2};
+    mesh.primitives = {{0, 4, Primitive::Strip | Primitive::Indexed}, {4, 3, Primitive::Indexed | 1}};
+    mesh.setNumFrames(1);
+    mesh.flags = Billboard;
+    shape.meshes = {mesh, mesh};
+    shape.materials.resize(2);
+    shape.materials[0].name = "glass";
+    shape.materials[0].flags = Shape::SWrap | Shape::Translucent | 0x200;
+    shape.materials[1].name = "bell\a";
+    shape.bounds.max = {1, 2, 2.5F};
+    shape.radius = 3;
+    Shape::Sequence blink;
+    blink.nameIndex = 6;
+    blink.flags = Shape::Cyclic;
+    blink.numKeyFrames = 11;
+    blink.duration = 0.44F;
+    blink.rotationMatters.resize(2);
+    blink.rotationMatters.set(1);
+    shape.sequences = {blink};
+    shape.nodeRotations.resize(11);
+    return shape;
+}
+
+ShapeFile load(const Shape& shape, const char* name, const char* more = "") {
+    std::ofstream out(name, std::ios::binary);
+    const bool dts = std::string(name).ends_with("dts");
+    dts ? shape.writeDts(out, true) : shape.writeDsq(out);
+    out << more;
+    out.close();
+    ShapeFile file;
+    EXPECT_EQ(loadShapeFile(name, file), "");
+    std::remove(name);
+    return file;
+}
+
+TEST(Inspect, TextShowsWhatIsInAShape) {
+    const ShapeFile file = load(lamp(), "lamp.dts");
+    EXPECT_EQ(inspectText(file, findProblems(file.shape)), R"(lamp.dts: DTS shape, version 24, 1353 bytes
+  blocks of 32, 16 and 8 bits: 856, 200 and 84 bytes; sequences and materials: 197 bytes
+
+Bounds (0, 0, 0) to (1, 2, 2.5)
+  center (0, 0, 0), radius 3, tube radius 0, smallest size 0
+
+Nodes (3)
+  Root
+    lamp
+      light
+
+Objects (1)
+  name         node  meshes  first mesh
+  ShapeObject  Root       2           0
+
+Detail levels (1)
+  name      size  triangles  strips  vertices  materials  meshes
+  Detail64    64          3       1         4          2  standard billboard
+
+Collision levels (1)
+  name         size  triangles  strips  vertices  materials  meshes
+  Collision-1    -1          3       1         4          2  standard billboard
+
+Materials (2)
+  #  name   flags
+  0  glass  swrap translucent 0x200
+  1  bell?  -
+
+Sequences (1)
+  name   frames  seconds  a second  priority  nodes  flags
+  blink      11     0.44        25         1      1  cyclic
+
+No problems found.
+)");
+}
+
+TEST(Inspect, DsqTextHasNodesAndSequencesAndProblems) {
+    Shape shape = lamp();
+    shape.nodeRotations.resize(3);
+    const ShapeFile file = load(shape, "lamp.dsq", "xx");
+    EXPECT_EQ(inspectText(file, findProblems(file.shape, file.kind)), R"(lamp.dsq: DSQ sequences, version 24, 236 bytes
+
+Nodes (3)
+  light
+  lamp
+  Root
+
+Sequences (1)
+  name   frames  seconds  a second  priority  nodes  flags
+  blink      11     0.44        25         1      1  cyclic
+
+Problems (2)
+  sequence whose keys lie outside their table: sequence 0 (rotations)
+  bytes that belong to nothing: offset 234: 2 bytes too many at the end of the file
+)");
+}
+
+TEST(Inspect, JsonHasTheSameFactsUnderStableKeys) {
+    Shape shape = lamp();
+    shape.names[1] = "\xFF";
+    shape.nodes[0].parent = 9;
+    shape.radius = NAN;
+    const ShapeFile file = load(shape, "lamp.dts");
+    const auto json = nlohmann::json::parse(inspectJson(file, findProblems(file.shape)));
+    EXPECT_EQ(json["format"], "dts");
+    EXPECT_EQ(json["bounds"]["max"], (nlohmann::json{1, 2, 2.5}));
+    EXPECT_TRUE(json["radius"].is_null());
+    EXPECT_EQ(json["nodes"][1]["name"], "\xEF\xBF\xBD");
+    EXPECT_EQ(json["detailLevels"][1]["kind"], "collision");
+    EXPECT_EQ(json["detailLevels"][0]["materials"], (nlohmann::json{0, 1}));
+    EXPECT_EQ(json["meshes"][0]["flags"], nlohmann::json{"billboard"});
+    EXPECT_EQ(json["sequences"][0]["seconds"], 0.44);
+    EXPECT_EQ(json["problems"][0]["where"], nlohmann::json{"node 0 (parent 9)"});
+    EXPECT_EQ(json["problems"][0]["broken"], true);
+    const char* keys[] = {"file",         "version", "bytes",        "blocks",    "center",    "tubeRadius",
+                          "smallestSize", "objects", "detailLevels", "materials", "sequences", "problems"};
+    for (const char* key : keys) EXPECT_TRUE(json.contains(key)) << key;
+}
+
+TEST(Inspect, TreeOfNodesInACircleEnds) {
+    Shape shape = lamp();
+    shape.nodes[2].parent = 0;
+    EXPECT_EQ(nodeTree(shape).size(), 3U);
+    EXPECT_EQ(nodeTree(shape)[2].depth, 0U);
+}
+
+TEST(Inspect, FilesThatCannotBeReadAreOneLine) {
+    ShapeFile file;
+    EXPECT_EQ(loadShapeFile("nowhere.dts", file), "nowhere.dts: No such file or directory");
+    EXPECT_EQ(loadShapeFile("/", file), "/: offset 0: the file can't be read");
+    EXPECT_EQ(loadShapeFile("/dev/null", file), "/dev/null: offset 0: the data ends here, 4 bytes too early");
+}
+
+}  // namespace
+}  // namespace marrowfen::cli
