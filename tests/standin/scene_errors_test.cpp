@@ -1,8 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <string>
 
-#include "standin/host/scene_file.h"
+#include "tests/standin/scene_of.h"
 
 namespace marrowfen::standin {
 namespace {
@@ -11,10 +9,6 @@ std::string errorOf(const std::string& text) {
     const LoadResult result = parseScene(text, "s");
     EXPECT_NE(result.scene.has_value(), !result.error.empty());
     return result.error;
-}
-
-std::string sceneWith(const std::string& members) {
-    return R"({"format": "marrowfen-scene", "version": 1, )" + members + "}";
 }
 
 struct BadScene {

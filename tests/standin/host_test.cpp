@@ -1,0 +1,522 @@
+#include "standin/host/host.h"
+
+#include <cmath>
+#include <cstring>
+#include <numbers>
+
+#include "host/tsxapi.h"
+#include "tests/standin/scene_of.h"
+
+namespace marrowfen::standin {
+namespace {
+
+template <class T>
+T at(const void* record, size_t offset) {
+    T value;
+    std::memcpy(&value, static_cast<const char*>(record) + offset, sizeof value);
+    return value;
+}
+
+struct FaceRecord {
+    std::vector<Corner> corners;
+    int material;
+
+    bool operator==(const FaceRecord&) const = default;
+};
+
+// The faces as a plug-in reads them.
+std::vector<FaceRecord> facesOf(TsxNode* polyhedron) {
+    std::vector<FaceRecord> faces;
+    for (int i = 0; i < tsxPolyhGetNbrFaces(polyhedron); ++i) {
+        const void* record = tsxPolyhGetFaceptrArray(polyhedron)[i];
+        FaceRecord& face = faces.emplace_back(FaceRecord{{}, at<int16_t>(record, 20)});
+        const char* corners = at<const char*>(record, 4);
+        for (int k = 0; k < at<int16_t>(record, 0); ++k) {
+            face.corners.push_back({at<int32_t>(corners + 20 * k, 0), at<int32_t>(corners + 20 * k, 4)});
+        }
+    }
+    return faces;
+}
+
+Vec3 normalOf(TsxNode* polyhedron, int vertex) {
+    const float* normal = tsxPolyhGetVxNormalsArray(polyhedron) + 3 * vertex;
+    return {normal[0], normal[1], normal[2]};
+}
+
+Transform transformOf(TsxNode* node) {
+    Transform transform;
+    tsxGNodeGetPureTransform(node, transform.data());
+    return transform;
+}
+
+Vec3 locationOf(TsxNode* node) {
+    Vec3 location;
+    tsxGNodeGetLocation(node, location.data());
+    return location;
+}
+
+std::string nameOf(TsxNode* node) {
+    char name[128];
+    tsxGNodeGetName(node, name, sizeof name);
+    return name;
+}
+
+void expectNear(const Transform& actual, const Transform& expected, float tolerance = 1e-6F) {
+    for (size_t i = 0; i < actual.size(); ++i) EXPECT_NEAR(actual[i], expected[i], tolerance) << "number " << i;
+}
+
+// A quad of four vertices and a triangle over the same edge; the second material can't be given.
+const char kQuadAndTriangle[] = R"({"type": "polyhedron", "name": "p", "layer": 1, "location": [5, 0, 0],
+    "vertices": [[0,0,0],[0,2,0],[2,2,0],[2,0,0],[0,0,3]], "uvs": [[0,0],[1,0.5]], "materials": ["wood", null],
+    "faces": [{"corners": [[0,0],[1,0],[2,1],[3,1]]}, {"corners": [[0,0],[4,0],[1,1]], "material": 1}]})";
+const char kWood[] = R"(, "materials": {"wood": {"color": [1,2,3,4], "texture": "wood.bmp", "reflection": [1,2,3,4]}})";
+
+TEST(HostScene, IsWalkedAndNamed) {
+    Host host(sceneOf(R"("host": {"major": 661, "minor": 3, "directory": "C:\\ts"}, "layers": [null, "one", null],
+        "nodes": [{"type": "skeleton", "name": "rig", "children": [{"type": 77, "layer": -2}, {"type": "bone"}]},
+                  {"type": "group", "name": "last", "layer": 9, "axes": [1,2,3]}])"));
+    short major = 0, minor = 0;
+    tsxGetTsVersionNbrs(&major, &minor);
+    EXPECT_EQ(major, 661);
+    EXPECT_EQ(minor, 3);
+    EXPECT_STREQ(tsxGetTSDir(0), "C:\\ts");
+    EXPECT_EQ(tsxGetNumberOfLayers(), 3);
+    for (const short layer : {-1, 0, 2, 3}) EXPECT_EQ(tsxIsLayerValid(layer), 0) << layer;
+    EXPECT_EQ(tsxIsLayerValid(1), 1);
+    EXPECT_STREQ(tsxGetLayerName(1), "one");
+
+    TsxNode* rig = tsxSceneGetFirstNode();
+    TsxNode* odd = tsxGNodeGetFirstChild(rig);
+    TsxNode* bone = tsxGNodeGetNext(odd);
+    TsxNode* last = tsxGNodeGetNext(rig);
+    EXPECT_EQ(tsxSobjGetType(rig), TsxSkeleton);
+    EXPECT_EQ(tsxSobjGetType(odd), 77);
+    EXPECT_EQ(tsxGetObjectLayerIndex(odd), -2);
+    EXPECT_EQ(tsxSobjGetType(bone), TsxBone);
+    EXPECT_EQ(tsxGNodeGetNext(bone), nullptr);
+    EXPECT_EQ(tsxGNodeGetFirstChild(last), nullptr);
+    EXPECT_EQ(tsxGNodeGetNext(last), nullptr);
+    Vec3 axes;
+    tsxGNodeGetAxesPosition(last, axes.data());
+    EXPECT_EQ(axes, (Vec3{1, 2, 3}));
+    char name[4];
+    tsxGNodeGetName(last, name, sizeof name);
+    EXPECT_STREQ(name, "las");
+    EXPECT_EQ(host.faults(), std::vector<std::string>());
+}
+
+// The rotation part is Ry(-y) · Rz(-z) · Rx(-x) for column vectors.
+TEST(HostPose, TransformComesFromLocationAndRotation) {
+    const float quarter = std::numbers::pi_v<float> / 2;
+    const struct {
+        Vec3 rotation;
+        Transform expected;
+    } cases[] = {
+        {{0, 0, 0}, {1, 0, 0, 7, 0, 1, 0, 8, 0, 0, 1, 9}},
+        {{quarter, 0, 0}, {1, 0, 0, 7, 0, 0, 1, 8, 0, -1, 0, 9}},
+        {{0, quarter, 0}, {0, 0, -1, 7, 0, 1, 0, 8, 1, 0, 0, 9}},
+        {{0, 0, quarter}, {0, 1, 0, 7, -1, 0, 0, 8, 0, 0, 1, 9}},
+        {{quarter, quarter, 0}, {0, 1, 0, 7, 0, 0, 1, 8, 1, 0, 0, 9}},
+        {{0, quarter, quarter}, {0, 0, -1, 7, -1, 0, 0, 8, 0, 1, 0, 9}},
+        {{quarter, 0, quarter}, {0, 0, 1, 7, -1, 0, 0, 8, 0, -1, 0, 9}},
+    };
+    for (const auto& [rotation, expected] : cases) {
+        Scene scene;
+        scene.nodes.resize(1);
+        scene.nodes[0].location = {7, 8, 9};
+        scene.nodes[0].rotation = rotation;
+        const Host host(scene);
+        expectNear(transformOf(tsxSceneGetFirstNode()), expected);
+        Transform vertices;
+        tsxPolyhGetVxTxmx(tsxSceneGetFirstNode(), vertices.data());
+        expectNear(vertices, expected);
+    }
+}
+
+TEST(HostMatrix, InverseProductAndTransformAgree) {
+    const Transform scaled{2, 0.5F, 0, 1, -1, 3, 0.25F, 2, 0, 0, -0.5F, 3};  // mirrored too
+    Transform inverse, product = scaled;
+    tsxInvertMx3f(inverse.data(), scaled.data());
+    tsxXProdMx3f(product.data(), inverse.data(), product.data());
+    expectNear(product, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0});
+
+    // The product is the second factor after the first.
+    const Transform turn{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 5};
+    Vec3 both{1, 2, 3}, stepwise{1, 2, 3};
+    tsxXProdMx3f(product.data(), turn.data(), scaled.data());
+    tsxTransformVecs3f(1, both.data(), both.data(), product.data());
+    tsxTransformVecs3f(1, stepwise.data(), stepwise.data(), scaled.data());
+    EXPECT_EQ(stepwise, (Vec3{4, 7.75F, 1.5F}));
+    tsxTransformVecs3f(1, stepwise.data(), stepwise.data(), turn.data());
+    EXPECT_EQ(both, stepwise);
+}
+
+TEST(HostMatrix, WithoutAnInverseGivesTheIdentity) {
+    const Transform identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
+    for (const Transform& bad : {Transform{}, Transform{1, 2, 3, 0, 2, 4, 6, 0, 0, 0, 1, 0},
+                                 Transform{1e30F, 0, 0, 0, 0, 1e30F, 0, 0, 0, 0, 1, 0},
+                                 Transform{1e-16F, 0, 0, 1, 0, 1e-16F, 0, 1, 0, 0, 1e-16F, 1},
+                                 Transform{NAN, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0}}) {
+        Transform inverse;
+        tsxInvertMx3f(inverse.data(), bad.data());
+        EXPECT_EQ(inverse, identity);
+    }
+}
+
+TEST(HostPolyhedron, IsHandedOutInRecords) {
+    Host host(sceneOfNodes(kQuadAndTriangle, kWood));
+    TsxNode* polyhedron = tsxSceneGetFirstNode();
+    EXPECT_EQ(tsxPolyhGetNbrVxs(polyhedron), 5);
+    EXPECT_EQ(tsxPolyhGetVxArray(polyhedron)[7], 2);
+    EXPECT_EQ(tsxPolyhGetNbrUV(polyhedron), 2);
+    EXPECT_EQ(tsxPolyhGetUVArray(polyhedron)[3], 0.5F);
+    EXPECT_EQ(facesOf(polyhedron),
+              (std::vector<FaceRecord>{{{{0, 0}, {1, 0}, {2, 1}, {3, 1}}, 0}, {{{0, 0}, {4, 0}, {1, 1}}, 1}}));
+}
+
+TEST(HostPolyhedron, TriangulatedCopyIsAFanInPlaceAndOwnsItsArrays) {
+    Host host(sceneOfNodes(kQuadAndTriangle, kWood));
+    TsxNode* polyhedron = tsxSceneGetFirstNode();
+    TsxNode* copy = tsxMNodeGetTriangulatedPolyhedron(polyhedron);
+    EXPECT_EQ(facesOf(copy),
+              (std::vector<FaceRecord>{
+                  {{{0, 0}, {1, 0}, {2, 1}}, 0}, {{{0, 0}, {2, 1}, {3, 1}}, 0}, {{{0, 0}, {4, 0}, {1, 1}}, 1}}));
+    EXPECT_EQ(nameOf(copy), "p");
+    EXPECT_EQ(transformOf(copy)[3], 5);
+    EXPECT_EQ(host.liveHandles(), 1);
+    tsxPolyhGetVxArray(copy)[0] = 99;
+    EXPECT_EQ(tsxPolyhGetVxArray(polyhedron)[0], 0);
+    tsxSobjDelete(copy);
+    EXPECT_EQ(host.liveHandles(), 0);
+    EXPECT_EQ(host.faults(), std::vector<std::string>());
+}
+
+TEST(HostPolyhedron, NormalsAreSummedOverTheFacesAsWritten) {
+    // The quad's crossing has length 4 along -z, the triangle's length 6 along -x.
+    Host host(sceneOfNodes(kQuadAndTriangle, kWood));
+    TsxNode* copy = tsxMNodeGetTriangulatedPolyhedron(tsxSceneGetFirstNode());
+    const float length = std::sqrt(52.0F);
+    EXPECT_EQ(normalOf(copy, 0), (Vec3{-6 / length, 0, -4 / length}));
+    EXPECT_EQ(normalOf(copy, 2), (Vec3{0, 0, -1}));
+    EXPECT_EQ(normalOf(copy, 4), (Vec3{-1, 0, 0}));
+    tsxSobjDelete(copy);
+
+    const char face[] = R"("faces": [{"corners": [[0,0],[1,0],[2,0]]}])";
+    const std::string start = R"({"type": "polyhedron", "vertices": )";
+    const struct {
+        std::string node;
+        Vec3 expected;
+    } cases[] = {
+        {start + "[[0,0,0],[1e-30,0,0],[0,1e-30,0],[9,9,9]], " + face + "}", {0, 0, 1}},  // no square vanishes
+        {start + "[[0,0,0],[1e30,0,0],[0,1e30,0]], " + face + "}", {0, 0, 1}},            // or overflows
+        {start + "[[0,0,0],[1,0,0],[2,0,0]], " + face + "}", {0, 0, 0}},
+        {start + "[[0,0,0],[1,0,0],[0,1,0]], " + face + R"(, "normals": [[5,6,7],[0,0,0],[0,0,0]]})", {5, 6, 7}},
+    };
+    for (const auto& [node, expected] : cases) {
+        const Host other(sceneOfNodes(node));
+        EXPECT_EQ(normalOf(tsxSceneGetFirstNode(), 0), expected) << node;
+    }
+}
+
+TEST(HostMaterial, IsReadThroughAScratchMaterial) {
+    Host host(sceneOfNodes(kQuadAndTriangle, R"(, "materials": {"wood": {"color": [1,2,3,4],
+        "texture": "D:\\maps\\wood.bmp", "reflection": [1,2,3,4], "shader": {"name": "a name of more than 31 characters",
+        "parameters": [{"name": "on", "type": "flag", "value": 1}, {"name": "f", "type": "float", "value": 0.25},
+                       {"name": "t", "type": "text", "value": "sky"}, {"name": "u", "type": 4, "value": null}]}}})"));
+    TsxNode* polyhedron = tsxSceneGetFirstNode();
+    TsxMaterial* material = nullptr;
+    tsxMaterialCreate(&material);
+    for (const short number : {-1, 1, 2}) EXPECT_EQ(tsxPolyhGetMaterial(polyhedron, number, material), 0) << number;
+    EXPECT_EQ(tsxMaterialIsShaderBoxNull(material), 1);
+    ASSERT_EQ(tsxPolyhGetMaterial(polyhedron, 0, material), 1);
+
+    unsigned char color[4];
+    tsxMaterialGetColor(material, color);
+    EXPECT_EQ(std::vector<int>(color, color + 4), (std::vector<int>{1, 2, 3, 4}));
+    char texture[8];
+    tsxMaterialGetTextureFilename(material, texture, sizeof texture);
+    EXPECT_STREQ(texture, "D:\\maps");
+    Vec3 properties;
+    float fourth;
+    tsxMaterialGetReflectionProps(material, &properties[0], &properties[1], &properties[2], &fourth);
+    EXPECT_EQ(properties, (Vec3{1, 2, 3}));
+    EXPECT_EQ(fourth, 4);
+
+    EXPECT_EQ(tsxMaterialIsShaderBoxNull(material), 0);
+    EXPECT_EQ(tsxMaterialIsShaderBoxValid(material), 1);
+    EXPECT_EQ(tsxMaterialGetShaderInfo(material, 2), nullptr);
+    TsxShaderInfo* shader = tsxMaterialGetShaderInfo(material, 3);
+    char name[32];
+    EXPECT_EQ(tsxShaderInfoGetShaderName(shader, name), 1);
+    EXPECT_STREQ(name, "a name of more than 31 characte");
+    ASSERT_EQ(tsxShaderInfoGetParametersNumber(shader), 4);
+    EXPECT_STREQ(tsxShaderInfoGetConstParameterName(shader, 1), "f");
+    TsxParameterValue* values[4];
+    for (int i = 0; i < 4; ++i) values[i] = tsxShaderInfoGetParameterValue(shader, i);
+    unsigned char flag = 0;
+    float number = 0;
+    const char* text = nullptr;
+    void* untouched = &flag;
+    tsxParameterValueGetData(values[0], &flag);
+    tsxParameterValueGetData(values[1], &number);
+    tsxParameterValueGetData(values[2], &text);
+    tsxParameterValueGetData(values[3], &untouched);
+    EXPECT_EQ(std::tuple(flag, number, std::string(text), untouched),
+              std::tuple(1, 0.25F, std::string("sky"), static_cast<void*>(&flag)));
+    EXPECT_EQ(tsxParameterValueGetType(values[3]), 4);
+
+    // What was read through the material is no longer valid when it has become another one.
+    const unsigned char red[4] = {255, 0, 0, 255};
+    tsxMaterialSetColor(material, red);
+    EXPECT_EQ(tsxShaderInfoGetParametersNumber(shader), 0);
+    EXPECT_EQ(tsxParameterValueGetType(values[0]), 0);
+    EXPECT_EQ(host.faults().size(), 2U);
+    EXPECT_EQ(host.liveHandles(), 1);
+    tsxMaterialDestroy(material);
+    EXPECT_EQ(host.liveHandles(), 0);
+}
+
+TEST(HostSkeleton, HandsOutJointsMusclesAndTendons) {
+    Host host(sceneOfNodes(std::string(kQuadAndTriangle) + R"(,
+        {"type": "bone", "muscles": [{"joint": "k", "vertices": {"p": [4, 1, 4]}}, {"joint": "j"}]},
+        {"type": "joint", "name": "j", "tendon": {"p": [2]}}, {"type": "joint", "name": "k"})",
+                           kWood));
+    TsxNode* p = tsxSceneGetFirstNode();
+    TsxNode* bone = tsxGNodeGetNext(p);
+    TsxNode* j = tsxGNodeGetNext(bone);
+    TsxNode* k = tsxGNodeGetNext(j);
+    EXPECT_EQ(tsxBoneGetFirstJoint(bone), k);
+    EXPECT_EQ(tsxBoneGetNextJoint(bone, k), j);
+    EXPECT_EQ(tsxBoneGetNextJoint(bone, j), nullptr);
+
+    std::vector<int> vertices(3);
+    TsxMuscle* muscle = tsxBoneGetMuscle(bone, k);
+    EXPECT_EQ(tsxMuscleGetVertices(muscle, p, nullptr), 3);
+    EXPECT_EQ(tsxMuscleGetVertices(muscle, p, vertices.data()), 3);
+    EXPECT_EQ(vertices, (std::vector<int>{4, 1, 4}));
+    EXPECT_EQ(tsxMuscleGetVertices(tsxBoneGetMuscle(bone, j), p, nullptr), 0);
+    EXPECT_EQ(tsxTendonGetVertices(tsxJointGetTendon(j), p, vertices.data()), 1);
+    EXPECT_EQ(vertices[0], 2);
+    EXPECT_EQ(tsxTendonGetVertices(tsxJointGetTendon(k), p, nullptr), 0);
+    EXPECT_EQ(host.faults(), std::vector<std::string>());
+}
+
+const char kAnimated[] = R"("host": {"activeTime": 2}, "layers": [], "nodes": [{"type": "bone", "name": "arm",
+    "location": [9, 0, 0]}, {"type": "polyhedron", "name": "eye", "vertices": []}],
+  "clips": [
+    {"name": "a:fps=5", "start": 1, "end": 5, "keys": {"arm": [{"frame": 2, "location": [1, 0, 0]},
+      {"frame": 4, "location": [2, 0, 0], "transform": [3,0,0,8, 0,1,0,0, 0,0,1,0]}]}},
+    {"name": "b", "start": 0, "end": 9, "length": 4, "toggle": 1, "loop": 3, "enabled": false,
+      "keys": {"arm": [{"frame": 0, "rotation": [0.5, 0, 0]}], "eye": []}},
+    {"name": "a", "start": 100, "end": 0, "enabled": false}])";
+
+TEST(HostAnimation, ClipsPoseTheNodesAtTheActiveTime) {
+    Host host(sceneOf(kAnimated));
+    TsxScene* scene = tsxGetScene();
+    TsxNode* arm = tsxSceneGetFirstNode();
+    TsxNode* eye = tsxGNodeGetNext(arm);
+    const struct {
+        float frame, x, scale, shift;
+    } frames[] = {{2, 1, 1, 1},   {0, 1, 1, 1},       {4, 2, 3, 8},
+                  {100, 2, 3, 8}, {3, 1.5F, 2, 4.5F}, {2.5F, 1.25F, 1.5F, 2.75F}};
+    for (const auto& [frame, x, scale, shift] : frames) {
+        tsxAnimSetActiveTimeScene(frame);
+        EXPECT_EQ(tsxAnimGetActiveTime(), frame);
+        EXPECT_EQ(locationOf(arm), (Vec3{x, 0, 0})) << frame;
+        EXPECT_EQ(transformOf(arm)[0], scale) << frame;
+        EXPECT_EQ(transformOf(arm)[3], shift) << frame;
+    }
+
+    // The later enabled clip wins; its keys default to the node's own pose, not to the other clip's.
+    tsxClipsEnableClip(scene, "b");
+    Vec3 rotation;
+    tsxGNodeGetRotation(arm, rotation.data());
+    EXPECT_EQ(rotation, (Vec3{0.5F, 0, 0}));
+    EXPECT_EQ(locationOf(arm), (Vec3{9, 0, 0}));
+    EXPECT_EQ(locationOf(eye), (Vec3{0, 0, 0}));
+    tsxClipsDisableClip(scene, "b");
+    EXPECT_EQ(locationOf(arm), (Vec3{1.25F, 0, 0}));
+    tsxClipsDisableAllClips(scene);
+    EXPECT_EQ(locationOf(arm), (Vec3{9, 0, 0}));
+    tsxAnimSetActiveTimeScene(NAN);
+    tsxClipsEnableClip(scene, "a");
+    EXPECT_EQ(locationOf(arm), (Vec3{2, 0, 0}));
+    EXPECT_EQ(host.faults(), std::vector<std::string>());
+}
+
+TEST(HostAnimation, ClipsAreFoundByTheTextBeforeTheColon) {
+    Host host(sceneOf(kAnimated));
+    TsxScene* scene = tsxGetScene();
+    char** names = nullptr;
+    ASSERT_EQ(tsxClipsGetClipNames(scene, &names), 3);
+    EXPECT_STREQ(names[0], "a:fps=5");
+    EXPECT_STREQ(names[2], "a");
+
+    const struct {
+        const char* name;
+        float length, start, end;
+        int toggle, loop, enabled;
+    } cases[] = {{"a", 4, 1, 5, 0, 0, 1}, {"b", 4, 0, 9, 1, 3, 0}, {"a:fps=5", 0, 0, 0, 0, 0, 0}};
+    for (const auto& expected : cases) {
+        float start, end;
+        int toggle, loop;
+        EXPECT_EQ(tsxClipsGetClipStartEnd(scene, expected.name, &start, &end, &toggle, &loop), expected.length);
+        EXPECT_EQ(std::tuple(start, end, toggle, loop),
+                  std::tuple(expected.start, expected.end, expected.toggle, expected.loop));
+        EXPECT_EQ(tsxClipsClipIsEnabled(scene, expected.name), expected.enabled);
+    }
+    EXPECT_EQ(host.faults(), (std::vector<std::string>{"tsxClipsGetClipStartEnd: no clip is called \"a:fps=5\"",
+                                                       "tsxClipsClipIsEnabled: no clip is called \"a:fps=5\""}));
+}
+
+TEST(HostAnimation, CallsAreRecordedAndTheStateIsInTheScene) {
+    const Scene before = sceneOf(kAnimated);
+    Host host(before);
+    tsxAnimSetPlayMode(7);
+    host.recordCalls();
+    tsxAnimSetPlayMode(tsxAnimGetPlayMode());
+    tsxAnimSetActiveTimeScene(2.5F);
+    transformOf(tsxSceneGetFirstNode());
+    tsxClipsDisableAllClips(tsxGetScene());
+    tsxClipsEnableClip(tsxGetScene(), "b");
+    EXPECT_EQ(host.calls(), (std::vector<std::string>{"tsxAnimSetPlayMode 7", "tsxAnimSetActiveTimeScene 2.5",
+                                                      "tsxGNodeGetPureTransform arm", "tsxClipsDisableAllClips",
+                                                      "tsxClipsEnableClip b"}));
+    Scene expected = before;
+    expected.host.playMode = 7;
+    expected.host.activeTime = 2.5F;
+    expected.clips[0].enabled = false;
+    expected.clips[1].enabled = true;
+    EXPECT_EQ(host.scene(), expected);
+}
+
+// What the node helper does, up to the scene file.
+void addMarker(const char* name) {
+    const short layer = tsxGetNumberOfLayers();
+    ASSERT_EQ(tsxAddNewLayerEx(), 1);
+    tsxSetLayerName(layer, "nodes");
+    TsxNode* cube = tsxCreateCube(1, 0.125F, 0.125F, 0.125F);
+    tsxPolyhInitializeMaterials(cube);
+    TsxMaterial* paint = nullptr;
+    tsxMaterialCreate(&paint);
+    const unsigned char green[4] = {0, 255, 0, 255}, blue[4] = {0, 0, 255, 255};
+    tsxMaterialSetColor(paint, green);
+    tsxPolyhPaint(cube, paint);
+    tsxMaterialSetColor(paint, blue);
+    tsxPolyhPaintFace(cube, 4, paint, 0);
+    tsxMaterialDestroy(paint);
+    const float location[3] = {1, 1, 1};
+    tsxGNodeSetLocation(cube, location);
+    tsxGNodeSetName(cube, name);
+    tsxMoveObjectToLayerEx(layer, cube);
+    tsxSceneAddObject(cube, 0);
+}
+
+TEST(HostCube, BecomesANodeOfTheScene) {
+    Scene before = sceneOfNodes(kQuadAndTriangle, R"(, "materials": {"wood": {}, "color-0000ffff": {}})");
+    Host host(before);
+    addMarker("mount0");
+    addMarker("mount1");
+    EXPECT_EQ(host.liveHandles(), 0);
+    EXPECT_EQ(host.faults(), std::vector<std::string>());
+
+    // It answers like any node.
+    TsxNode* cube = tsxGNodeGetNext(tsxSceneGetFirstNode());
+    EXPECT_EQ(nameOf(cube), "mount0");
+    EXPECT_EQ(locationOf(cube), (Vec3{1, 1, 1}));
+    EXPECT_EQ(tsxGetObjectLayerIndex(cube), 2);
+    EXPECT_EQ(nameOf(tsxGNodeGetNext(cube)), "mount1");
+    std::vector<FaceRecord> faces = facesOf(cube);
+    TsxMaterial* material = nullptr;
+    tsxMaterialCreate(&material);
+    for (int i = 0; i < 6; ++i) {
+        unsigned char color[4];
+        ASSERT_EQ(tsxPolyhGetMaterial(cube, static_cast<short>(faces[i].material), material), 1);
+        tsxMaterialGetColor(material, color);
+        EXPECT_EQ(color[2], i == 4 ? 255 : 0);
+    }
+    tsxMaterialDestroy(material);
+
+    // Every face is clockwise from outside: the computed normals point inward at all eight corners.
+    for (int i = 0; i < 8; ++i) {
+        const float* vertex = tsxPolyhGetVxArray(cube) + 3 * i;
+        for (size_t axis = 0; axis < 3; ++axis) {
+            EXPECT_EQ(std::abs(vertex[axis]), 0.0625F);
+            EXPECT_NEAR(normalOf(cube, i)[axis] * vertex[axis], -0.0625F / std::sqrt(3.0F), 1e-6F);
+        }
+    }
+
+    // In the scene only the new layers, nodes and materials are new; equal materials are shared.
+    Scene after = host.scene();
+    ASSERT_EQ(after.materials.size(), 4U);
+    EXPECT_EQ(after.materials[2].first, "color-00ff00ff");
+    EXPECT_EQ(after.materials[3].first, "color-0000ffff-2");
+    ASSERT_EQ(after.nodes.size(), 3U);
+    EXPECT_EQ(after.nodes[1].polyhedron.materials, after.nodes[2].polyhedron.materials);
+    EXPECT_EQ(after.nodes[1].polyhedron.materials[1], "color-0000ffff-2");
+    EXPECT_EQ(*parseScene(sceneText(after), "after").scene, after);
+    after.materials.resize(2);
+    after.nodes.resize(1);
+    after.layers.resize(2);
+    EXPECT_EQ(after, before);
+}
+
+TEST(HostLayers, CanBeRefusedOnce) {
+    Host host(Scene{});
+    host.refuseNewLayers();
+    EXPECT_EQ(tsxAddNewLayerEx(), 0);
+    EXPECT_EQ(tsxGetNumberOfLayers(), 0);
+    EXPECT_EQ(tsxAddNewLayerEx(), 1);
+    EXPECT_EQ(tsxGetNumberOfLayers(), 1);
+}
+
+// Each misuse is answered harmlessly and leaves one fault.
+TEST(HostOwnership, LeaksAndMisuseAreFound) {
+    Host host(sceneOfNodes(kQuadAndTriangle, kWood));
+    TsxNode* node = tsxSceneGetFirstNode();
+    TsxNode* copy = tsxMNodeGetTriangulatedPolyhedron(node);
+    TsxNode* cube = tsxCreateCube(1, 1, 1, 1);
+    TsxMaterial* material = nullptr;
+    tsxMaterialCreate(&material);
+    void* block = tsxMalloc(0);
+    EXPECT_EQ(host.liveHandles(), 4);
+
+    tsxSceneAddObject(copy, 0);
+    tsxSobjDelete(node);
+    tsxPolyhPaint(node, material);
+    tsxSobjDelete(copy);
+    tsxSobjDelete(copy);
+    EXPECT_EQ(tsxPolyhGetNbrVxs(copy), 0);
+    tsxSobjDelete(cube);
+    tsxSceneAddObject(cube, 0);
+    tsxMaterialDestroy(material);
+    tsxMaterialDestroy(material);
+    tsxFree(block);
+    tsxFree(block);
+    EXPECT_EQ(tsxGNodeGetNext(nullptr), nullptr);
+    EXPECT_EQ(tsxSobjGetType(reinterpret_cast<TsxNode*>(&host)), 0);
+    EXPECT_EQ(tsxSobjGetType(reinterpret_cast<TsxNode*>(tsxGetScene())), 0);
+    EXPECT_EQ(tsxBoneGetFirstJoint(node), nullptr);
+    EXPECT_STREQ(tsxGetLayerName(0), "");
+
+    EXPECT_EQ(host.liveHandles(), 0);
+    const std::vector<std::string> expected = {
+        "tsxSceneAddObject: node \"p\" isn't the caller's to add",
+        "tsxSobjDelete: node \"p\" belongs to the scene",
+        "tsxPolyhPaint: polyhedron \"p\" isn't one that tsxCreateCube made",
+        "tsxSobjDelete: node handle that is no longer valid",
+        "tsxPolyhGetNbrVxs: node handle that is no longer valid",
+        "tsxSceneAddObject: node handle that is no longer valid",
+        "tsxMaterialDestroy: material handle that is no longer valid",
+        "tsxFree: not a block that is in use",
+        "tsxGNodeGetNext: null instead of a node handle",
+        "tsxSobjGetType: not a handle of this host",
+        "tsxSobjGetType: scene handle instead of a node handle",
+        "tsxBoneGetFirstJoint: node \"p\" is of type 201 instead of 107",
+        "tsxGetLayerName: slot 0 holds no layer",
+    };
+    EXPECT_EQ(host.faults(), expected);
+}
+
+}  // namespace
+}  // namespace marrowfen::standin
