@@ -1,7 +1,80 @@
+// `marrowfen add-node`: the panel's node helper on a scene file.
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
 #include "cli/command.h"
+#include "cli/plugin_session.h"
+#include "plugin/resources/resource.h"
+#include "standin/host/scene_file.h"
 
 namespace marrowfen::cli {
 
-void addAddNodeCommand(CLI::App&, Session&) {}
+namespace {
+
+constexpr size_t kLongestName = 63;  // that the panel hands on
+
+struct AddNodeOptions {
+    std::string scene;
+    std::string name;
+    std::string output;  // empty: the scene file itself
+};
+
+class AddNodeUser : public headless::HeadlessUser {
+public:
+    std::optional<std::string> savePath(const headless::SaveQuestion&) override { return {}; }
+    void readMessage(const headless::Message& message) override { message_ = message.text; }
+
+    const std::string& message() const { return message_; }
+
+private:
+    std::string message_;
+};
+
+std::string checkSceneName(const std::string& path) {
+    return path.ends_with(".scene.json") ? "" : path + " doesn't end in .scene.json: only a scene file can take a node";
+}
+
+std::string checkNodeName(const std::string& name) {
+    if (name.empty()) return "a node needs a name";
+    if (name.size() <= kLongestName) return {};
+    return "the name has " + std::to_string(name.size()) + " bytes; the panel takes " + std::to_string(kLongestName);
+}
+
+int runAddNode(const AddNodeOptions& options, const Session& session) {
+    standin::LoadResult loaded = standin::readSceneFile(options.scene);
+    if (!loaded.scene) {
+        session.error(loaded.error);
+        return UnreadableInput;
+    }
+    AddNodeUser user;
+    PluginSession plugin(std::move(*loaded.scene), user);
+    if (plugin.openPanel()) {
+        plugin.type(IDC_NODE_NAME, options.name);
+        plugin.press(IDC_ADD_NODE);
+    }
+    if (!user.message().empty()) {
+        session.error(options.scene + ": " + user.message());
+        return Refused;
+    }
+    const std::string output = options.output.empty() ? options.scene : options.output;
+    if (const std::string fault = writeWholeFile(output, standin::sceneText(plugin.host().scene())); !fault.empty()) {
+        session.error(fault);
+        return UnwritableOutput;
+    }
+    session.note(output + ": added the node \"" + options.name + "\"");
+    return Done;
+}
+
+}  // namespace
+
+void addAddNodeCommand(CLI::App& app, Session& session) {
+    auto options = std::make_shared<AddNodeOptions>();
+    CLI::App* command = app.add_subcommand("add-node", "add a named node to a scene file, as the panel does");
+    command->add_option("SCENE", options->scene, "a *.scene.json file")->required()->check(checkSceneName);
+    command->add_option("NAME", options->name, "the node's name, at most 63 bytes")->required()->check(checkNodeName);
+    command->add_option("-o,--output", options->output, "scene file to write; SCENE itself when left out");
+    command->callback([options, &session] { session.exitCode = runAddNode(*options, session); });
+}
 
 }  // namespace marrowfen::cli

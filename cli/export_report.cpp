@@ -1,0 +1,184 @@
+#include "cli/export_report.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <numeric>
+#include <sstream>
+#include <string_view>
+
+#include "shape/ascii.h"
+
+namespace marrowfen::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<const char*, 15> kTags = {
+    "billboard", "billboardz", "enormals", "sort", "no_strip",  "autolod=",        "size=",          "cylinder",
+    "box",       "no_mipmap",  "blend",    "fps=", "priority=", "no_mipmap_trans", "no_black_border"};
+
+constexpr std::array<std::string_view, 10> kImageEndings = {".png", ".jpg", ".jpeg", ".bmp",  ".tga",
+                                                            ".gif", ".dds", ".tif",  ".tiff", ".psd"};
+constexpr size_t kNamesShown = 8;  // of a grouped warning
+
+std::string counted(int64_t count, const std::string& one) {
+    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
+}
+
+std::string listed(const std::vector<std::string>& names) {
+    std::string text;
+    for (size_t i = 0; i < names.size() && i < kNamesShown; ++i) text += (i > 0 ? ", " : "") + names[i];
+    if (names.size() > kNamesShown) text += " and " + std::to_string(names.size() - kNamesShown) + " more";
+    return text;
+}
+
+void addOnce(std::vector<std::string>& list, const std::string& entry) {
+    if (std::find(list.begin(), list.end(), entry) == list.end()) list.push_back(entry);
+}
+
+// Single-character insertions, removals and replacements between two words, letter case ignored.
+size_t editDistance(std::string_view a, std::string_view b) {
+    std::vector<size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), size_t{0});
+    for (size_t i = 0; i < a.size(); ++i) {
+        size_t diagonal = std::exchange(row[0], i + 1);
+        for (size_t j = 0; j < b.size(); ++j) {
+            const size_t replaced = diagonal + (lowerCase(a[i]) == lowerCase(b[j]) ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
+// The known tag that an unknown one was probably meant to be, with its value; empty for none.
+std::string suggestion(std::string_view tag) {
+    const size_t equals = std::min(tag.find('='), tag.size());
+    std::string word;
+    for (const char c : tag.substr(0, equals)) {
+        if (std::isspace(static_cast<unsigned char>(c)) == 0) word += c;
+    }
+    if (equals < tag.size()) word += '=';
+    const auto* best = std::min_element(kTags.begin(), kTags.end(), [&](std::string_view a, std::string_view b) {
+        return editDistance(word, a) < editDistance(word, b);
+    });
+    const size_t distance = editDistance(word, *best);
+    if (distance > std::max<size_t>(1, word.size() / 3)) return {};
+    const bool takesValue = std::string_view(*best).back() == '=';
+    return *best + std::string(takesValue && equals < tag.size() ? tag.substr(equals + 1) : "");
+}
+
+std::string quotedTag(const std::string& tag) {
+    const std::string meant = suggestion(tag);
+    return "\"" + tag + "\"" + (meant.empty() ? "" : " (did you mean \"" + meant + "\"?)");
+}
+
+// The part of the line between a beginning and an ending; false when it hasn't both.
+bool between(std::string_view line, std::string_view begin, std::string_view end, std::string& part) {
+    const bool has = line.size() >= begin.size() + end.size() && line.starts_with(begin) && line.ends_with(end);
+    if (has) part = line.substr(begin.size(), line.size() - begin.size() - end.size());
+    return has;
+}
+
+std::vector<std::string> lines(const std::string& log) {
+    std::vector<std::string> result;
+    std::istringstream stream(log);
+    for (std::string line; std::getline(stream, line);) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        result.push_back(line);
+    }
+    return result;
+}
+
+bool isThere(const fs::path& path) {
+    std::error_code ignored;
+    return fs::exists(path, ignored);
+}
+
+}  // namespace
+
+std::string summary(const std::string& output, const Shape& shape, bool isShapeFile, uintmax_t bytes) {
+    std::vector<std::string> parts;
+    if (isShapeFile) {
+        std::string triangles;
+        int64_t visible = 0;
+        for (const Shape::DetailLevel& level : shape.detailLevels) {
+            if (level.size < 0) continue;
+            triangles += (visible++ > 0 ? ", " : "") + std::to_string(level.polyCount);
+        }
+        const auto hidden = static_cast<int64_t>(shape.detailLevels.size()) - visible;
+        parts.push_back(counted(visible, "detail level") + (visible > 0 ? " (" + triangles + " triangles)" : ""));
+        if (hidden > 0) parts.push_back(counted(hidden, "collision level"));
+        parts.push_back(counted(static_cast<int64_t>(shape.materials.size()), "material"));
+    }
+    parts.push_back(counted(static_cast<int64_t>(shape.nodes.size()), "node"));
+    parts.push_back(counted(static_cast<int64_t>(shape.sequences.size()), "sequence"));
+    parts.push_back(std::to_string(bytes) + " bytes");
+    std::string text = output + ": ";
+    for (size_t i = 0; i < parts.size(); ++i) text += (i > 0 ? ", " : "") + parts[i];
+    return text;
+}
+
+std::vector<std::string> textureFiles(const standin::Scene& scene) {
+    std::vector<std::string> textures;
+    for (const auto& [key, material] : scene.materials) {
+        const std::string& name = material.texture;
+        const size_t dot = name.rfind('.');
+        // A material without a texture has its own name there: only what looks like an image file counts.
+        if (dot == std::string::npos) continue;
+        const bool isImage = std::any_of(kImageEndings.begin(), kImageEndings.end(), [&](std::string_view ending) {
+            return equalIgnoringCase(std::string_view(name).substr(dot), ending);
+        });
+        if (isImage) addOnce(textures, name);
+    }
+    return textures;
+}
+
+std::vector<std::string> textureWarnings(const std::vector<std::string>& textures, const std::string& scene,
+                                         const std::string& output) {
+    std::vector<std::string> missing;
+    for (const std::string& texture : textures) {
+        const size_t slash = texture.find_last_of("/\\");
+        const std::string name = slash == std::string::npos ? texture : texture.substr(slash + 1);
+        const fs::path sceneFolder = fs::path(scene).parent_path();
+        const fs::path outputFolder = fs::path(output).parent_path();
+        const bool found =
+            isThere(sceneFolder / texture) || isThere(sceneFolder / name) || isThere(outputFolder / name);
+        if (!found) missing.push_back(texture);
+    }
+    if (missing.empty()) return {};
+    return {counted(static_cast<int64_t>(missing.size()), "texture") + " not found: " + listed(missing)};
+}
+
+std::vector<std::string> logWarnings(const std::string& log) {
+    std::vector<std::string> tags, layers, nodes;
+    std::string part;
+    for (const std::string& line : lines(log)) {
+        if (between(line, "  Unknown tag: ", "", part)) addOnce(tags, quotedTag(part));
+        if (between(line, "  Layer ", " is being dropped", part)) {
+            // "NAME(INDEX)"; a slot that holds no layer has no name, and nothing of it can be missed.
+            const std::string name = part.substr(0, part.rfind('('));
+            if (!name.empty()) layers.push_back(name);
+        }
+        if (between(line, "!\t", " isn't on a layer, skipping it.", part)) nodes.push_back(part);
+    }
+    std::vector<std::string> warnings;
+    if (!tags.empty()) warnings.push_back("unknown tags: " + listed(tags));
+    if (!layers.empty()) warnings.push_back("layers without polyhedra, left out: " + listed(layers));
+    if (!nodes.empty()) warnings.push_back("on no layer, left out: " + listed(nodes));
+    return warnings;
+}
+
+int clipsFound(const std::string& log) {
+    std::string part;
+    for (const std::string& line : lines(log)) {
+        if (between(line, "  ", " animation clips found", part)) return std::atoi(part.c_str());
+    }
+    return 0;
+}
+
+}  // namespace marrowfen::cli

@@ -1,0 +1,128 @@
+#include "cli/output_folder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+namespace marrowfen::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t kPathSize = 4096;
+
+// What a signal handler removes; it can't use anything that allocates.
+char theFolder[kPathSize] = "";
+char theFile[kPathSize] = "";
+char theLog[kPathSize] = "";
+pid_t theOwner = 0;  // a child process has the handler too, but not the folder
+
+void removeTheFolder() {
+    if (theFolder[0] == '\0') return;
+    unlink(theFile);
+    unlink(theLog);
+    rmdir(theFolder);
+    theFolder[0] = '\0';
+}
+
+// Installed with SA_RESETHAND: the signal that is raised again ends the process as if nobody had been asked.
+void removeAndDie(int signal) {
+    if (getpid() == theOwner) removeTheFolder();
+    raise(signal);
+}
+
+void copyPath(char* to, const std::string& path) { path.copy(to, kPathSize - 1); }
+
+void onSignals(void (*handler)(int), int flags) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        struct sigaction old = {};
+        sigaction(signal, nullptr, &old);
+        if (old.sa_handler == SIG_IGN) continue;  // nohup
+        action.sa_handler = handler;
+        action.sa_flags = flags;
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+std::string fault(const std::string& path, const std::string& why) { return path + ": " + why; }
+
+// Why a file can't take this place; empty when it can.
+std::string placeFault(const std::string& path) {
+    struct stat found;
+    if (stat(path.c_str(), &found) != 0) return {};
+    if (S_ISDIR(found.st_mode)) return fault(path, std::strerror(EISDIR));
+    if (!S_ISREG(found.st_mode)) return fault(path, "not a regular file");
+    return access(path.c_str(), W_OK) == 0 ? "" : fault(path, std::strerror(errno));
+}
+
+std::string move(const std::string& from, const std::string& to) {
+    return std::rename(from.c_str(), to.c_str()) == 0 ? "" : fault(to, std::strerror(errno));
+}
+
+}  // namespace
+
+OutputFolder::OutputFolder(const std::string& output) : target_(output) {
+    std::error_code ignored;
+    if (fs::is_symlink(output, ignored)) {
+        const fs::path pointed = fs::weakly_canonical(output, ignored);
+        if (!ignored) target_ = pointed.string();
+    }
+    for (const std::string& path : {target_, target_ + ".log"}) {
+        if (error_.empty()) error_ = placeFault(path);
+    }
+    if (!error_.empty()) return;
+
+    const fs::path target = target_;
+    std::string folder = (target.parent_path() / ".marrowfen-XXXXXX").string();
+    if (folder.size() >= kPathSize - 32) {
+        error_ = fault(output, std::strerror(ENAMETOOLONG));
+    } else if (mkdtemp(folder.data()) == nullptr) {
+        error_ = fault(output, std::strerror(errno));
+    } else {
+        folder_ = folder;
+        file_ = folder + "/shape" + target.extension().string();
+        theOwner = getpid();
+        copyPath(theFile, file_);
+        copyPath(theLog, log());
+        copyPath(theFolder, folder_);
+        onSignals(removeAndDie, static_cast<int>(SA_RESETHAND));
+    }
+}
+
+OutputFolder::~OutputFolder() {
+    if (folder_.empty()) return;
+    onSignals(SIG_DFL, 0);
+    removeTheFolder();
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+}
+
+std::string OutputFolder::deliverLog() const { return move(log(), target_ + ".log"); }
+
+std::string OutputFolder::deliverBoth() const {
+    const std::string failed = move(file_, target_);
+    return failed.empty() ? deliverLog() : failed;
+}
+
+std::string OutputFolder::writeFault() const {
+    // As large as what a full disk may still have room for behind an incomplete file.
+    static constexpr std::array<char, 1 << 16> kProbe{};
+    std::FILE* probe = std::fopen(file_.c_str(), "ab");
+    const bool good =
+        probe != nullptr && std::fwrite(kProbe.data(), kProbe.size(), 1, probe) == 1 && std::fflush(probe) == 0;
+    const int why = good ? EIO : errno;
+    if (probe != nullptr) std::fclose(probe);
+    return std::strerror(why);
+}
+
+}  // namespace marrowfen::cli

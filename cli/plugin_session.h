@@ -1,0 +1,35 @@
+#pragma once
+
+// The plug-in over a scene and without a screen: what the commands do, they do as an artist does it in the panel.
+
+#include <string>
+
+#include "standin/host/host.h"
+#include "standin/windows/headless_user.h"
+
+namespace marrowfen::cli {
+
+class PluginSession {
+public:
+    // Loads the plug-in into a host with this scene. The user is borrowed and is asked whatever a dialog asks.
+    PluginSession(standin::Scene scene, headless::HeadlessUser& user);
+    ~PluginSession();
+    PluginSession(const PluginSession&) = delete;
+    PluginSession& operator=(const PluginSession&) = delete;
+
+    // Left-clicks the plug-in. Without success the user has read why.
+    bool openPanel();
+
+    // The panel's controls, by the numbers in plugin/resources/resource.h.
+    void press(int control);
+    void type(int control, const std::string& text);
+
+    const standin::Host& host() const { return host_; }
+
+private:
+    standin::Host host_;
+    headless::Desktop desktop_;
+    HWND panel_ = nullptr;
+};
+
+}  // namespace marrowfen::cli
