@@ -29,7 +29,7 @@ private:
 
     // A face turned so that the vertex that it adds to the strip comes last: the shared edge is a-b.
     struct Oriented {
-        uint32_t a, b, added;
+        uint32_t a = 0, b = 0, added = 0;
     };
 
     // The best of the faces considered so far.
