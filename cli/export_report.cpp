@@ -67,7 +67,7 @@ std::string suggestion(std::string_view tag) {
         return editDistance(word, a) < editDistance(word, b);
     });
     const size_t distance = editDistance(word, *best);
-    if (distance > std::max<size_t>(1, word.size() / 3)) return {};
+    if (distance > std::min<size_t>(3, word.size() / 2)) return {};
     const bool takesValue = std::string_view(*best).back() == '=';
     return *best + std::string(takesValue && equals < tag.size() ? tag.substr(equals + 1) : "");
 }
@@ -99,6 +99,13 @@ bool isThere(const fs::path& path) {
     return fs::exists(path, ignored);
 }
 
+// By name: a layer without a size tag is as small as a collision level.
+bool isCollisionLevel(const Shape& shape, const Shape::DetailLevel& level) {
+    const bool hasName = level.name >= 0 && static_cast<size_t>(level.name) < shape.names.size();
+    const std::string name = hasName ? shape.names[static_cast<size_t>(level.name)] : "";
+    return name.starts_with("Collision-") || name.starts_with("LOS-");
+}
+
 }  // namespace
 
 std::string summary(const std::string& output, const Shape& shape, bool isShapeFile, uintmax_t bytes) {
@@ -107,7 +114,7 @@ std::string summary(const std::string& output, const Shape& shape, bool isShapeF
         std::string triangles;
         int64_t visible = 0;
         for (const Shape::DetailLevel& level : shape.detailLevels) {
-            if (level.size < 0) continue;
+            if (isCollisionLevel(shape, level)) continue;
             triangles += (visible++ > 0 ? ", " : "") + std::to_string(level.polyCount);
         }
         const auto hidden = static_cast<int64_t>(shape.detailLevels.size()) - visible;

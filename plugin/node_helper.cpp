@@ -37,16 +37,15 @@ std::string nodeListPath() {
 }
 
 // Text mode, the same on every platform: CR LF is a line end, Ctrl-Z is the end. -1 at the end.
-int getTextCharacter(std::streambuf& file) {
-    constexpr int kEnd = std::char_traits<char>::eof();
+int getTextCharacter(std::istream& file) {
     constexpr int kCtrlZ = 0x1A;
-    int c = file.sbumpc();
-    if (c == '\r' && file.sgetc() == '\n') c = file.sbumpc();
-    return c == kEnd || c == kCtrlZ ? -1 : c;
+    int c = file.get();
+    if (c == '\r' && file.peek() == '\n') c = file.get();
+    return !file || c == kCtrlZ ? -1 : c;
 }
 
 // The next line without its line end, or what of it fits a piece; false at the end of the file.
-bool readPiece(std::streambuf& file, std::string& piece) {
+bool readPiece(std::istream& file, std::string& piece) {
     piece.clear();
     while (piece.size() < kPieceSize) {
         const int c = getTextCharacter(file);
@@ -90,9 +89,10 @@ TsxNode* makeMarkerCube() {
 }  // namespace
 
 void loadNodeList(HWND panel) {
-    std::filebuf file;
     const std::string path = nodeListPath();
-    if (path.empty() || file.open(path, std::ios::in | std::ios::binary) == nullptr) return;
+    if (path.empty()) return;
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return;
     SendDlgItemMessageA(panel, IDC_NODE_NAME, WM_SETREDRAW, FALSE, 0);
     std::string piece;
     while (readPiece(file, piece)) {
