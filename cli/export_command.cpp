@@ -159,7 +159,9 @@ int runExport(const ExportOptions& options, const Session& session) {
     standin::LoadResult loaded = loadScene(options.scene, options.loading);
     if (!loaded.scene) return fail(session, UnreadableInput, loaded.error);
 
-    const std::vector<std::string> textures = textureFiles(*loaded.scene);
+    // A scene file says what the textures are called in a host elsewhere; a model comes with its files.
+    const bool isModel = !options.scene.ends_with(".scene.json");
+    const auto textures = isModel ? textureFiles(*loaded.scene) : std::vector<std::string>();
     ExportUser user(session, folder.file());
     if (!pressExport(std::move(*loaded.scene), options, user)) {
         return fail(session, Refused, options.scene + ": " + user.lastMessage());
