@@ -1,0 +1,150 @@
+#include "standin/import/isolated_run.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <new>
+
+namespace marrowfen::standin {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Exit codes of the child.
+constexpr int kFinished = 0;
+constexpr int kOutOfMemory = 90;
+constexpr int kThrew = 91;
+
+// A sanitizer's runtime reserves terabytes of address space, which a limit on it would forbid.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kLimitsAddressSpace = false;
+#else
+constexpr bool kLimitsAddressSpace = true;
+#endif
+
+void limit(int resource, rlim_t soft, rlim_t hard) {
+    const rlimit value{soft, hard};
+    setrlimit(static_cast<__rlimit_resource_t>(resource), &value);
+}
+
+// The child keeps only its end of the pipe and is mute; it dies with its parent.
+void enterChild(const RunLimits& limits) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    prctl(PR_SET_DUMPABLE, 0);
+    limit(RLIMIT_CORE, 0, 0);
+    limit(RLIMIT_CPU, limits.cpuSeconds, limits.cpuSeconds + 1);
+    if (kLimitsAddressSpace) {
+        const rlim_t bytes = static_cast<rlim_t>(limits.memoryMegabytes) << 20;
+        limit(RLIMIT_AS, bytes, bytes);
+    }
+    for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGINT, SIGPIPE, SIGTERM, SIGXCPU}) {
+        std::signal(signal, SIG_DFL);
+    }
+    const int nowhere = open("/dev/null", O_RDWR);
+    if (nowhere < 0) return;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nowhere, stream);
+}
+
+bool writeAll(int file, const std::string& bytes) {
+    size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = write(file, bytes.data() + done, bytes.size() - done);
+        if (n < 0 && errno != EINTR) return false;
+        if (n > 0) done += static_cast<size_t>(n);
+    }
+    return true;
+}
+
+// Ends the process without running destructors or exit handlers: they belong to the parent's state.
+[[noreturn]] void runChild(int toParent, const RunLimits& limits, const std::function<std::string()>& work) {
+    enterChild(limits);
+    // Told apart from a crash even where the library would catch bad_alloc or fail while unwinding.
+    std::set_new_handler([] { _exit(kOutOfMemory); });
+    try {
+        _exit(writeAll(toParent, work()) ? kFinished : kThrew);
+    } catch (const std::bad_alloc&) {
+        _exit(kOutOfMemory);
+    } catch (...) {
+        _exit(kThrew);
+    }
+}
+
+// Reads until the other end is closed. False when the deadline came first.
+bool readUntil(int file, Clock::time_point deadline, std::string& bytes) {
+    std::array<char, 1 << 16> block;
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        if (left <= 0) return false;
+        pollfd entry{file, POLLIN, 0};
+        const int ready = poll(&entry, 1, static_cast<int>(std::min<long long>(left, 1000)));
+        if (ready <= 0) continue;
+        const ssize_t n = read(file, block.data(), block.size());
+        if (n == 0) return true;
+        if (n > 0) bytes.append(block.data(), static_cast<size_t>(n));
+        if (n < 0 && errno != EINTR) return true;
+    }
+}
+
+int waitFor(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
+}
+
+std::string failureOf(int status, const RunLimits& limits) {
+    if (WIFSIGNALED(status)) {
+        const int signal = WTERMSIG(status);
+        if (signal == SIGXCPU) return "needs more than " + std::to_string(limits.cpuSeconds) + " s of processor time";
+        return std::string("makes the reader crash (") + strsignal(signal) + ")";
+    }
+    switch (WEXITSTATUS(status)) {
+        case kFinished:
+            return {};
+        case kOutOfMemory:
+            return "needs more than " + std::to_string(limits.memoryMegabytes) + " MB of memory";
+        default:
+            return "makes the reader crash";
+    }
+}
+
+}  // namespace
+
+RunOutcome runIsolated(const RunLimits& limits, const std::function<std::string()>& work) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return {{}, std::string("no pipe: ") + std::strerror(errno)};
+    const pid_t child = fork();
+    if (child == 0) {
+        close(ends[0]);
+        runChild(ends[1], limits, work);
+    }
+    close(ends[1]);
+    if (child < 0) {
+        const std::string fault = std::strerror(errno);
+        close(ends[0]);
+        return {{}, "no process: " + fault};
+    }
+
+    RunOutcome outcome;
+    const bool inTime = readUntil(ends[0], Clock::now() + std::chrono::seconds(limits.wallSeconds), outcome.output);
+    close(ends[0]);
+    if (!inTime) kill(child, SIGKILL);
+    const int status = waitFor(child);
+    outcome.failure = inTime ? failureOf(status, limits)
+                             : "isn't read after " + std::to_string(limits.wallSeconds) + " s and was given up";
+    if (!outcome.failure.empty()) outcome.output.clear();
+    return outcome;
+}
+
+}  // namespace marrowfen::standin

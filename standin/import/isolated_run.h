@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace marrowfen::standin {
+
+struct RunLimits {
+    unsigned memoryMegabytes = 0;
+    unsigned cpuSeconds = 0;
+    unsigned wallSeconds = 0;
+};
+
+struct RunOutcome {
+    std::string output;   // what the work returned
+    std::string failure;  // why it didn't, in words; empty on success
+};
+
+// Runs work in a child process under limits and returns what it returned. Whatever happens there (a crash, an abort, an
+// endless loop, exhausted memory) is a failure here and nothing else: the child prints nothing and leaves no core file.
+RunOutcome runIsolated(const RunLimits& limits, const std::function<std::string()>& work);
+
+}  // namespace marrowfen::standin

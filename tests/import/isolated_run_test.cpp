@@ -1,0 +1,57 @@
+#include "standin/import/isolated_run.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <stdexcept>
+#include <vector>
+
+namespace marrowfen::standin {
+namespace {
+
+TEST(IsolatedRun, EveryEndIsToldApart) {
+    const RunLimits limits{2048, 1, 2};
+    EXPECT_EQ(runIsolated(limits, [] { return std::string(3 << 20, 'x'); }).output.size(), 3U << 20);
+
+    const struct {
+        const char* says;
+        std::function<std::string()> work;
+    } kFailures[] = {
+        {"crash", [] { return raise(SIGSEGV) == 0 ? "" : ""; }},
+        {"crash", []() -> std::string { std::abort(); }},
+        {"crash", []() -> std::string { throw std::runtime_error("unknown"); }},
+        {"crash", []() -> std::string { _exit(3); }},
+        {"1 s of processor time",
+         [] {
+             const volatile bool forever = true;
+             while (forever) {
+             }
+             return std::string();
+         }},
+        {"after 2 s", [] { return std::to_string(sleep(60)); }},
+#ifndef __SANITIZE_ADDRESS__
+        {"2048 MB", [] { return std::string(size_t{3} << 30, 'x'); }},
+#endif
+    };
+    for (const auto& failure : kFailures) {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const auto before = std::chrono::steady_clock::now();
+        const RunOutcome outcome = runIsolated(limits, [&] {
+            std::cout << "noise\n" << std::flush;
+            std::cerr << "noise\n";
+            return failure.work();
+        });
+        const auto spent = std::chrono::steady_clock::now() - before;
+        EXPECT_EQ(testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr(), "");
+        EXPECT_NE(outcome.failure.find(failure.says), std::string::npos) << outcome.failure;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_LT(spent, std::chrono::seconds(20));
+    }
+}
+
+}  // namespace
+}  // namespace marrowfen::standin
