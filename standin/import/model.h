@@ -1,0 +1,149 @@
+#pragma once
+
+// A model between Assimp and the host scene: what the passes of the import share. The passes run in the order of this
+// file; each may set the error, which ends the import.
+
+#include <assimp/scene.h>
+
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "standin/host/scene.h"
+#include "standin/import/model_import.h"
+#include "standin/import/pose.h"
+
+namespace marrowfen::standin {
+
+inline constexpr int32_t kNoNode = -1;
+inline constexpr int16_t kNoLayer = 0;
+
+struct ModelNode {
+    const aiNode* source = nullptr;
+    int32_t parent = kNoNode;  // always a lower index
+    std::string name;
+    bool helper = false;       // one of the nodes that the FBX reader splits a node's transform into
+    Matrix local;              // parent-from-node
+    Matrix world;              // scene-from-node as the model stands: turned to Z up and scaled
+    std::string layerName;     // of the nearest node at or above that names one, empty for none
+    bool belowNodes = false;   // below the node of a "nodes" layer
+    int16_t layer = kNoLayer;  // of nodes with meshes and of markers
+    bool marker = false;
+
+    // Skeleton.
+    bool skinned = false;  // part of the skeleton that a skin needs
+    bool bone = false;
+    bool bound = false;  // a skin says where it was
+    Matrix bind;         // scene-from-node when the skin was bound; the world matrix of nodes that no skin knows
+};
+
+// What was dropped or guessed, counted while the passes run.
+struct ModelNotes {
+    size_t degenerateFaces = 0;
+    size_t linesAndPoints = 0;
+    size_t turnedMeshes = 0;     // meshes whose faces and normals disagreed
+    size_t lightVertices = 0;    // vertices with further weights than the heaviest one
+    size_t lostBones = 0;        // bones whose node isn't there
+    size_t bindConflicts = 0;    // bones that two meshes bind in different poses
+    size_t shapeAnimations = 0;  // animations of vertices
+    size_t scaledBones = 0;      // bones whose scale an animation changes
+    size_t morphs = 0;           // meshes with morph targets
+    size_t vertexColors = 0;     // meshes with them
+    size_t embeddedTextures = 0;
+    size_t alphaTextures = 0;  // materials that blend by their texture's alpha alone
+    size_t stillCollisions = 0;
+    bool stickFigure = false;
+    std::vector<std::string> missingTextures;
+    std::vector<std::string> others;  // whole lines
+};
+
+struct Model {
+    const aiScene* source = nullptr;
+    std::string path;
+    std::string format;  // the name of the Assimp reader
+    ImportOptions options;
+
+    std::vector<ModelNode> nodes;
+    std::unordered_map<std::string, int32_t> nodeByName;  // by Assimp's own name, the first one
+    std::unordered_map<std::string, int16_t> layerByName;
+    std::vector<std::string> materialKeys;                      // one per material of the source
+    std::map<std::pair<int32_t, unsigned>, Matrix> skinPlaces;  // scene-from-mesh of skinned meshes, by node and mesh
+    std::map<int32_t, std::vector<std::string>> boneIds;        // of each bone, one a skeleton that has it
+    Scene scene;
+    ModelNotes notes;
+    std::string error;  // the first one, without the file's name
+
+    void fail(const std::string& text) {
+        if (error.empty()) error = text;
+    }
+};
+
+// A name as the scene holds it: one line of UTF-8.
+std::string cleanText(const aiString& text);
+
+// True when a name begins with a layer's role.
+bool beginsWithRole(const std::string& name);
+
+// Finds damage that the reader let pass: indices out of range, numbers that aren't finite, missing meshes.
+void checkModel(Model& model);
+
+// Scene-from-model: turns the model's up axis to Z.
+Matrix sceneFromModel(const Model& model);
+
+// Fills nodes, parents before children, in the model's order.
+void listNodes(Model& model);
+
+// True when what the reader hands over of a skeleton and its animations is wrong; they are left out then.
+bool losesSkeleton(const Model& model);
+
+// Marks the nodes that skins need as bones and finds their bind poses.
+void findSkinBones(Model& model);
+
+// Gives nodes their layers and fills the scene's layers.
+void assignLayers(Model& model);
+
+// False for layers of the other roles, whose geometry follows no bones.
+bool isDetailLayer(const Model& model, int16_t layer);
+
+// True when a track takes a node away from its rest pose.
+bool isMoving(const ModelNode& node, const aiNodeAnim& track);
+
+// Marks the nodes as bones whose animation moves a mesh as a whole.
+void findMovingBones(Model& model);
+
+// Fills the scene's materials, and materialKeys.
+void convertMaterials(Model& model);
+
+// Where the scene shows a mesh of a node: where it rests, or where it was bound.
+Matrix sceneFromMesh(const Model& model, int32_t node, unsigned mesh);
+
+// The scene's ids while the scene is built; shortenIds replaces them.
+std::string nodeId(int32_t node);
+std::string boneId(int32_t node, int16_t layer);
+
+// The vertices that each bone holds, by layer and bone, on each polyhedron.
+using BoneVertices = std::map<std::pair<int16_t, int32_t>, HeldVertices>;
+
+// Makes the polyhedra of a node's meshes; notes which bone holds which vertex.
+Polyhedron convertMeshes(Model& model, int32_t node, BoneVertices& held);
+
+// Fills the scene's nodes: groups, polyhedra, markers.
+void placeNodes(Model& model, BoneVertices& held);
+
+// Adds a skeleton for each layer whose vertices hang on bones.
+void addSkeletons(Model& model, const BoneVertices& held);
+
+// Adds the scene's clips.
+void convertAnimations(Model& model);
+
+// Leaves ids out where a name says the same, and makes the others readable.
+void shortenIds(Scene& scene);
+
+// The nearest bone at or above a node, or kNoNode.
+int32_t boneAbove(const Model& model, int32_t node);
+
+// Reads a model in this process.
+LoadResult readModel(const std::string& path, const ImportOptions& options);
+
+}  // namespace marrowfen::standin

@@ -1,0 +1,348 @@
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <unordered_set>
+
+#include "standin/import/model.h"
+
+// Importers split a vertex wherever its normal, texture coordinate or colour differs between faces. Here the parts are
+// joined again by position, since what the host holds, and what the exporter's corner merging, adjacency and decimation
+// want, is a connected surface: one vertex with one normal, whose corners have texture coordinates of their own.
+//
+// The joined vertex takes the normalised sum of the distinct normals of its parts. Two kinds of parts stay apart: those
+// that hang on different bones, and those whose normals are opposed, which are the two sides of a thin sheet.
+
+namespace marrowfen::standin {
+
+namespace {
+
+constexpr int32_t kNone = -1;
+constexpr double kOpposed = -0.99;           // cosine of the angle between the normals of a sheet's two sides
+constexpr size_t kMostMaterials = 32767;     // the host numbers a polyhedron's materials in 16 bits
+constexpr size_t kMostlyWrong = 9;           // disagreeing faces for each agreeing one
+constexpr float kNoticeableWeight = 0.001F;  // a second weight below it is rounding
+
+struct Bits {
+    std::array<uint32_t, 4> words;
+
+    bool operator==(const Bits&) const = default;
+};
+
+struct BitsHash {
+    size_t operator()(const Bits& bits) const {
+        uint64_t hash = 0x9E3779B97F4A7C15U;
+        for (const uint32_t word : bits.words) {
+            hash = (hash ^ word) * 0xFF51AFD7ED558CCDU;
+            hash ^= hash >> 32;
+        }
+        return static_cast<size_t>(hash);
+    }
+};
+
+uint32_t bitsOf(float value) { return std::bit_cast<uint32_t>(value); }
+
+struct JoinedVertex {
+    int32_t bone = kNoNode;
+    int32_t next = kNone;  // the next vertex at this position on the same bone
+    Vec3 firstNormal = {0, 0, 0};
+    Vector normalSum;
+    bool severalBones = false;
+};
+
+// Which bone a vertex of a mesh hangs on.
+struct Hold {
+    int32_t bone = kNoNode;
+    float weight = 0;
+    int noticeable = 0;  // weights worth counting
+};
+
+// One mesh on its way into a polyhedron.
+struct Part {
+    const aiMesh* mesh = nullptr;
+    Matrix sceneFromMesh;
+    bool mirrored = false;
+    bool facesInward = false;    // its faces are to be turned round
+    bool normalsInward = false;  // its normals are to be turned round
+    std::vector<Hold> holds;
+    const aiVector3D* uvs = nullptr;
+    int32_t material = 0;               // position in the polyhedron's list
+    std::vector<int32_t> joined, uvOf;  // per vertex, kNone until it is met
+};
+
+// Faces and normals that disagree nearly everywhere: one of the two looks inward.
+bool disagrees(const aiMesh& mesh) {
+    size_t agreeing = 0, disagreeing = 0;
+    for (unsigned f = 0; mesh.HasNormals() && f < mesh.mNumFaces; ++f) {
+        const aiFace& face = mesh.mFaces[f];
+        if (face.mNumIndices != 3) continue;
+        const unsigned* corner = face.mIndices;
+        const aiVector3D outward = (mesh.mVertices[corner[1]] - mesh.mVertices[corner[0]]) ^
+                                   (mesh.mVertices[corner[2]] - mesh.mVertices[corner[0]]);
+        const float sign = outward * (mesh.mNormals[corner[0]] + mesh.mNormals[corner[1]] + mesh.mNormals[corner[2]]);
+        if (sign > 0) ++agreeing;
+        if (sign < 0) ++disagreeing;
+    }
+    return disagreeing > kMostlyWrong * agreeing;
+}
+
+// The volume that the faces enclose, times six: negative when they look inward. Of an open mesh it is measured from the
+// middle of its vertices.
+double volumeOf(const aiMesh& mesh) {
+    Vector middle;
+    for (unsigned v = 0; v < mesh.mNumVertices; ++v) middle += Vector(mesh.mVertices[v]);
+    middle /= std::max(1U, mesh.mNumVertices);
+    double volume = 0;
+    for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
+        const aiFace& face = mesh.mFaces[f];
+        if (face.mNumIndices != 3) continue;
+        const Vector a = Vector(mesh.mVertices[face.mIndices[0]]) - middle;
+        const Vector b = Vector(mesh.mVertices[face.mIndices[1]]) - middle;
+        const Vector c = Vector(mesh.mVertices[face.mIndices[2]]) - middle;
+        volume += a * (b ^ c);
+    }
+    return volume;
+}
+
+class Joiner {
+public:
+    Joiner(Model& model, int32_t node) : model_(model), node_(node), detail_(isDetailLayer(model, layer())) {}
+
+    void add(unsigned meshIndex);
+    Polyhedron finish(BoneVertices& held);
+
+private:
+    int16_t layer() const { return model_.nodes[static_cast<size_t>(node_)].layer; }
+    Part preparePart(unsigned meshIndex);
+    std::vector<Hold> findHolds(const aiMesh& mesh);
+    int32_t materialSlot(unsigned material);
+    void addTriangle(Part& part, std::array<unsigned, 3> corners);
+    Vec3 scenePosition(const Part& part, unsigned vertex);
+    Vec3 sceneNormal(const Part& part, unsigned vertex) const;
+    int32_t joinedVertex(Part& part, unsigned vertex, const Vec3& position, const Vec3& faceNormal);
+    int32_t findOrAdd(const Vec3& position, const Vec3& normal, const Hold& hold);
+    int32_t uvIndex(Part& part, unsigned vertex);
+
+    Model& model_;
+    int32_t node_;
+    bool detail_;
+    bool hasNormals_ = false;
+    Polyhedron result_;
+    std::vector<JoinedVertex> vertices_;
+    std::unordered_map<Bits, int32_t, BitsHash> firstAt_;   // by position and bone
+    std::unordered_set<Bits, BitsHash> normalsOf_;          // by normal and vertex
+    std::unordered_map<Bits, int32_t, BitsHash> uvNumber_;  // by value
+    std::vector<int32_t> materialSlots_;
+};
+
+Vec3 toVec3(const Vector& v) {
+    // Adding zero makes a negative zero positive, so that equal positions have equal bits.
+    return {static_cast<float>(v.x) + 0.0F, static_cast<float>(v.y) + 0.0F, static_cast<float>(v.z) + 0.0F};
+}
+
+Vector toVector(const Vec3& v) { return {v[0], v[1], v[2]}; }
+
+Vec3 unitOrZero(const Vector& v) {
+    const double length = v.Length();
+    return length > 0 && std::isfinite(length) ? toVec3(v / length) : Vec3{0, 0, 0};
+}
+
+std::vector<Hold> Joiner::findHolds(const aiMesh& mesh) {
+    Hold whole;
+    whole.bone = boneAbove(model_, node_);
+    std::vector<Hold> holds(mesh.mNumVertices, whole);
+    for (unsigned b = 0; b < mesh.mNumBones; ++b) {
+        const aiBone& bone = *mesh.mBones[b];
+        const auto found = model_.nodeByName.find(bone.mName.C_Str());
+        if (found == model_.nodeByName.end() || !model_.nodes[static_cast<size_t>(found->second)].bone) continue;
+        for (unsigned w = 0; w < bone.mNumWeights; ++w) {
+            Hold& hold = holds[bone.mWeights[w].mVertexId];
+            const float weight = bone.mWeights[w].mWeight;
+            if (weight > kNoticeableWeight) ++hold.noticeable;
+            // Of equal weights the first bone's counts.
+            if (weight > hold.weight) hold = {found->second, weight, hold.noticeable};
+        }
+    }
+    return holds;
+}
+
+int32_t Joiner::materialSlot(unsigned material) {
+    materialSlots_.resize(model_.source->mNumMaterials, kNone);
+    int32_t& slot = materialSlots_[material];
+    if (slot == kNone) {
+        slot = static_cast<int32_t>(result_.materials.size());
+        result_.materials.emplace_back(model_.materialKeys[material]);
+        if (result_.materials.size() > kMostMaterials) model_.fail("a node has too many materials");
+    }
+    return slot;
+}
+
+Part Joiner::preparePart(unsigned meshIndex) {
+    Part part;
+    part.mesh = model_.source->mMeshes[meshIndex];
+    part.sceneFromMesh = sceneFromMesh(model_, node_, meshIndex);
+    part.mirrored = part.sceneFromMesh.Determinant() < 0;
+    // Which of the two is right, the enclosed volume tells.
+    if (disagrees(*part.mesh)) {
+        ++model_.notes.turnedMeshes;
+        part.normalsInward = volumeOf(*part.mesh) > 0;
+        part.facesInward = !part.normalsInward;
+    }
+    part.holds = findHolds(*part.mesh);
+    if (!detail_) part.holds.assign(part.mesh->mNumVertices, Hold());
+    part.material = materialSlot(part.mesh->mMaterialIndex);
+    part.joined.assign(part.mesh->mNumVertices, kNone);
+    part.uvOf.assign(part.mesh->mNumVertices, kNone);
+
+    // The set of texture coordinates that the colour's texture uses, else the first.
+    int set = 0;
+    const aiMaterial& material = *model_.source->mMaterials[part.mesh->mMaterialIndex];
+    if (material.Get(AI_MATKEY_UVWSRC_DIFFUSE(0), set) != aiReturn_SUCCESS || set < 0 ||
+        set >= AI_MAX_NUMBER_OF_TEXTURECOORDS || !part.mesh->HasTextureCoords(static_cast<unsigned>(set))) {
+        set = 0;
+    }
+    part.uvs = part.mesh->mTextureCoords[set];
+    return part;
+}
+
+Vec3 Joiner::scenePosition(const Part& part, unsigned vertex) {
+    const Vec3 position = toVec3(part.sceneFromMesh * Vector(part.mesh->mVertices[vertex]));
+    if (!std::all_of(position.begin(), position.end(), [](float x) { return std::isfinite(x); })) {
+        model_.fail("node " + model_.nodes[static_cast<size_t>(node_)].name + ": a vertex is beyond all numbers");
+    }
+    return position;
+}
+
+// Normals go by the cofactors, which a flattening transform has too. They carry the determinant's sign, which is taken
+// off: an outward normal stays one in a mirror.
+Vec3 Joiner::sceneNormal(const Part& part, unsigned vertex) const {
+    const Matrix& m = part.sceneFromMesh;
+    const Vector x(m.a1, m.b1, m.c1), y(m.a2, m.b2, m.c2), z(m.a3, m.b3, m.c3);
+    const aiVector3D& n = part.mesh->mNormals[vertex];
+    const Vector normal =
+        (y ^ z) * static_cast<double>(n.x) + (z ^ x) * static_cast<double>(n.y) + (x ^ y) * static_cast<double>(n.z);
+    return unitOrZero(part.mirrored != part.normalsInward ? -normal : normal);
+}
+
+int32_t Joiner::findOrAdd(const Vec3& position, const Vec3& normal, const Hold& hold) {
+    const Bits key = {
+        {bitsOf(position[0]), bitsOf(position[1]), bitsOf(position[2]), static_cast<uint32_t>(hold.bone)}};
+    const auto [entry, isNew] = firstAt_.try_emplace(key, static_cast<int32_t>(vertices_.size()));
+    int32_t found = isNew ? kNone : entry->second;
+    int32_t last = kNone;
+    while (found != kNone &&
+           toVector(vertices_[static_cast<size_t>(found)].firstNormal) * toVector(normal) < kOpposed) {
+        last = found;
+        found = vertices_[static_cast<size_t>(found)].next;
+    }
+    if (found != kNone) return found;
+    found = static_cast<int32_t>(vertices_.size());
+    if (last != kNone) vertices_[static_cast<size_t>(last)].next = found;
+    JoinedVertex vertex;
+    vertex.bone = hold.bone;
+    vertex.firstNormal = normal;
+    vertices_.push_back(vertex);
+    result_.vertices.push_back(position);
+    return found;
+}
+
+int32_t Joiner::joinedVertex(Part& part, unsigned vertex, const Vec3& position, const Vec3& faceNormal) {
+    // A part without normals brings the normals of its faces, so its vertices are looked up corner by corner.
+    const bool own = part.mesh->HasNormals();
+    if (own && part.joined[vertex] != kNone) return part.joined[vertex];
+    const Vec3 normal = own ? sceneNormal(part, vertex) : faceNormal;
+    const int32_t joined = findOrAdd(position, normal, part.holds[vertex]);
+    JoinedVertex& target = vertices_[static_cast<size_t>(joined)];
+    const Bits key = {{bitsOf(normal[0]), bitsOf(normal[1]), bitsOf(normal[2]), static_cast<uint32_t>(joined)}};
+    if (normalsOf_.insert(key).second) target.normalSum += toVector(normal);
+    if (part.holds[vertex].noticeable > 1) target.severalBones = true;
+    part.joined[vertex] = joined;
+    return joined;
+}
+
+int32_t Joiner::uvIndex(Part& part, unsigned vertex) {
+    if (part.uvs == nullptr) return kNone;
+    int32_t& index = part.uvOf[vertex];
+    if (index != kNone) return index;
+    const Vec2 uv = {part.uvs[vertex].x + 0.0F, part.uvs[vertex].y + 0.0F};
+    const auto [entry, isNew] =
+        uvNumber_.try_emplace(Bits{{bitsOf(uv[0]), bitsOf(uv[1]), 0, 0}}, static_cast<int32_t>(result_.uvs.size()));
+    if (isNew) result_.uvs.push_back(uv);
+    return index = entry->second;
+}
+
+void Joiner::addTriangle(Part& part, std::array<unsigned, 3> corners) {
+    // Assimp's faces are anticlockwise seen from outside, the host's are clockwise: [a b c] -> [a c b]. A mirror has
+    // turned them already, and so has a file whose faces look inward.
+    if (part.mirrored == part.facesInward) std::swap(corners[1], corners[2]);
+    std::array<Vec3, 3> at;
+    for (size_t c = 0; c < 3; ++c) at[c] = scenePosition(part, corners[c]);
+    if (at[0] == at[1] || at[1] == at[2] || at[2] == at[0]) {
+        ++model_.notes.degenerateFaces;
+        return;
+    }
+    const Vector outward = (toVector(at[2]) - toVector(at[0])) ^ (toVector(at[1]) - toVector(at[0]));
+    const Vec3 faceNormal = part.mesh->HasNormals() || !hasNormals_ ? Vec3{0, 0, 0} : unitOrZero(outward);
+    Face face;
+    face.material = part.material;
+    for (size_t c = 0; c < 3; ++c) {
+        face.corners.push_back({joinedVertex(part, corners[c], at[c], faceNormal), uvIndex(part, corners[c])});
+    }
+    result_.faces.push_back(std::move(face));
+}
+
+void Joiner::add(unsigned meshIndex) {
+    const aiNode& source = *model_.nodes[static_cast<size_t>(node_)].source;
+    for (unsigned m = 0; m < source.mNumMeshes; ++m) {
+        hasNormals_ = hasNormals_ || model_.source->mMeshes[source.mMeshes[m]]->HasNormals();
+    }
+    Part part = preparePart(meshIndex);
+    for (unsigned f = 0; f < part.mesh->mNumFaces && model_.error.empty(); ++f) {
+        const aiFace& face = part.mesh->mFaces[f];
+        if (face.mNumIndices < 3) ++model_.notes.linesAndPoints;
+        for (unsigned c = 2; c < face.mNumIndices; ++c) {
+            addTriangle(part, {face.mIndices[0], face.mIndices[c - 1], face.mIndices[c]});
+        }
+    }
+}
+
+Polyhedron Joiner::finish(BoneVertices& held) {
+    if (hasNormals_) {
+        result_.normals.emplace();
+        // The host's normals point inward. Parts that cancel out leave the first one's.
+        for (const JoinedVertex& vertex : vertices_) {
+            const Vec3 sum = unitOrZero(vertex.normalSum);
+            const Vec3& normal = sum == Vec3{0, 0, 0} ? vertex.firstNormal : sum;
+            result_.normals->push_back({0 - normal[0], 0 - normal[1], 0 - normal[2]});
+        }
+    }
+    // Corners of parts without texture coordinates read (0, 0).
+    int32_t noUv = 0;
+    const bool lacksUv = std::any_of(result_.faces.begin(), result_.faces.end(),
+                                     [](const Face& face) { return face.corners[0].uv == kNone; });
+    if (lacksUv && !result_.uvs.empty()) {
+        noUv = static_cast<int32_t>(result_.uvs.size());
+        result_.uvs.push_back({0, 0});
+    }
+    for (Face& face : result_.faces) {
+        for (Corner& corner : face.corners) corner.uv = corner.uv == kNone ? noUv : corner.uv;
+    }
+    std::map<int32_t, std::vector<int32_t>> verticesOf;
+    for (size_t v = 0; v < vertices_.size(); ++v) {
+        if (vertices_[v].bone != kNoNode) verticesOf[vertices_[v].bone].push_back(static_cast<int32_t>(v));
+        if (vertices_[v].severalBones) ++model_.notes.lightVertices;
+    }
+    for (auto& [bone, vertices] : verticesOf) held[{layer(), bone}].emplace_back(nodeId(node_), std::move(vertices));
+    if (!detail_ && boneAbove(model_, node_) != kNoNode) ++model_.notes.stillCollisions;
+    return std::move(result_);
+}
+
+}  // namespace
+
+Polyhedron convertMeshes(Model& model, int32_t node, BoneVertices& held) {
+    Joiner joiner(model, node);
+    const aiNode& source = *model.nodes[static_cast<size_t>(node)].source;
+    for (unsigned m = 0; m < source.mNumMeshes && model.error.empty(); ++m) joiner.add(source.mMeshes[m]);
+    return joiner.finish(held);
+}
+
+}  // namespace marrowfen::standin

@@ -1,0 +1,393 @@
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+#include "host/tsxapi.h"
+#include "standin/import/model.h"
+
+// Which nodes become bones, and in which pose they stand.
+//
+// Bones are the nodes that a skin names, what connects them, what hangs below them without a mesh (hand tips, eyes),
+// and nodes whose animation moves a mesh as a whole: that mesh's vertices then hang on the node.
+//
+// The scene shows the bind pose: skinned vertices stand where they were bound, and the bones with them, so that the
+// exporter's default pose is undeformed. A skin only says where its bones were relative to the mesh (the offset
+// matrix); where the mesh stood, is chosen by the rest pose if that fits, since then the model looks in the scene as it
+// does elsewhere, and by the mesh's node otherwise.
+
+namespace marrowfen::standin {
+
+namespace {
+
+// Two placements of a mesh are the same when they differ by less than this part of its size.
+constexpr double kSamePlace = 1e-3;
+constexpr std::string_view kGltfReader = "glTF2 Importer";
+
+struct Joint {
+    int32_t node = kNoNode;
+    Matrix offset;  // bone-from-mesh when it was bound
+    Matrix meshFromBone;
+};
+
+// Corners of a mesh's box, to measure by how much two placements of the mesh differ.
+using Corners = std::array<Vector, 8>;
+
+ModelNode& nodeAt(Model& model, int32_t index) { return model.nodes[static_cast<size_t>(index)]; }
+
+int32_t findNode(const Model& model, const aiString& name) {
+    const auto found = model.nodeByName.find(name.C_Str());
+    return found == model.nodeByName.end() ? kNoNode : found->second;
+}
+
+// Calls act(node, mesh number) for every mesh that hangs in the hierarchy.
+void eachMesh(const Model& model, const std::function<void(int32_t, unsigned)>& act) {
+    for (size_t n = 0; n < model.nodes.size(); ++n) {
+        const aiNode& source = *model.nodes[n].source;
+        for (unsigned m = 0; m < source.mNumMeshes; ++m) act(static_cast<int32_t>(n), source.mMeshes[m]);
+    }
+}
+
+int32_t levelOf(const Model& model, int32_t node) {
+    int32_t level = 0;
+    for (; node != kNoNode; node = model.nodes[static_cast<size_t>(node)].parent) ++level;
+    return level;
+}
+
+int32_t commonAncestor(const Model& model, int32_t a, int32_t b) {
+    int32_t levelA = levelOf(model, a), levelB = levelOf(model, b);
+    while (a != b) {
+        int32_t& lower = levelA >= levelB ? a : b;
+        int32_t& level = levelA >= levelB ? levelA : levelB;
+        lower = model.nodes[static_cast<size_t>(lower)].parent;
+        --level;
+    }
+    return a;
+}
+
+// The bones that a mesh names, and what connects them up to their common ancestor. The root of the whole file connects
+// everything and means nothing.
+void markSkin(Model& model, const aiMesh& mesh) {
+    std::vector<int32_t> named;
+    for (unsigned b = 0; b < mesh.mNumBones; ++b) {
+        const int32_t node = findNode(model, mesh.mBones[b]->mName);
+        if (node == kNoNode) {
+            ++model.notes.lostBones;
+        } else {
+            named.push_back(node);
+        }
+    }
+    if (named.empty()) return;
+    int32_t top = named[0];
+    for (const int32_t node : named) top = commonAncestor(model, top, node);
+    for (const int32_t node : named) nodeAt(model, node).skinned = true;
+    if (top == 0) return;
+    for (int32_t node : named) {
+        for (; node != top; node = nodeAt(model, node).parent) nodeAt(model, node).skinned = true;
+    }
+    nodeAt(model, top).skinned = true;
+}
+
+// Fills what lies between two marked nodes, and what hangs below one without meshes or a role of its own.
+void markBetweenAndBelow(Model& model) {
+    std::vector<bool> holdsMeshes(model.nodes.size()), holdsBones(model.nodes.size()), belowBone(model.nodes.size());
+    for (size_t i = model.nodes.size(); i-- > 0;) {
+        const ModelNode& node = model.nodes[i];
+        if (node.source->mNumMeshes > 0) holdsMeshes[i] = true;
+        if (node.skinned) holdsBones[i] = true;
+        if (node.parent == kNoNode) continue;
+        const auto parent = static_cast<size_t>(node.parent);
+        if (holdsMeshes[i]) holdsMeshes[parent] = true;
+        if (holdsBones[i]) holdsBones[parent] = true;
+    }
+    for (size_t i = 0; i < model.nodes.size(); ++i) {
+        ModelNode& node = model.nodes[i];
+        if (node.parent == kNoNode) continue;
+        const auto parent = static_cast<size_t>(node.parent);
+        belowBone[i] = (belowBone[parent] || model.nodes[parent].skinned) && !beginsWithRole(node.name);
+        if (belowBone[i] && (holdsBones[i] || !holdsMeshes[i])) node.skinned = true;
+    }
+}
+
+Corners cornersOf(const aiMesh& mesh) {
+    Vector low(mesh.mVertices[0]), high = low;
+    for (unsigned v = 1; v < mesh.mNumVertices; ++v) {
+        const Vector at(mesh.mVertices[v]);
+        low = {std::min(low.x, at.x), std::min(low.y, at.y), std::min(low.z, at.z)};
+        high = {std::max(high.x, at.x), std::max(high.y, at.y), std::max(high.z, at.z)};
+    }
+    Corners corners;
+    for (unsigned c = 0; c < 8; ++c) {
+        corners[c] = {(c & 1) != 0 ? high.x : low.x, (c & 2) != 0 ? high.y : low.y, (c & 4) != 0 ? high.z : low.z};
+    }
+    return corners;
+}
+
+bool isSamePlace(const Corners& corners, const Matrix& a, const Matrix& b) {
+    const double size =
+        std::max((a * corners[7] - a * corners[0]).Length(), (b * corners[7] - b * corners[0]).Length());
+    return std::all_of(corners.begin(), corners.end(),
+                       [&](const Vector& corner) { return (a * corner - b * corner).Length() <= kSamePlace * size; });
+}
+
+bool isSameSize(const Corners& corners, const Matrix& a, const Matrix& b) {
+    const double sizeA = (a * corners[7] - a * corners[0]).Length();
+    const double sizeB = (b * corners[7] - b * corners[0]).Length();
+    return std::fabs(sizeA - sizeB) <= 0.01 * std::max(sizeA, sizeB);
+}
+
+std::vector<Joint> jointsOf(const Model& model, const aiMesh& mesh) {
+    std::vector<Joint> joints;
+    for (unsigned b = 0; b < mesh.mNumBones; ++b) {
+        Joint joint{findNode(model, mesh.mBones[b]->mName), Matrix(mesh.mBones[b]->mOffsetMatrix), {}};
+        const std::optional<Matrix> inverse = inverseOf(joint.offset);
+        if (joint.node == kNoNode || !inverse) continue;
+        joint.meshFromBone = *inverse;
+        joints.push_back(joint);
+    }
+    return joints;
+}
+
+// Scene-from-mesh of a skinned mesh in its bind pose.
+Matrix bindPlace(const Model& model, int32_t node, const std::vector<Joint>& joints, const Corners& corners) {
+    // A bone that another mesh has bound already says where this one stood.
+    for (const Joint& joint : joints) {
+        const ModelNode& bone = model.nodes[static_cast<size_t>(joint.node)];
+        if (bone.bound) return bone.bind * joint.offset;
+    }
+    const Matrix& meshPlace = model.nodes[static_cast<size_t>(node)].world;
+    const auto restPlace = [&](const Joint& joint) {
+        return model.nodes[static_cast<size_t>(joint.node)].world * joint.offset;
+    };
+    const auto restFits = [&](const Matrix& place) {
+        return std::all_of(joints.begin(), joints.end(),
+                           [&](const Joint& joint) { return isSamePlace(corners, restPlace(joint), place); });
+    };
+    const Matrix first = restPlace(joints[0]);
+    if (restFits(meshPlace)) return meshPlace;
+    // What a single bone says always fits itself; glTF gives a skinned mesh's own node no say.
+    if ((joints.size() > 1 || model.format == kGltfReader) && restFits(first)) return first;
+    // The model rests in another pose than the one it was bound in.
+    return isSameSize(corners, meshPlace, first) ? meshPlace : first;
+}
+
+void bindMesh(Model& model, int32_t node, unsigned meshIndex) {
+    const aiMesh& mesh = *model.source->mMeshes[meshIndex];
+    const std::vector<Joint> joints = jointsOf(model, mesh);
+    if (joints.empty() || mesh.mNumVertices == 0) return;
+    const Corners corners = cornersOf(mesh);
+    const Matrix place = bindPlace(model, node, joints, corners);
+    if (!isFinite(place)) return;
+    model.skinPlaces.emplace(std::make_pair(node, meshIndex), place);
+    for (const Joint& joint : joints) {
+        ModelNode& bone = nodeAt(model, joint.node);
+        if (!bone.bound) {
+            bone.bind = place * joint.meshFromBone;
+            bone.bound = true;
+        } else if (!isSamePlace(corners, bone.bind * joint.offset, place)) {
+            ++model.notes.bindConflicts;
+        }
+    }
+}
+
+// Moves a node's rest pose along with a bone that was bound elsewhere than it rests.
+std::optional<Matrix> bindBeside(const ModelNode& bone, const ModelNode& node) {
+    const std::optional<Matrix> boneFromScene = inverseOf(bone.world);
+    if (!boneFromScene) return std::nullopt;
+    return bone.bind * (*boneFromScene * node.world);
+}
+
+int32_t parentBone(const Model& model, int32_t node) {
+    return boneAbove(model, model.nodes[static_cast<size_t>(node)].parent);
+}
+
+// Bones that no skin has bound take their pose from one that is, below or above; the rest stay as they stand.
+void bindOtherBones(Model& model) {
+    std::vector<bool> known(model.nodes.size());
+    for (size_t i = model.nodes.size(); i-- > 0;) {
+        const ModelNode& node = model.nodes[i];
+        known[i] = known[i] || node.bound;
+        const int32_t above = node.bone && known[i] ? parentBone(model, static_cast<int32_t>(i)) : kNoNode;
+        if (above == kNoNode || nodeAt(model, above).bound) continue;
+        if (const auto bind = bindBeside(node, nodeAt(model, above))) {
+            nodeAt(model, above).bind = *bind;
+            known[static_cast<size_t>(above)] = true;
+        }
+    }
+    for (size_t i = 0; i < model.nodes.size(); ++i) {
+        ModelNode& node = model.nodes[i];
+        if (!node.bone || known[i]) continue;
+        const int32_t above = parentBone(model, static_cast<int32_t>(i));
+        if (above == kNoNode || !known[static_cast<size_t>(above)]) continue;
+        if (const auto bind = bindBeside(nodeAt(model, above), node)) node.bind = *bind;
+        known[i] = true;
+    }
+}
+
+bool isSkinned(const Model& model, unsigned mesh) {
+    const aiMesh& source = *model.source->mMeshes[mesh];
+    for (unsigned b = 0; b < source.mNumBones; ++b) {
+        if (findNode(model, source.mBones[b]->mName) != kNoNode) return true;
+    }
+    return false;
+}
+
+// Nodes whose movement shows: they hold bones, or visible meshes that no skin moves.
+std::vector<bool> nodesThatCarry(const Model& model) {
+    std::vector<bool> carries(model.nodes.size());
+    eachMesh(model, [&](int32_t node, unsigned mesh) {
+        if (!isSkinned(model, mesh) && isDetailLayer(model, model.nodes[static_cast<size_t>(node)].layer)) {
+            carries[static_cast<size_t>(node)] = true;
+        }
+    });
+    for (size_t i = model.nodes.size(); i-- > 0;) {
+        const ModelNode& node = model.nodes[i];
+        if (node.bone) carries[i] = true;
+        if (carries[i] && node.parent != kNoNode) carries[static_cast<size_t>(node.parent)] = true;
+    }
+    return carries;
+}
+
+// The node that a helper of the FBX reader belongs to: the first real one below.
+int32_t realNode(const Model& model, int32_t node) {
+    const auto count = static_cast<int32_t>(model.nodes.size());
+    while (node < count && model.nodes[static_cast<size_t>(node)].helper) ++node;
+    return node < count ? node : kNoNode;
+}
+
+}  // namespace
+
+// Of Half-Life models the reader makes all bones siblings, with poses that are meant relative to parents.
+bool losesSkeleton(const Model& model) {
+    return model.format == "Quake Mesh / 3D GameStudio Mesh Importer" && model.nodes[0].name == "<MDL_root>";
+}
+
+int32_t boneAbove(const Model& model, int32_t node) {
+    while (node != kNoNode && !model.nodes[static_cast<size_t>(node)].bone) {
+        node = model.nodes[static_cast<size_t>(node)].parent;
+    }
+    return node;
+}
+
+Matrix sceneFromMesh(const Model& model, int32_t node, unsigned mesh) {
+    const auto skin = model.skinPlaces.find({node, mesh});
+    if (skin != model.skinPlaces.end()) return skin->second;
+    const ModelNode& source = model.nodes[static_cast<size_t>(node)];
+    const int32_t above = boneAbove(model, node);
+    if (above == kNoNode) return source.world;
+    const ModelNode& bone = model.nodes[static_cast<size_t>(above)];
+    if (bone.bind == bone.world) return source.world;
+    return bindBeside(bone, source).value_or(source.world);
+}
+
+void findSkinBones(Model& model) {
+    if (losesSkeleton(model)) return;
+    eachMesh(model, [&](int32_t, unsigned mesh) { markSkin(model, *model.source->mMeshes[mesh]); });
+    markBetweenAndBelow(model);
+    for (ModelNode& node : model.nodes) {
+        node.skinned = node.skinned && !node.helper;
+        node.bone = node.skinned;
+    }
+    eachMesh(model, [&](int32_t node, unsigned mesh) { bindMesh(model, node, mesh); });
+}
+
+void findMovingBones(Model& model) {
+    if (losesSkeleton(model)) return;
+    const std::vector<bool> carries = nodesThatCarry(model);
+    for (unsigned a = 0; a < model.source->mNumAnimations; ++a) {
+        const aiAnimation& animation = *model.source->mAnimations[a];
+        for (unsigned c = 0; c < animation.mNumChannels; ++c) {
+            const int32_t node = findNode(model, animation.mChannels[c]->mNodeName);
+            if (node == kNoNode || !isMoving(nodeAt(model, node), *animation.mChannels[c])) continue;
+            const int32_t moved = realNode(model, node);
+            if (moved != kNoNode && carries[static_cast<size_t>(moved)]) nodeAt(model, moved).bone = true;
+        }
+    }
+    bindOtherBones(model);
+}
+
+namespace {
+
+struct Skeleton {
+    int16_t layer = kNoLayer;
+    std::vector<int32_t> bones;  // parents before children
+};
+
+Node newBone(const Model& model, int32_t index, const Skeleton& skeleton, bool isCopy, const BoneVertices& held) {
+    const ModelNode& source = model.nodes[static_cast<size_t>(index)];
+    const Matrix pose = rigidPose(source.bind);
+    Node bone;
+    bone.type = TsxBone;
+    bone.name = source.name + (isCopy ? "_" + std::to_string(skeleton.layer) : "");
+    bone.id = boneId(index, skeleton.layer);
+    bone.layer = skeleton.layer;
+    bone.location = locationOf(pose);
+    bone.transform = toTransform(pose);
+    const auto vertices = held.find({skeleton.layer, index});
+    if (vertices == held.end()) return bone;
+    // A joint's tendon binds its vertices to the bone that the joint is in.
+    Node joint;
+    joint.type = TsxJoint;
+    joint.name = bone.name + " skin";
+    joint.id = *bone.id + " skin";
+    joint.layer = skeleton.layer;
+    joint.location = bone.location;
+    joint.tendon = vertices->second;
+    bone.children.push_back(std::move(joint));
+    return bone;
+}
+
+Node newSkeleton(const Model& model, const Skeleton& skeleton, bool isCopy, const BoneVertices& held) {
+    Node result;
+    result.type = TsxSkeleton;
+    result.name = "Skeleton";
+    result.id = "skeleton on layer " + std::to_string(skeleton.layer);
+    result.layer = skeleton.layer;
+    // Backwards, so that a bone is whole when it goes into its parent.
+    std::map<int32_t, std::vector<Node>> childrenOf;
+    for (auto index = skeleton.bones.rbegin(); index != skeleton.bones.rend(); ++index) {
+        Node bone = newBone(model, *index, skeleton, isCopy, held);
+        std::vector<Node>& children = childrenOf[*index];
+        std::move(children.rbegin(), children.rend(), std::back_inserter(bone.children));
+        childrenOf[parentBone(model, *index)].push_back(std::move(bone));
+        childrenOf.erase(*index);
+    }
+    std::vector<Node>& top = childrenOf[kNoNode];
+    std::move(top.rbegin(), top.rend(), std::back_inserter(result.children));
+    return result;
+}
+
+// The first layer with bound vertices has all bones. Others, since the exporter binds a layer's vertices to bones of
+// skeletons on that very layer only, have copies of the bones they need, under names of their own.
+std::vector<Skeleton> skeletonsOf(const Model& model, const BoneVertices& held) {
+    std::map<int16_t, std::vector<bool>> needed;
+    for (const auto& [place, vertices] : held) {
+        std::vector<bool>& bones = needed[place.first];
+        bones.resize(model.nodes.size());
+        for (int32_t bone = place.second; bone != kNoNode; bone = parentBone(model, bone)) {
+            bones[static_cast<size_t>(bone)] = true;
+        }
+    }
+    std::vector<Skeleton> skeletons;
+    for (const auto& [layer, bones] : needed) {
+        Skeleton skeleton;
+        skeleton.layer = layer;
+        for (size_t i = 0; i < model.nodes.size(); ++i) {
+            const bool wanted = skeletons.empty() ? model.nodes[i].bone : bones[i];
+            if (wanted) skeleton.bones.push_back(static_cast<int32_t>(i));
+        }
+        skeletons.push_back(std::move(skeleton));
+    }
+    return skeletons;
+}
+
+}  // namespace
+
+void addSkeletons(Model& model, const BoneVertices& held) {
+    for (const Skeleton& skeleton : skeletonsOf(model, held)) {
+        const bool isCopy = !model.boneIds.empty() && skeleton.layer != held.begin()->first.first;
+        model.scene.nodes.push_back(newSkeleton(model, skeleton, isCopy, held));
+        for (const int32_t bone : skeleton.bones) model.boneIds[bone].push_back(boneId(bone, skeleton.layer));
+    }
+}
+
+}  // namespace marrowfen::standin

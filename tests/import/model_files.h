@@ -1,0 +1,86 @@
+#pragma once
+
+// Small models, written by the tests themselves.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "standin/import/model_import.h"
+
+namespace marrowfen::standin {
+
+// A folder of its own for a test, removed at its end.
+class ModelFolder {
+public:
+    ModelFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "marrowfen-models-XXXXXX").string();
+        path_ = mkdtemp(name.data());
+    }
+    ~ModelFolder() { std::filesystem::remove_all(path_); }
+    ModelFolder(const ModelFolder&) = delete;
+    ModelFolder& operator=(const ModelFolder&) = delete;
+
+    std::string write(const std::string& name, const std::string& content) const {
+        std::ofstream(path_ / name, std::ios::binary) << content;
+        return (path_ / name).string();
+    }
+    std::string pathOf(const std::string& name) const { return (path_ / name).string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+// A glTF file with its numbers inside. json is free to be added to; the lists return accessor numbers.
+struct Gltf {
+    nlohmann::json json = {{"asset", {{"version", "2.0"}}}, {"scene", 0}};
+    std::string bytes;
+
+    template <typename T>
+    int list(const std::vector<T>& values, const char* type, int componentType, size_t perElement) {
+        while (bytes.size() % 4 != 0) bytes += '\0';
+        const size_t size = values.size() * sizeof(T);
+        json["bufferViews"].push_back({{"buffer", 0}, {"byteOffset", bytes.size()}, {"byteLength", size}});
+        bytes.append(reinterpret_cast<const char*>(values.data()), size);
+        nlohmann::json accessor = {{"bufferView", json["bufferViews"].size() - 1},
+                                   {"componentType", componentType},
+                                   {"count", values.size() / perElement},
+                                   {"type", type}};
+        // Assimp takes the time range of animations from here.
+        if constexpr (std::is_same_v<T, float>) {
+            if (perElement == 1) accessor["min"] = {values.front()}, accessor["max"] = {values.back()};
+        }
+        json["accessors"].push_back(accessor);
+        return static_cast<int>(json["accessors"].size()) - 1;
+    }
+    int scalars(const std::vector<float>& values) { return list(values, "SCALAR", 5126, 1); }
+    int points(const std::vector<float>& values) { return list(values, "VEC3", 5126, 3); }
+    int fours(const std::vector<float>& values) { return list(values, "VEC4", 5126, 4); }
+    int matrices(const std::vector<float>& values) { return list(values, "MAT4", 5126, 16); }
+    int bytesOfFour(const std::vector<uint8_t>& values) { return list(values, "VEC4", 5121, 4); }
+
+    // An animation's track.
+    void animate(nlohmann::json& animation, int node, const char* path, int times, int values) {
+        animation["samplers"].push_back({{"input", times}, {"output", values}});
+        animation["channels"].push_back(
+            {{"sampler", animation["samplers"].size() - 1}, {"target", {{"node", node}, {"path", path}}}});
+    }
+
+    std::string text() {
+        static const char* kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        while (bytes.size() % 3 != 0) bytes += '\0';
+        std::string coded;
+        for (size_t i = 0; i < bytes.size(); i += 3) {
+            const auto byte = [&](size_t k) { return static_cast<unsigned>(static_cast<unsigned char>(bytes[i + k])); };
+            const unsigned word = byte(0) << 16 | byte(1) << 8 | byte(2);
+            for (int shift = 18; shift >= 0; shift -= 6) coded += kDigits[word >> shift & 63];
+        }
+        json["buffers"] = {{{"byteLength", bytes.size()}, {"uri", "data:application/octet-stream;base64," + coded}}};
+        return json.dump();
+    }
+};
+
+}  // namespace marrowfen::standin

@@ -1,0 +1,234 @@
+#include "standin/import/model_import.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+
+#include "standin/host/scene_file.h"
+#include "tests/import/model_files.h"
+
+namespace marrowfen::standin {
+namespace {
+
+Vec3 minus(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+Vec3 cross(const Vec3& a, const Vec3& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+float dot(const Vec3& a, const Vec3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+
+// A box of Y-up files from (0, 0, 0) to (1, 2, 3), with split corners: every face has vertices of its own.
+std::string boxObj(const std::string& head = "o box\n") {
+    std::string text = head;
+    const char* quads[] = {"0 0 3  1 0 3  1 2 3  0 2 3", "1 0 0  0 0 0  0 2 0  1 2 0", "1 0 3  1 0 0  1 2 0  1 2 3",
+                           "0 0 0  0 0 3  0 2 3  0 2 0", "0 2 3  1 2 3  1 2 0  0 2 0", "0 0 0  1 0 0  1 0 3  0 0 3"};
+    const char* normals[] = {"0 0 1", "0 0 -1", "1 0 0", "-1 0 0", "0 1 0", "0 -1 0"};
+    text += "vt 0 0\nvt 1 0\nvt 1 0.25\nvt 0 0.25\n";
+    for (const char* normal : normals) text += std::string("vn ") + normal + "\n";
+    for (int q = 0; q < 6; ++q) {
+        std::istringstream numbers(quads[q]);
+        std::string x, y, z, face = "f";
+        for (int c = 1; numbers >> x >> y >> z; ++c) {
+            text += "v " + x + " " + y + " " + z + "\n";
+            face += " " + std::to_string(q * 4 + c) + "/" + std::to_string(c) + "/" + std::to_string(q + 1);
+        }
+        text += face + "\n";
+    }
+    return text;
+}
+
+Scene importScene(const std::string& path, const ImportOptions& options = {}) {
+    LoadResult result = importModel(path, options);
+    EXPECT_EQ(result.error, "");
+    if (!result.scene) return {};
+    // Whatever an import gives, a scene file can say, to the last bit.
+    EXPECT_EQ(parseScene(sceneText(*result.scene), path).scene, result.scene);
+    return *result.scene;
+}
+
+Scene importText(const std::string& name, const std::string& text, const ImportOptions& options = {}) {
+    const ModelFolder folder;
+    return importScene(folder.write(name, text), options);
+}
+
+// Faces clockwise seen from outside the box, and normals pointing inward at every corner.
+void expectLooksOutward(const Polyhedron& box, const Vec3& middle) {
+    ASSERT_TRUE(box.normals.has_value());
+    for (const Face& face : box.faces) {
+        const auto at = [&](size_t c) { return box.vertices[static_cast<size_t>(face.corners[c].vertex)]; };
+        const Vec3 outward = cross(minus(at(2), at(0)), minus(at(1), at(0)));
+        EXPECT_GT(dot(outward, minus(at(0), middle)), 0);
+        for (const Corner& corner : face.corners) {
+            EXPECT_LT(dot(outward, (*box.normals)[static_cast<size_t>(corner.vertex)]), 0);
+        }
+    }
+}
+
+TEST(ModelImport, YUpBoxIsTurnedJoinedAndFacesOutward) {
+    const Scene scene = importText("a.obj", boxObj());
+    ASSERT_EQ(scene.nodes.size(), 1U);
+    EXPECT_EQ(scene.nodes[0].name, "box");
+    const Polyhedron& box = scene.nodes[0].polyhedron;
+    EXPECT_EQ(box.vertices.size(), 8U);
+    EXPECT_EQ(box.faces.size(), 12U);
+    for (const Vec3& v : box.vertices) {
+        EXPECT_TRUE((v[0] == 0 || v[0] == 1) && (v[1] == 0 || v[1] == -3) && (v[2] == 0 || v[2] == 2));
+    }
+    expectLooksOutward(box, {0.5F, -1.5F, 1});
+    // A joined corner has the mean of its three faces' normals.
+    for (const Vec3& n : *box.normals) EXPECT_NEAR(std::fabs(n[0]), 1 / std::sqrt(3.0F), 1e-6F);
+    // v upward, as the file has it, each value once.
+    EXPECT_EQ(box.uvs.size(), 4U);
+    for (const Vec2& uv : box.uvs) EXPECT_TRUE(uv[1] == 0 || uv[1] == 0.25F);
+    EXPECT_EQ(scene.layers, (std::vector<std::optional<std::string>>{std::nullopt, "Detail:size=1"}));
+}
+
+TEST(ModelImport, ScaleMirrorAndMissingNormals) {
+    ImportOptions options;
+    options.scale = 0.5F;
+    const Scene half = importText("a.obj", boxObj(), options);
+    expectLooksOutward(half.nodes[0].polyhedron, {0.25F, -0.75F, 0.5F});
+    float top = 0;
+    for (const Vec3& v : half.nodes[0].polyhedron.vertices) top = std::max(top, v[2]);
+    EXPECT_EQ(top, 1);
+
+    // Winding follows a mirrored node, here by a quarter tetrahedron without normals.
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+    gltf.json["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", points}}}}}}}};
+    gltf.json["nodes"] = {{{"name", "plain"}, {"mesh", 0}}, {{"name", "mirrored"}, {"mesh", 0}, {"scale", {-1, 1, 1}}}};
+    gltf.json["scenes"] = {{{"nodes", {0, 1}}}};
+    const Scene pair = importText("a.gltf", gltf.text());
+    ASSERT_EQ(pair.nodes.size(), 2U);
+    for (const Node& node : pair.nodes) {
+        EXPECT_FALSE(node.polyhedron.normals.has_value());
+        const std::vector<Vec3>& v = node.polyhedron.vertices;
+        const std::vector<Corner>& c = node.polyhedron.faces[0].corners;
+        const auto at = [&](size_t k) { return v[static_cast<size_t>(c[k].vertex)]; };
+        // The front of the triangle looks up in the file, and so do both here.
+        EXPECT_GT(cross(minus(at(2), at(0)), minus(at(1), at(0)))[2], 0) << node.name;
+    }
+}
+
+TEST(ModelImport, FormatsThatAreZUpStay) {
+    const std::string stl =
+        "solid tower\nfacet normal 0 0 1\nouter loop\nvertex 0 0 5\nvertex 1 0 5\nvertex 0 1 5\nendloop\nendfacet\n"
+        "endsolid tower\n";
+    const Scene scene = importText("a.stl", stl);
+    ASSERT_EQ(scene.nodes.size(), 1U);
+    EXPECT_EQ(scene.nodes[0].name, "tower");
+    for (const Vec3& v : scene.nodes[0].polyhedron.vertices) EXPECT_EQ(v[2], 5);
+}
+
+TEST(ModelImport, BacksOfASheetStayApart) {
+    const std::string sheet =
+        "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nvn 0 0 -1\nf 1//1 2//1 3//1\nf 1//2 3//2 2//2\nl 1 2\nf 1//1 1//1 2//1\n";
+    const ModelFolder folder;
+    const LoadResult result = importModel(folder.write("a.obj", sheet), {});
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    EXPECT_EQ(result.scene->nodes.front().polyhedron.vertices.size(), 6U);
+    EXPECT_EQ(result.warnings, (std::vector<std::string>{"1 triangle with two corners at one place is dropped",
+                                                         "1 line or point is dropped"}));
+}
+
+TEST(ModelImport, NamesMakeLayersAndMarkers) {
+    // 0 Hull; 1 Collision:box with 2 skin; 3 Nodes with marker 4 (turned a quarter about the model's up axis) and 5
+    // below it; 6 far:size=10 with 7; 8 bounds without anything.
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+    const float r = std::sqrt(0.5F);
+    gltf.json["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", points}}}}}}}};
+    gltf.json["nodes"] = {{{"name", "Hull"}, {"mesh", 0}},
+                          {{"name", "Collision:box"}, {"children", {2}}},
+                          {{"name", "skin"}, {"mesh", 0}},
+                          {{"name", "Nodes"}, {"children", {4}}},
+                          {{"name", "eye"}, {"translation", {1, 2, 3}}, {"rotation", {0, r, 0, r}}, {"children", {5}}},
+                          {{"name", "tip"}, {"translation", {1, 0, 0}}},
+                          {{"name", "far:size=10"}, {"children", {7}}},
+                          {{"name", "low"}, {"mesh", 0}},
+                          {{"name", "bounds:no_mipmap"}}};
+    gltf.json["scenes"] = {{{"nodes", {0, 1, 3, 6, 8}}}};
+    const Scene scene = importText("a.gltf", gltf.text());
+    EXPECT_EQ(scene.layers, (std::vector<std::optional<std::string>>{std::nullopt, "Detail:size=1", "Collision:box",
+                                                                     "Nodes", "far:size=10", "bounds:no_mipmap"}));
+    ASSERT_EQ(scene.nodes.size(), 4U);
+    EXPECT_EQ(scene.nodes[0].layer, 1);
+    EXPECT_EQ(scene.nodes[1].children[0].layer, 2);
+    const Node& eye = scene.nodes[2].children[0];
+    EXPECT_EQ(eye.type, 201);
+    EXPECT_EQ(eye.layer, 3);
+    EXPECT_EQ(eye.location, (Vec3{1, -3, 2}));
+    // A quarter turn anticlockwise about Z, which the host writes as Rz(-az).
+    EXPECT_NEAR(eye.rotation[2], -std::acos(0.0F), 1e-6F);
+    ASSERT_EQ(eye.children.size(), 1U);
+    EXPECT_NEAR(eye.children[0].location[1], -2, 1e-6F);
+    EXPECT_EQ(scene.nodes[3].children[0].layer, 4);
+}
+
+TEST(ModelImport, Materials) {
+    const ModelFolder folder;
+    folder.write("wood.grain.png", "not looked at");
+    folder.write("a.mtl",
+                 "newmtl board\nKd 1 0.5 0\nmap_Kd textures\\wood.grain.png\n"
+                 "newmtl glass.001\nd 0.5\nNs 500\nnewmtl lamp\nKe 0 0.75 0\nmap_Kd gone.png\nnewmtl unused\n");
+    const std::string model = folder.write("a.obj",
+                                           "mtllib a.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nusemtl board\nf 1 2 3\n"
+                                           "usemtl glass.001\nf 1 2 4\nusemtl lamp\nf 2 3 4\n");
+    const LoadResult result = importModel(model, {});
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    std::map<std::string, Material> found(result.scene->materials.begin(), result.scene->materials.end());
+    ASSERT_EQ(found.size(), 3U);
+    EXPECT_EQ(found["board"].texture, "wood.grain.png");
+    EXPECT_EQ(found["board"].color, (std::array<uint8_t, 4>{255, 128, 0, 255}));
+    EXPECT_FALSE(found["board"].shader.has_value());
+    // The last full stop is where the exporter cuts a name.
+    EXPECT_EQ(found["glass.001"].texture, "glass.001.");
+    EXPECT_EQ(found["glass.001"].color[3], 128);
+    ASSERT_TRUE(found["lamp"].shader.has_value());
+    EXPECT_EQ(found["lamp"].shader->name, "c_envr_map");
+    EXPECT_EQ(found["lamp"].shader->parameters, (std::vector<ShaderParameter>{{"ambient factor", 7, 0.75F}}));
+    EXPECT_EQ(result.warnings, (std::vector<std::string>{"1 texture isn't found beside the model: gone.png"}));
+}
+
+TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
+    const std::string triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    const std::string plyHead = "ply\nformat ascii 1.0\nelement vertex ";
+    const std::string plyBody = "\nproperty float x\nproperty float y\nproperty float z\n";
+    const std::string plyFaces = "element face 1\nproperty list uchar int vertex_indices\nend_header\n";
+    Gltf missing;
+    missing.json["buffers"] = {{{"byteLength", 36}, {"uri", "gone.bin"}}};
+    const struct {
+        const char* name;
+        std::string content;
+        const char* says;
+    } kCases[] = {
+        {"empty.obj", "", ""},
+        {"text.xyz", "hello", "No suitable reader"},
+        {"points.obj", triangle + "p 1 2 3\n", "no triangles"},
+        {"range.obj", triangle + "f 1 2 9\n", ""},
+        {"nan.ply", plyHead + "3" + plyBody + plyFaces + "0 0 0\n1 0 nan\n0 1 0\n3 0 1 2\n", "isn't finite"},
+        {"range.ply", plyHead + "3" + plyBody + plyFaces + "0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n", ""},
+        {"huge.off", "OFF\n4000000000 4000000000 0\n0 0 0\n", ""},
+        {"cut.glb", std::string("glTF\2\0\0\0\xFF\0\0\0", 12), ""},
+        {"missing.gltf", missing.json.dump(), ""},
+        {"cut.cob", "Caligari V00.01ALH\nGrou V0.01 Id 1 Parent 0 Size 99\nName", ""},
+        {"cut.ply", plyHead + "99999999" + plyBody + plyFaces + "0 0 0\n", ""},
+        {"deep.ply", plyHead + "1\nproperty list uchar", ""},
+    };
+    const ModelFolder folder;
+    ImportOptions options;
+    options.cpuSeconds = 2;
+    for (const auto& entry : kCases) {
+        const std::string path = folder.write(entry.name, entry.content);
+        const LoadResult result = importModel(path, options);
+        EXPECT_FALSE(result.scene.has_value()) << entry.name;
+        EXPECT_EQ(result.error.rfind(path + ": ", 0), 0U) << result.error;
+        EXPECT_EQ(result.error.find('\n'), std::string::npos) << result.error;
+        EXPECT_NE(result.error.find(entry.says), std::string::npos) << result.error;
+    }
+    EXPECT_EQ(importModel("/nowhere/a.obj", {}).error, "/nowhere/a.obj: No such file or directory");
+    EXPECT_EQ(importModel("/tmp", {}).error, "/tmp: is a folder");
+}
+
+}  // namespace
+}  // namespace marrowfen::standin
