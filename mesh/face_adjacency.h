@@ -1,18 +1,13 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
 
+#include "mesh/corners.h"
+
 namespace marrowfen {
-
-using Corners = std::array<uint32_t, 3>;  // vertex numbers of a face in winding order
-
-inline bool hasCorner(const Corners& face, uint32_t vertex) {
-    return ((face[0] == vertex) | (face[1] == vertex) | (face[2] == vertex)) != 0;  // without branches
-}
 
 // Which faces are adjacent: one has an edge of the other the other way round, and not all corners of the lower-numbered
 // one are corners of the other. Memory and building time follow the number of faces, also where thousands of faces

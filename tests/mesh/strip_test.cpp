@@ -2,39 +2,20 @@
 
 #include <algorithm>
 
-#include "tests/plain/mesh_makers.h"
+#include "tests/mesh/varied_meshes.h"
 #include "tests/plain/plain_strip.h"
 
 namespace marrowfen {
 namespace {
 
+using makers::Face;
+using makers::listing;
+using makers::meshOf;
 using makers::Triangle;
+using makers::variedMeshes;
 
 constexpr uint32_t kTriangle = Primitive::Indexed;
 constexpr uint32_t kStrip = Primitive::Strip | Primitive::Indexed;
-
-struct Face {
-    Triangle corners;
-    uint32_t material = kTriangle;
-    int32_t sourcePoly = 0;
-};
-
-Mesh meshOf(const std::vector<Face>& faces) {
-    Mesh mesh;
-    for (const Face& f : faces) makers::addTriangle(mesh, f.corners, f.material, f.sourcePoly);
-    return mesh;
-}
-
-std::string listing(const Mesh& mesh) {
-    std::string text = mesh.error() + "\n";
-    for (const Primitive& p : mesh.primitives) {
-        text += std::to_string(p.firstElement) + "+" + std::to_string(p.numElements) + " material " +
-                std::to_string(p.material) + " poly " + std::to_string(p.sourcePoly) + ":";
-        for (uint32_t i = 0; i < p.numElements; ++i) text += " " + std::to_string(mesh.indices.at(p.firstElement + i));
-        text += "\n";
-    }
-    return text + std::to_string(mesh.indices.size()) + " indices\n";
-}
 
 TEST(Strip, SmallMeshes) {
     struct Case {
@@ -121,29 +102,6 @@ TEST(Strip, DegenerateFaceThatCannotBeJoinedIsAnError) {
     groups.strip();
     EXPECT_EQ(listing(groups),
               "Assertion failed when stripping (5)\n0+3 material 1610612736 poly 1: 4 5 6\n3 indices\n");
-}
-
-// The meshes on which the fast methods are compared with the plain ones, a few hundred triangles each.
-std::vector<Mesh> variedMeshes(uint32_t seed) {
-    std::mt19937 random(seed);
-    const auto below = [&](uint32_t n) { return makers::pick(random, n); };
-    std::vector<Mesh> meshes;
-    meshes.push_back(makers::grid(2 + below(12), 2 + below(12)));
-    meshes.push_back(makers::torus(3 + below(12), 3 + below(12)));
-    meshes.push_back(makers::sphere(3 + below(60), 3 + below(4)));
-    meshes.push_back(makers::fan(1 + below(100), true));
-    meshes.push_back(makers::fan(1 + below(100), false));
-    meshes.push_back(makers::book(1 + below(80)));
-    meshes.push_back(makers::soup(1 + below(150), 3 + below(80), seed));
-    meshes.push_back(makers::soup(100, 3 + below(12), seed));
-    meshes.push_back(makers::soup(1 + below(60), 3 + below(120), seed, true));
-    const size_t regular = 6;
-    for (size_t i = 0; i < regular; ++i) {
-        meshes.push_back(makers::shuffled(meshes[i], seed));
-        meshes.push_back(makers::patched(meshes[i], 1 + below(60), seed));
-        meshes.push_back(makers::spoiled(makers::shuffled(meshes[i], seed), 2 + below(20), 2 + below(20)));
-    }
-    return meshes;
 }
 
 TEST(Strip, SameAsThePlainMethod) {

@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "tests/mesh/varied_meshes.h"
+#include "tests/plain/plain_decimate.h"
+
+namespace marrowfen {
+namespace {
+
+using makers::listing;
+using makers::Triangle;
+
+std::vector<Triangle> facesOf(const Mesh& mesh) {
+    std::vector<Triangle> faces;
+    for (const Primitive& p : mesh.primitives) {
+        const uint32_t* v = &mesh.indices[p.firstElement];
+        faces.push_back({v[0], v[1], v[2]});
+    }
+    return faces;
+}
+
+//   6 - 7 - 8
+//   | \ | \ |   flat; each quad has its lower left face first
+//   3 - 4 - 5
+//   | \ | \ |
+//   0 - 1 - 2
+TEST(Decimate, FlatGrid) {
+    const std::vector<Triangle> all{{0, 3, 1}, {1, 3, 4}, {1, 4, 2}, {2, 4, 5},
+                                    {3, 6, 4}, {4, 6, 7}, {4, 7, 5}, {5, 7, 8}};
+    // The inner vertex 4 costs nothing and goes onto 1, the first neighbour it met. Then corner 0 is the first of the
+    // border vertices with an edge of length 1 and goes onto 3, its first neighbour.
+    const std::vector<Triangle> withoutInner{{0, 3, 1}, {2, 1, 5}, {3, 6, 1}, {1, 6, 7}, {1, 7, 5}, {5, 7, 8}};
+    const std::vector<Triangle> withoutCorner{{2, 1, 5}, {3, 6, 1}, {1, 6, 7}, {1, 7, 5}, {5, 7, 8}};
+    const int32_t lowest = std::numeric_limits<int32_t>::min();
+    struct Case {
+        int32_t percent;
+        std::vector<Triangle> faces;
+    };
+    // Percentages that aren't sensible wrap around: 8 * -1 / 100 is 42949672, 8 * lowest / 100 is 0.
+    const Case cases[] = {{100, all},          {1000, all}, {99, withoutInner}, {75, withoutInner}, {74, withoutCorner},
+                          {63, withoutCorner}, {0, {}},     {-1, all},          {lowest, {}}};
+    for (const Case& c : cases) {
+        Mesh mesh = makers::grid(2, 2);
+        mesh.decimate(c.percent);
+        EXPECT_EQ(mesh.error(), "");
+        EXPECT_EQ(facesOf(mesh), c.faces) << "percent " << c.percent << "\n" << listing(mesh);
+        EXPECT_EQ(mesh.vertexes.size(), 9U);
+    }
+}
+
+TEST(Decimate, LoneVerticesGoFirstAndFacesKeepMaterialAndPolyhedron) {
+    Mesh mesh = makers::patched(makers::grid(3, 3), 2, 1);
+    mesh.vertexes.insert(mesh.vertexes.begin() + 16, 5, Point3{0, 0, 9});
+    const Mesh before = mesh;
+    mesh.decimate(95);  // 17 of 18 faces: only the first inner vertex goes after the lone ones
+    const Mesh& after = mesh;
+    ASSERT_EQ(after.primitives.size(), 16U);
+    // Vertex 5 went onto its neighbour 1, and so the faces 0-1-5 and 1-5-2 aren't there any more.
+    std::vector<Primitive> expected = before.primitives;
+    expected.erase(expected.begin() + 1, expected.begin() + 3);
+    for (size_t f = 0; f < expected.size(); ++f) {
+        EXPECT_EQ(after.primitives[f].material, expected[f].material) << f;
+        EXPECT_EQ(after.primitives[f].sourcePoly, expected[f].sourcePoly) << f;
+    }
+}
+
+TEST(Decimate, RefusedMeshesStayAsTheyAre) {
+    struct Case {
+        Primitive spoiled;
+        const char* error;
+    };
+    const char* const notTriangles = "Object must be made of triangles to decimate.";
+    const char* const outside = "A triangle to decimate lies outside the index or vertex list.";
+    const Case cases[] = {
+        {{3, 3, 0xFFFFFFFF, 0}, "Negative material index found while decimating, cannot continue"},
+        {{3, 3, Primitive::Strip | Primitive::Indexed, 0}, notTriangles},
+        {{3, 3, Primitive::Triangles, 0}, notTriangles},
+        {{3, 6, Primitive::Indexed, 0}, notTriangles},
+        {{5, 3, Primitive::Indexed, 0}, outside},
+        {{4, 3, Primitive::Indexed, 0}, outside},
+    };
+    for (const Case& c : cases) {
+        Mesh mesh = makers::fromTriangles({{0, 0, 0}, {0, 1, 0}, {1, 0, 0}}, {{0, 1, 2}, {2, 1, 0}});
+        mesh.indices.push_back(3);  // no such vertex
+        mesh.primitives[1] = c.spoiled;
+        const Mesh before = mesh;
+        mesh.decimate(50);
+        EXPECT_EQ(mesh.error(), c.error);
+        EXPECT_EQ(mesh.primitives, before.primitives) << c.error;
+        EXPECT_EQ(mesh.indices, before.indices) << c.error;
+    }
+}
+
+// Positions on a coarse lattice make many costs equal; others are far away, infinite or no numbers.
+Mesh lattice(Mesh mesh) {
+    for (Point3& p : mesh.vertexes) p = {std::round(p.x), std::round(p.y), std::round(p.z)};
+    return mesh;
+}
+
+Mesh withBadNumbers(Mesh mesh, uint32_t seed) {
+    const float inf = std::numeric_limits<float>::infinity();
+    const float bad[] = {std::numeric_limits<float>::quiet_NaN(), inf, -inf, 1e30F, 3e38F, 2e6F, 1e-30F};
+    std::mt19937 random(seed);
+    const uint32_t rarity = 1 + makers::pick(random, 20);
+    for (Point3& p : mesh.vertexes) {
+        if (makers::pick(random, rarity) == 0) p.x = bad[makers::pick(random, 7)];
+        if (makers::pick(random, rarity) == 0) p.z = bad[makers::pick(random, 7)];
+    }
+    return mesh;
+}
+
+TEST(Decimate, SameAsThePlainMethod) {
+    const int32_t percents[] = {-70, 0, 10, 25, 55, 80, 99};
+    std::mt19937 random(1);
+    for (uint32_t seed = 0; seed < 3; ++seed) {
+        for (const Mesh& mesh : makers::variedMeshes(seed)) {
+            for (const Mesh& input : {mesh, makers::noisy(mesh, 0.3F, seed), lattice(makers::noisy(mesh, 1, seed)),
+                                      withBadNumbers(mesh, seed)}) {
+                const int32_t percent = percents[makers::pick(random, 7)];
+                Mesh fast = input;
+                Mesh plain = input;
+                fast.decimate(percent);
+                plain::decimate(plain, percent);
+                ASSERT_EQ(listing(fast), listing(plain)) << "seed " << seed << ", percent " << percent;
+            }
+        }
+    }
+}
+
+// Far-off vertices take their cheapest collapse however dear; those without any number for it stay with their faces.
+TEST(Decimate, CostsWithoutLimitAndWithoutNumber) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    Mesh far = makers::fromTriangles({{0, 0, 0}, {5e6F, 0, 0}, {0, 9e6F, 0}}, {{0, 1, 2}});
+    far.decimate(50);
+    EXPECT_EQ(facesOf(far).size(), 0U);
+    Mesh numberless = makers::fromTriangles({{nan, 0, 0}, {nan, 1, 0}, {0, nan, 0}}, {{0, 1, 2}});
+    numberless.decimate(50);
+    EXPECT_EQ(facesOf(numberless).size(), 1U);
+}
+
+}  // namespace
+}  // namespace marrowfen
