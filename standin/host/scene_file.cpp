@@ -15,7 +15,8 @@
 namespace marrowfen::standin {
 namespace {
 
-constexpr size_t kLargestFile = size_t{1} << 30;  // bytes; the places in a text are 32-bit
+// In bytes. A value of a text takes two of them at least, and 32 in memory.
+constexpr size_t kLargestFile = size_t{1} << 28;
 
 // Every walk through the nodes is recursive, the plug-in's too.
 constexpr int kDeepestNode = 1000;
@@ -275,7 +276,7 @@ std::string readFile(const std::string& path, std::string& error) {
     while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount() > 0) {
         text.append(block.data(), static_cast<size_t>(file.gcount()));
         if (text.size() > kLargestFile) {
-            error = "is larger than 1 GiB";
+            error = "is larger than 256 MiB";
             return {};
         }
     }
