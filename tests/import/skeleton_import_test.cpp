@@ -1,0 +1,230 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+
+#include "standin/host/scene_file.h"
+#include "tests/import/model_files.h"
+
+namespace marrowfen::standin {
+namespace {
+
+using nlohmann::json;
+
+LoadResult importGltf(Gltf& gltf, const ImportOptions& options = {}) {
+    const ModelFolder folder;
+    LoadResult result = importModel(folder.write("a.gltf", gltf.text()), options);
+    if (result.scene) {
+        EXPECT_EQ(parseScene(sceneText(*result.scene), "a").scene, result.scene);
+    }
+    return result;
+}
+
+void listNodes(const std::vector<Node>& nodes, std::map<std::string, const Node*>& byId) {
+    for (const Node& node : nodes) {
+        byId[node.identity()] = &node;
+        listNodes(node.children, byId);
+    }
+}
+
+const std::vector<Key>* keysOf(const Clip& clip, const std::string& id) {
+    for (const auto& [node, keys] : clip.keys) {
+        if (node == id) return &keys;
+    }
+    return nullptr;
+}
+
+Vec3 apply(const Transform& t, const Vec3& v) {
+    Vec3 result;
+    for (size_t r = 0; r < 3; ++r)
+        result[r] = t[r * 4] * v[0] + t[r * 4 + 1] * v[1] + t[r * 4 + 2] * v[2] + t[r * 4 + 3];
+    return result;
+}
+
+// Of a rotation and a place.
+Vec3 applyInverse(const Transform& t, const Vec3& v) {
+    const Vec3 d = {v[0] - t[3], v[1] - t[7], v[2] - t[11]};
+    Vec3 result;
+    for (size_t c = 0; c < 3; ++c) result[c] = t[c] * d[0] + t[4 + c] * d[1] + t[8 + c] * d[2];
+    return result;
+}
+
+// An arm upward: bone 1 "shoulder" at the origin, bone 2 "elbow" at (0, 1, 0) with the tip 3 at its end, in the node 0
+// "Armature" with the mesh 4. Vertices: the root (shoulder), the middle (0.4 shoulder, 0.6 elbow), the end (elbow). In
+// one second the shoulder moves 3 along x and the elbow turns a quarter about z.
+Gltf arm(const json& armature) {
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0.25F, 1, 0, 0, 2, 0});
+    const int joints = gltf.bytesOfFour({0, 0, 0, 0, 0, 1, 0, 0, 1, 0, 0, 0});
+    const int weights = gltf.fours({1, 0, 0, 0, 0.4F, 0.6F, 0, 0, 1, 0, 0, 0});
+    const int inverses = gltf.matrices(
+        {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, -1, 0, 1});
+    gltf.json["meshes"] = {
+        {{"primitives", {{{"attributes", {{"POSITION", points}, {"JOINTS_0", joints}, {"WEIGHTS_0", weights}}}}}}}};
+    gltf.json["skins"] = {{{"joints", {1, 2}}, {"inverseBindMatrices", inverses}}};
+    json top = armature;
+    top["name"] = "Armature";
+    top["children"] = {1, 4};
+    gltf.json["nodes"] = {top,
+                          {{"name", "rig:shoulder"}, {"children", {2}}},
+                          {{"name", "elbow"}, {"translation", {0, 1, 0}}, {"children", {3}}},
+                          {{"name", "tip"}, {"translation", {0, 1, 0}}},
+                          {{"name", "Arm"}, {"mesh", 0}, {"skin", 0}}};
+    gltf.json["scenes"] = {{{"nodes", {0}}}};
+    const int times = gltf.scalars({0, 1});
+    const float r = std::sqrt(0.5F);
+    json wave = {{"name", "wave:blend"}};
+    gltf.animate(wave, 1, "translation", times, gltf.points({0, 0, 0, 3, 0, 0}));
+    gltf.animate(wave, 2, "rotation", times, gltf.fours({0, 0, 0, 1, 0, 0, r, r}));
+    gltf.json["animations"] = {wave};
+    return gltf;
+}
+
+TEST(SkeletonImport, SkinFollowsItsHeaviestBoneThroughTheClip) {
+    // The armature's own scale and mirror, which bones can't hold, as factors on x and on everything.
+    const struct {
+        json armature;
+        float x, all;
+    } kCases[] = {{json::object(), 1, 1},
+                  {{{"scale", {0.5, 0.5, 0.5}}}, 1, 0.5F},
+                  {{{"scale", {-1, 1, 1}}}, -1, 1},
+                  {{{"scale", {-2, 2, 2}}}, -1, 2}};
+    for (const auto& entry : kCases) {
+        Gltf gltf = arm(entry.armature);
+        const LoadResult result = importGltf(gltf);
+        ASSERT_TRUE(result.scene.has_value()) << result.error;
+        std::map<std::string, const Node*> nodes;
+        listNodes(result.scene->nodes, nodes);
+        ASSERT_TRUE(nodes.count("Arm") == 1 && nodes.count("rig:shoulder") == 1 && nodes.count("tip") == 1);
+        // A bone's colon makes no layer, and the skeleton is where the mesh is.
+        EXPECT_EQ(result.scene->layers.size(), 2U);
+        EXPECT_EQ(nodes["elbow"]->layer, nodes["Arm"]->layer);
+        EXPECT_EQ(result.warnings, (std::vector<std::string>{"1 vertex follows only the heaviest of several bones"}));
+
+        const Clip& clip = result.scene->clips.at(0);
+        EXPECT_EQ(clip.name, "wave:blend");
+        EXPECT_EQ(clip.end, 30);
+        EXPECT_FALSE(clip.enabled);
+        int seen = 0;
+        for (const auto& [bone, joint] : {std::pair{"rig:shoulder", "rig:shoulder skin"}, {"elbow", "elbow skin"}}) {
+            const std::vector<Key>& keys = *keysOf(clip, bone);
+            ASSERT_EQ(keys.size(), 31U);
+            for (const int32_t vertex : nodes[joint]->tendon.at(0).second) {
+                const Vec3 bound = nodes["Arm"]->polyhedron.vertices[static_cast<size_t>(vertex)];
+                const Vec3 local = applyInverse(*nodes[bone]->transform, bound);
+                const float height = bound[2] / entry.all;
+                const float side = bound[0] / entry.all * entry.x;
+                for (const int frame : {0, 10, 15, 30}) {
+                    // Model space first: the shoulder's way, then the elbow's turn about (0, 1, 0).
+                    const float way = 3 * frame / 30.0F, turn = std::acos(0.0F) * frame / 30.0F;
+                    const bool onElbow = height > 0.5F;
+                    const float up = height - (onElbow ? 1 : 0);
+                    const float x = onElbow ? way + side * std::cos(turn) - up * std::sin(turn) : way + side;
+                    const float y = onElbow ? 1 + side * std::sin(turn) + up * std::cos(turn) : height;
+                    const Vec3 at = apply(*keys[static_cast<size_t>(frame)].transform, local);
+                    EXPECT_NEAR(at[0], x * entry.x * entry.all, 1e-5F) << bone << " " << frame;
+                    EXPECT_NEAR(at[2], y * entry.all, 1e-5F) << bone << " " << frame;
+                    EXPECT_NEAR(at[1], 0, 1e-6F);
+                }
+                ++seen;
+            }
+        }
+        EXPECT_EQ(seen, 3);
+    }
+}
+
+TEST(SkeletonImport, BindPoseStaysWhereTheSkinSaysWhenTheModelRestsBent) {
+    Gltf gltf = arm(json::object());
+    const float r = std::sqrt(0.5F);
+    gltf.json["nodes"][2]["rotation"] = {0, 0, r, r};
+    gltf.json["animations"][0]["channels"].erase(1);
+    const LoadResult result = importGltf(gltf);
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    std::map<std::string, const Node*> nodes;
+    listNodes(result.scene->nodes, nodes);
+    EXPECT_EQ(nodes["Arm"]->polyhedron.vertices.size(), 3U);
+    EXPECT_NEAR(nodes["tip"]->location[2], 2, 1e-6F);
+    // In the clip the elbow is bent, as the model rests, and is carried along.
+    const std::vector<Key>& keys = *keysOf(result.scene->clips.at(0), "tip");
+    EXPECT_NEAR((*keys.back().transform)[3], 2, 1e-5F);
+    EXPECT_NEAR((*keys.back().transform)[11], 1, 1e-5F);
+}
+
+TEST(SkeletonImport, DetailLevelsHaveBonesOfTheirOwn) {
+    Gltf gltf = arm(json::object());
+    gltf.json["nodes"].push_back({{"name", "Detail2:size=9"}, {"mesh", 0}, {"skin", 0}});
+    gltf.json["nodes"].push_back({{"name", "collision"}, {"mesh", 0}, {"skin", 0}});
+    gltf.json["nodes"][0]["children"] = {1, 4, 5, 6};
+    const LoadResult result = importGltf(gltf);
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    std::map<std::string, const Node*> nodes;
+    listNodes(result.scene->nodes, nodes);
+    ASSERT_EQ(nodes.count("elbow_2"), 1U);
+    EXPECT_EQ(nodes["elbow_2"]->layer, nodes["Detail2:size=9"]->layer);
+    EXPECT_EQ(nodes["elbow_2 skin"]->tendon.at(0).first, "Detail2:size=9");
+    EXPECT_EQ(nodes.count("tip_2"), 0U);
+    const Clip& clip = result.scene->clips.at(0);
+    EXPECT_EQ(*keysOf(clip, "elbow"), *keysOf(clip, "elbow_2"));
+}
+
+TEST(SkeletonImport, WhatMovesAsAWholeBecomesABone) {
+    // 0 wheel (moved) with mesh and child 1 (mesh), 2 still (mesh), 3 nodes with marker 4 (moved), 5 lamp (moved,
+    // empty).
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+    gltf.json["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", points}}}}}}}};
+    gltf.json["nodes"] = {{{"name", "wheel"}, {"mesh", 0}, {"children", {1}}},
+                          {{"name", "hub"}, {"mesh", 0}, {"translation", {5, 0, 0}}},
+                          {{"name", "still"}, {"mesh", 0}},
+                          {{"name", "nodes"}, {"children", {4}}},
+                          {{"name", "eye"}},
+                          {{"name", "lamp"}}};
+    gltf.json["scenes"] = {{{"nodes", {0, 2, 3, 5}}}};
+    const int times = gltf.scalars({0, 0.5F});
+    const int path = gltf.points({0, 0, 0, 0, 2, 0}), rest = gltf.points({0, 0, 0, 0, 0, 0});
+    json roll = {{"name", ""}}, again = {{"name", "up"}}, blink = {{"name", "blink"}}, copy = {{"name", "up:fps=9"}};
+    gltf.animate(roll, 0, "translation", times, path);
+    gltf.animate(roll, 4, "translation", times, path);
+    gltf.animate(again, 0, "translation", times, rest);
+    gltf.animate(blink, 5, "translation", times, path);
+    gltf.animate(copy, 0, "translation", times, path);
+    gltf.json["animations"] = {roll, again, blink, copy};
+    ImportOptions options;
+    options.frameRate = 10;
+    const LoadResult result = importGltf(gltf, options);
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    EXPECT_EQ(result.scene->host.frameRate, 10);
+    std::map<std::string, const Node*> nodes;
+    listNodes(result.scene->nodes, nodes);
+    // The polyhedron and the bone share a name, so both have ids.
+    ASSERT_EQ(nodes.count("wheel#2"), 1U);
+    EXPECT_EQ(nodes["wheel#2"]->type, 107);
+    HeldVertices expected = {{"wheel#1", {0, 1, 2}}, {"hub", {0, 1, 2}}};
+    HeldVertices held = nodes["wheel skin"]->tendon;
+    std::sort(held.begin(), held.end()), std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(held, expected);
+
+    ASSERT_EQ(result.scene->clips.size(), 3U);
+    const Clip& clip = result.scene->clips[0];
+    EXPECT_EQ(clip.end, 5);
+    EXPECT_EQ((*(*keysOf(clip, "wheel#2"))[5].transform)[11], 2);
+    EXPECT_EQ((*keysOf(clip, "eye"))[5].location, (Vec3{0, 0, 2}));
+    // A track at rest needs one key, and names stay different up to the colon.
+    EXPECT_EQ(keysOf(result.scene->clips[1], "wheel#2")->size(), 1U);
+    EXPECT_EQ(result.scene->clips[2].name, "up_2:fps=9");
+    EXPECT_EQ(result.warnings,
+              (std::vector<std::string>{"animation blink moves nothing that is exported and is skipped"}));
+}
+
+TEST(SkeletonImport, AnimationsWithoutEndAreRefused) {
+    Gltf gltf = arm(json::object());
+    json slow = {{"name", "slow"}};
+    gltf.animate(slow, 1, "translation", gltf.scalars({0, 3e6F}), gltf.points({0, 0, 0, 3, 0, 0}));
+    gltf.json["animations"] = {slow};
+    const LoadResult result = importGltf(gltf);
+    EXPECT_NE(result.error.find("a.gltf: animation slow: 3 nodes over 90000000 frames are too many"), std::string::npos)
+        << result.error;
+}
+
+}  // namespace
+}  // namespace marrowfen::standin
