@@ -6,7 +6,8 @@
 
 namespace marrowfen::view {
 
-// Adds every material of the shape by its name, in a colour that is made from the name: the same in every shape.
+// Adds every material of the shape by its name. A shape has no colours, only texture names: the colour is one that the
+// name mentions, or made from the name, so that it is the same in every shape.
 MaterialMap addMaterials(GltfFile& file, const Shape& shape);
 
 // Adds what collision geometry without a material of its own is drawn in: see-through and two-sided.
