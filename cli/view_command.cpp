@@ -3,10 +3,12 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <string_view>
 
 #include "cli/command.h"
+#include "cli/shape_file.h"
 #include "shape/ascii.h"
-#include "shape/shape.h"
+#include "view/added_sequences.h"
 #include "view/page_file.h"
 #include "view/shape_gltf.h"
 
@@ -19,19 +21,19 @@ constexpr const char* kPageName = "viewer.html";  // beside the executable
 struct ViewOptions {
     std::string input;
     std::string output;
+    std::vector<std::string> sequences;
 };
 
 bool endsWith(std::string_view text, std::string_view ending) {
     return text.size() >= ending.size() && equalIgnoringCase(text.substr(text.size() - ending.size()), ending);
 }
 
-// The whole file; false when it can't be read.
-bool readWholeFile(const std::filesystem::path& path, std::string& content) {
+// The whole file; empty when it can't be read.
+std::string readWholeFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream all;
     all << file.rdbuf();
-    content = all.str();
-    return file.good() || (file.eof() && !file.bad());
+    return all.str();
 }
 
 int fail(const Session& session, int code, const std::string& text) {
@@ -43,8 +45,8 @@ int writePage(const Session& session, const ViewOptions& options, const std::str
     std::error_code failure;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
     const std::filesystem::path pagePath = program.parent_path() / kPageName;
-    std::string page;
-    if (failure || !readWholeFile(pagePath, page)) {
+    const std::string page = readWholeFile(pagePath);
+    if (failure || page.empty()) {
         return fail(session, UnwritableOutput,
                     pagePath.string() + ": the viewer page isn't built; run scripts/build-viewer " +
                         program.parent_path().string() + ", or write a .glb");
@@ -55,30 +57,43 @@ int writePage(const Session& session, const ViewOptions& options, const std::str
     return fault.empty() ? Done : fail(session, UnwritableOutput, fault);
 }
 
+// Empty on success, else one line that names the file.
+std::string addFrom(const ShapeFile& added, Shape& shape, std::vector<std::string>& warnings) {
+    if (added.kind != ShapeFileKind::Dsq) return added.path + ": --sequences takes .dsq files";
+    std::vector<std::string> found;
+    const std::string fault = view::addSequences(shape, added.shape, found);
+    for (const std::string& warning : found) warnings.push_back(added.path + ": " + warning);
+    return fault.empty() ? fault : added.path + ": " + fault;
+}
+
 int view(const Session& session, const ViewOptions& options) {
     const bool asPage = endsWith(options.output, ".html");
     if (!asPage && !endsWith(options.output, ".glb")) {
         return fail(session, WrongUsage, options.output + ": the output's name must end in .glb or .html");
     }
-    if (endsWith(options.input, ".dsq")) {
-        return fail(session, UnreadableInput,
-                    options.input +
-                        ": a sequence file holds neither geometry nor hierarchy, there is nothing to see; "
-                        "export the scene as .dts --with-animation and view that");
+    ShapeFile file;
+    std::string fault = loadShapeFile(options.input, file);
+    if (!fault.empty()) return fail(session, UnreadableInput, fault);
+    if (file.kind == ShapeFileKind::Dsq) {
+        return fail(session, WrongUsage,
+                    options.input + ": holds keys for nodes but no shape to move; view a .dts with --sequences " +
+                        options.input);
+    }
+    std::vector<std::string> warnings;
+    for (const std::string& path : options.sequences) {
+        ShapeFile added;
+        fault = loadShapeFile(path, added);
+        if (fault.empty()) fault = addFrom(added, file.shape, warnings);
+        if (!fault.empty()) return fail(session, UnreadableInput, fault);
     }
 
-    std::ifstream file(options.input, std::ios::binary);
-    if (!file) return fail(session, UnreadableInput, options.input + ": can't be opened");
-    Shape shape;
-    shape.readDts(file);
-    if (shape.hasError()) return fail(session, UnreadableInput, options.input + ": " + shape.error());
-
     const std::string title = std::filesystem::path(options.input).filename().string();
-    const view::GltfResult gltf = view::shapeToGltf(shape, title);
+    const view::GltfResult gltf = view::shapeToGltf(file.shape, title);
     if (!gltf.error.empty()) return fail(session, UnreadableInput, options.input + ": " + gltf.error);
-    for (const std::string& warning : gltf.warnings) session.warning(warning);
+    warnings.insert(warnings.end(), gltf.warnings.begin(), gltf.warnings.end());
+    for (const std::string& warning : warnings) session.warning(warning);
     if (asPage) return writePage(session, options, gltf.glb, title);
-    const std::string fault = writeWholeFile(options.output, gltf.glb);
+    fault = writeWholeFile(options.output, gltf.glb);
     return fault.empty() ? Done : fail(session, UnwritableOutput, fault);
 }
 
@@ -89,6 +104,8 @@ void addViewCommand(CLI::App& app, Session& session) {
     CLI::App* command = app.add_subcommand("view", "Turn a DTS file into something to look at");
     command->add_option("FILE", options->input, "a .dts file")->required();
     command->add_option("OUT", options->output, "a .glb model, or an .html page that shows it")->required();
+    command->add_option("--sequences", options->sequences,
+                        "play these .dsq files on the shape's nodes of the same names");
     command->callback([&session, options] { session.exitCode = view(session, *options); });
 }
 

@@ -8,6 +8,7 @@
 #include "glb_reader.h"
 #include "sample_shapes.h"
 #include "tests/shape/random_shape.h"
+#include "view/added_sequences.h"
 #include "view/page_file.h"
 #include "view/shape_fault.h"
 #include "view/shape_gltf.h"
@@ -212,6 +213,41 @@ TEST(FindFault, NamesWhatIsWrong) {
     sorted = test::sortedShape();
     sorted.meshes[0].clusters[2].endPrimitive = 4;
     EXPECT_EQ(view::findFault(sorted), "mesh 0: cluster 2: draws primitives 1 to 3 of 3");
+}
+
+TEST(AddSequences, KeysFindTheirNodesByName) {
+    const Shape shape = test::riggedShape();
+    // The same sequences with the nodes in reverse: node i's keys stand in block 4 - i, and Root's block comes first.
+    Shape dsq;
+    dsq.names = shape.names;
+    dsq.nodes.assign(shape.nodes.rbegin(), shape.nodes.rend());
+    dsq.nodes[4].name = dsq.findOrAddName("HIP");  // letter case doesn't count
+    dsq.nodes[1].name = dsq.findOrAddName("tail");
+    const Shape::Sequence& walk = shape.sequences[0];
+    dsq.sequences = {walk};
+    for (IndexSet* set : {&dsq.sequences[0].rotationMatters, &dsq.sequences[0].translationMatters}) {
+        set->resize(5);
+        for (size_t i = 0; i < 5; ++i) set->set(i, i != 0);
+    }
+    for (size_t node : {3, 2, 1, 0}) {
+        for (size_t key = 0; key < 4; ++key) {
+            dsq.nodeRotations.push_back(shape.nodeRotations[node * 4 + key]);
+            dsq.nodeTranslations.push_back(shape.nodeTranslations[node * 4 + key]);
+        }
+    }
+    Shape merged = shape;
+    std::vector<std::string> warnings;
+    ASSERT_EQ(view::addSequences(merged, dsq, warnings), "");
+    EXPECT_EQ(warnings, std::vector<std::string>{"the shape has no node for the sequences' tail"});
+    const Shape::Sequence& added = merged.sequences.back();
+    for (size_t node = 0; node < 5; ++node) EXPECT_EQ(added.translationMatters.test(node), node < 3) << node;
+    for (size_t i = 0; i < 12; ++i) {
+        const auto at = static_cast<size_t>(added.baseTranslation) + i;
+        EXPECT_EQ(merged.nodeTranslations[at], shape.nodeTranslations[i]) << i;
+        EXPECT_EQ(merged.nodeRotations[at].z, shape.nodeRotations[i].z) << i;
+    }
+    dsq.nodeRotations.pop_back();
+    EXPECT_EQ(view::addSequences(merged, dsq, warnings), "sequence 0: rotation keys 0 to 15 of 15");
 }
 
 TEST(EmbedInPage, FillsInModelAndEscapedTitle) {
