@@ -32,7 +32,7 @@ function collectMaterials(root) {
   for (const material of materials.values()) {
     const flags = material.userData.flags ?? [];
     if (flags.includes('additive')) material.blending = AdditiveBlending;
-    if (flags.includes('subtractive')) material.blending = SubtractiveBlending;
+    if (flags.includes('subtractive')) Object.assign(material, { blending: SubtractiveBlending, premultipliedAlpha: true });
   }
   return [...materials.values()];
 }

@@ -43,6 +43,8 @@ export function toggle(section, text, on, onChange) {
   return { flip: () => made.click() };
 }
 
+const SHOWN_FLAGS = ['translucent', 'additive', 'subtractive', 'selfilluminating'];
+
 export function listMaterials(materials) {
   const named = materials.filter((material) => material.name);
   element('materials').hidden = named.length === 0;
@@ -55,7 +57,7 @@ export function listMaterials(materials) {
     const name = document.createElement('b');
     name.textContent = material.name;
     const flags = document.createElement('small');
-    flags.textContent = (material.userData.flags ?? []).filter((f) => !/wrap$/.test(f)).join(', ');
+    flags.textContent = (material.userData.flags ?? []).filter((flag) => SHOWN_FLAGS.includes(flag)).join(', ');
     row.append(swatch, name, flags);
     list.append(row);
   }

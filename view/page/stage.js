@@ -9,7 +9,8 @@ import { OrbitControls } from 'three/examples/jsm/controls/OrbitControls.js';
 const FIELD_OF_VIEW = 32; // degrees
 const FIRST_LOOK = new Vector3(0.75, 0.42, -1).normalize(); // shapes look along +Y, which is -Z here
 
-export function makeStage(canvas) {
+// `panelWidth()` is how much of the right edge is covered; the picture is centred in the rest.
+export function makeStage(canvas, panelWidth) {
   const renderer = new WebGLRenderer({ canvas, antialias: true, alpha: true });
   renderer.setPixelRatio(Math.min(window.devicePixelRatio, 2));
   renderer.shadowMap.enabled = true;
@@ -71,7 +72,7 @@ export function makeStage(canvas) {
     const sphere = box.getBoundingSphere(new Sphere());
     sphere.radius = Math.max(sphere.radius, 1e-4);
     const direction = firstTime ? FIRST_LOOK : camera.position.clone().sub(controls.target).normalize();
-    const narrower = Math.min(1, camera.aspect);
+    const narrower = Math.min(1, (camera.aspect * (canvas.clientWidth - panelWidth())) / canvas.clientWidth);
     const distance = sphere.radius / Math.sin((FIELD_OF_VIEW / 2) * (Math.PI / 180)) / narrower;
     controls.target.copy(sphere.center);
     camera.position.copy(sphere.center).addScaledVector(direction, distance);
@@ -88,6 +89,7 @@ export function makeStage(canvas) {
     const { clientWidth, clientHeight } = canvas;
     renderer.setSize(clientWidth, clientHeight, false);
     camera.aspect = clientWidth / Math.max(1, clientHeight);
+    camera.setViewOffset(clientWidth, clientHeight, panelWidth() / 2, 0, clientWidth, clientHeight);
     camera.updateProjectionMatrix();
     invalidate();
   }

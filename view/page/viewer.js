@@ -205,7 +205,7 @@ function addKeys(actions) {
 }
 
 async function start() {
-  const stage = makeStage(element('canvas'));
+  const stage = makeStage(element('canvas'), () => element('panel').offsetWidth + 16);
   const model = await loadModel(element('model').textContent);
   element('title').querySelector('h1').textContent = document.title;
   stage.scene.add(model.root);
