@@ -51,11 +51,15 @@ public:
     void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
 
     std::string text() const {
+        std::vector<size_t> widths(right_.size());
+        for (const auto& row : rows_) {
+            for (size_t c = 0; c < row.size(); ++c) widths[c] = std::max(widths[c], row[c].size());
+        }
         std::string all;
         for (const auto& row : rows_) {
             std::string line;
             for (size_t c = 0; c < row.size(); ++c) {
-                const std::string gap(width(c) - row[c].size(), ' ');
+                const std::string gap(widths[c] - row[c].size(), ' ');
                 line += "  " + (right_[c] ? gap + row[c] : row[c] + gap);
             }
             line.erase(line.find_last_not_of(' ') + 1);
@@ -65,12 +69,6 @@ public:
     }
 
 private:
-    size_t width(size_t column) const {
-        size_t widest = 0;
-        for (const auto& row : rows_) widest = std::max(widest, row[column].size());
-        return widest;
-    }
-
     std::vector<std::vector<std::string>> rows_;
     std::vector<bool> right_;
 };

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "shape/problem_list.h"
 
 namespace marrowfen {
@@ -43,8 +45,9 @@ void forEachBadBlock(const Shape& shape, const Shape::Sequence& s, Bad bad) {
 // States belong to objects and decals, which only a DTS file has.
 template <class Bad>
 void forEachBadStateBlock(const Shape& shape, const Shape::Sequence& s, Bad bad) {
+    const size_t largestSet = std::max({s.visMatters.size(), s.frameMatters.size(), s.matFrameMatters.size()});
     int64_t objects = 0;
-    for (size_t i = 0; i < shape.objects.size(); ++i) {
+    for (size_t i = 0; i < std::min(largestSet, shape.objects.size()); ++i) {
         const auto has = [&](const IndexSet& set) { return i < set.size() && set.test(i); };
         if (has(s.visMatters) || has(s.frameMatters) || has(s.matFrameMatters)) ++objects;
     }
