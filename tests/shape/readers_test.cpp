@@ -3,7 +3,6 @@
 #include <sstream>
 
 #include "shape/coding.h"
-#include "shape/file_check.h"
 #include "shape/shape.h"
 #include "tests/shape/random_shape.h"
 
@@ -142,11 +141,18 @@ TEST(Readers, FaultsSayWhatAndWhere) {
 
 TEST(Readers, BytesThatBelongToNothingAreTold) {
     const std::string empty = dts(Shape());
-    std::istringstream good(empty), longer(empty + "xyz"), cut(empty.substr(0, 100)), sequences(dsq(Shape()) + "x");
-    EXPECT_EQ(checkDtsFile(good), "");
-    EXPECT_EQ(checkDtsFile(longer), "offset 269: 3 bytes too many at the end of the file");
-    EXPECT_EQ(checkDtsFile(cut), "offset 4: header: blocks of 61 words that start at 47 and 56 don't fit 84 bytes");
-    EXPECT_EQ(checkDsqFile(sequences), "offset 52: 1 bytes too many at the end of the file");
+    const auto surplusOf = [](auto read, const std::string& file) {
+        std::string surplus;
+        EXPECT_EQ(read(file, &surplus).error(), "");
+        return surplus;
+    };
+    EXPECT_EQ(surplusOf(readDts, empty), "");
+    EXPECT_EQ(surplusOf(readDts, empty + "xyz"), "offset 269: 3 bytes too many at the end of the file");
+    // A word more at the end of the 32-bit block.
+    std::string longBlock = withWord(withWord(withWord(empty, 1, 62), 2, 48), 3, 57);
+    longBlock.insert(204, 4, '\0');
+    EXPECT_EQ(surplusOf(readDts, longBlock), "offset 204: 4 bytes too many in the 32-bit block");
+    EXPECT_EQ(surplusOf(readDsq, dsq(Shape()) + "x"), "offset 52: 1 bytes too many at the end of the file");
     // A material list of an unknown version isn't read.
     EXPECT_EQ(readDts(empty.substr(0, 264) + "\2").error(), "");
 }
