@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include "mesh/normal_encoding.h"
+#include "shape/shape.h"
+#include "tests/plain/mesh_makers.h"
+
+namespace marrowfen {
+namespace {
+
+Mesh translucent(Mesh mesh) {
+    mesh.type = MeshType::Sorted;
+    mesh.texturevertexes.resize(mesh.vertexes.size());
+    mesh.normals.resize(mesh.vertexes.size());
+    mesh.encodedNormals.resize(mesh.vertexes.size());
+    return mesh;
+}
+
+Mesh translucentSoup(uint32_t faces) { return translucent(makers::soup(faces, faces, faces)); }
+
+TEST(SortPass, LeavesOneEncodedNormalPerVertex) {
+    for (const uint32_t faces : {3U, 20U, 60U}) {
+        Mesh mesh = translucentSoup(faces);
+        Shape shape;
+        shape.sortMesh(mesh);
+        EXPECT_EQ(shape.error(), "");
+        EXPECT_FALSE(mesh.clusters.empty());
+        EXPECT_EQ(mesh.vertsPerFrame, 0);
+        EXPECT_EQ(mesh.texturevertexes.size(), mesh.vertexes.size());
+        ASSERT_EQ(mesh.encodedNormals.size(), mesh.normals.size());
+        for (size_t i = 0; i < mesh.normals.size(); ++i) {
+            EXPECT_NEAR(length(mesh.normals[i]), 1, 1e-5);
+            EXPECT_EQ(mesh.encodedNormals[i], encodeNormal(mesh.normals[i]));
+        }
+    }
+}
+
+// Splitting makes the same vertices once for each face along a cut.
+TEST(SortPass, MergesTheVerticesOfNeighbouringPieces) {
+    Mesh sorted = translucent(makers::noisy(makers::grid(8, 8), 0.5F, 1)), merged = sorted;
+    sorted.sort();
+    Shape shape;
+    shape.sortMesh(merged);
+    EXPECT_LT(merged.vertexes.size(), sorted.vertexes.size());
+    EXPECT_EQ(merged.indices.size(), sorted.indices.size());
+    ASSERT_EQ(merged.clusters.size(), sorted.clusters.size());
+}
+
+TEST(SortPass, RefusedMeshStopsTheShape) {
+    Mesh mesh = translucentSoup(3);
+    mesh.indices[4] = 99;
+    Shape shape;
+    shape.sortMesh(mesh);
+    EXPECT_NE(shape.error(), "");
+
+    Mesh untouched = translucentSoup(3);
+    shape.sortMesh(untouched);
+    EXPECT_TRUE(untouched.clusters.empty());
+}
+
+}  // namespace
+}  // namespace marrowfen
