@@ -32,6 +32,20 @@ public:
                       uint32_t hint);
 
 private:
+    // Four numbers that are computed with at once. Each comes out as it would alone.
+    using Lanes = float __attribute__((vector_size(16)));
+
+    // Four normals.
+    struct Block {
+        static constexpr size_t kSize = 4;
+        Lanes x, y, z;
+    };
+
+    // A face, by its position among the vertex's faces, and a neighbour that it uses.
+    struct Side {
+        uint32_t slot, face;
+    };
+
     struct Best {
         size_t slot;
         float cost;
@@ -40,24 +54,24 @@ private:
         }
     };
 
-    void collectSides(std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
-    template <class Visit>
-    void visitSides(std::span<const uint32_t> neighbors, std::span<const uint32_t> faces, Visit visit) const;
+    void collectNormals(std::span<const uint32_t> faces);
+    void collectSides(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
     bool isOnBorder() const;
     void tryNeighbor(size_t slot, float length, bool onBorder, Best& best);
     float leastAlignment(size_t slot, float length, const Best& best);
-    float alignment(const Point3& normal, size_t slot) const;
+    float leastAlignment(size_t slot, const Block& block) const;
 
     const std::vector<Point3>& positions_;
     const std::vector<Corners>& corners_;
     const std::vector<Point3>& normals_;
 
     // Of the vertex looked at.
-    std::vector<uint32_t> slotOf_;     // per vertex: its position among the neighbours, if it is one
-    std::vector<uint32_t> sideEnds_;   // per neighbour: end of its part of sides_
-    std::vector<Point3> sides_;        // normals of the faces shared with each neighbour
-    std::vector<Point3> faceNormals_;  // per face
-    size_t mostTurned_ = 0;            // face that turned away most from the edge tried last
+    std::vector<Block> blocks_;     // normals of its faces; the last one fills up the last block
+    std::vector<uint32_t> slotOf_;  // per vertex: its position among the neighbours, if it is one
+    std::vector<Side> sidesByFace_;
+    std::vector<uint32_t> sideEnds_;  // per neighbour: end of its part of sides_
+    std::vector<uint32_t> sides_;     // positions of the faces shared with each neighbour
+    size_t decidingBlock_ = 0;        // block that decided about the neighbour tried last
 };
 
 }  // namespace marrowfen

@@ -22,6 +22,8 @@ constexpr uint32_t kNone = CollapseFinder::kNone;
 constexpr float kLoneVertexCost = -0.01F;  // below every collapse: a vertex without neighbours goes first
 constexpr uint32_t kTriangleBits = Primitive::TypeMask | Primitive::Indexed;
 
+bool hasRepeats(const Corners& c) { return c[0] == c[1] || c[1] == c[2] || c[2] == c[0]; }
+
 class Decimator {
 public:
     explicit Decimator(const Mesh& mesh);
@@ -34,18 +36,19 @@ public:
 private:
     void addFace(uint32_t face);
     void connectCorners(const Corners& c);
-    void addNeighbor(uint32_t vertex, uint32_t neighbor);
     bool areNeighbors(uint32_t a, uint32_t b) const;
     bool shareFace(uint32_t a, uint32_t b) const;
     void partUnlessSharingFace(uint32_t a, uint32_t b);
     void updateNormal(uint32_t face);
 
+    void touch(uint32_t vertex);
     void findCollapse(uint32_t vertex);
+    uint32_t findCheapest();
     void collapse(uint32_t from, uint32_t onto);
     void destroyCommonFaces(uint32_t from, uint32_t onto);
     void moveFaces(uint32_t from, uint32_t onto);
-    void destroyFace(uint32_t face);
-    void destroyVertex(uint32_t vertex);
+    void destroyFace(uint32_t face, uint32_t from);
+    void destroyVertex(uint32_t vertex, uint32_t onto);
 
     const std::vector<Point3>& positions_;
     const std::vector<Primitive> primitives_;  // per face, gone ones too: material and polyhedron
@@ -53,6 +56,7 @@ private:
     std::vector<Point3> normals_;              // per face; which way they point doesn't matter
     std::vector<uint8_t> faceIsGone_;
     std::vector<uint8_t> vertexIsGone_;
+    std::vector<uint8_t> isTouched_;  // per vertex, for the padding of costs_ too
     int32_t faceCount_;
     ListPool neighbors_;             // per vertex: vertices that share a face with it, each once
     ListPool facesOf_;               // per vertex
@@ -69,6 +73,7 @@ Decimator::Decimator(const Mesh& mesh)
       normals_(mesh.primitives.size()),
       faceIsGone_(mesh.primitives.size()),
       vertexIsGone_(mesh.vertexes.size()),
+      isTouched_(mesh.vertexes.size() + 1),
       faceCount_(static_cast<int32_t>(mesh.primitives.size())),
       neighbors_(mesh.vertexes.size()),
       facesOf_(mesh.vertexes.size()),
@@ -80,7 +85,7 @@ Decimator::Decimator(const Mesh& mesh)
         corners_[f] = {v[0], v[1], v[2]};
         addFace(f);
     }
-    for (uint32_t v = 0; v < positions_.size(); ++v) findCollapse(v);
+    for (uint32_t v = 0; v < positions_.size(); ++v) touch(v);
 }
 
 void Decimator::addFace(uint32_t face) {
@@ -96,10 +101,10 @@ void Decimator::updateNormal(uint32_t face) {
 
 // Makes neighbours of the corners, for each corner in turn.
 void Decimator::connectCorners(const Corners& c) {
-    if (c[0] == c[1] || c[1] == c[2] || c[2] == c[0]) {
-        for (int i = 0; i < 3; ++i) {
-            for (int j = 0; j < 3; ++j) {
-                if (i != j) addNeighbor(c[i], c[j]);
+    if (hasRepeats(c)) {
+        for (size_t i = 0; i < 3; ++i) {
+            for (size_t j = 0; j < 3; ++j) {
+                if (i != j && !neighbors_.contains(c[i], c[j])) neighbors_.append(c[i], c[j]);
             }
         }
         return;
@@ -113,10 +118,6 @@ void Decimator::connectCorners(const Corners& c) {
     if (isNew12) neighbors_.append(c[1], c[2]);
     if (isNew02) neighbors_.append(c[2], c[0]);
     if (isNew12) neighbors_.append(c[2], c[1]);
-}
-
-void Decimator::addNeighbor(uint32_t vertex, uint32_t neighbor) {
-    if (!neighbors_.contains(vertex, neighbor)) neighbors_.append(vertex, neighbor);
 }
 
 // Neighbours are so mutually: the shorter list tells.
@@ -139,28 +140,36 @@ void Decimator::partUnlessSharingFace(uint32_t a, uint32_t b) {
     neighbors_.remove(b, a);
 }
 
+// Marks that the vertex's collapse may have changed. Until it is found it counts as 0, the least that it can be.
+void Decimator::touch(uint32_t vertex) {
+    const bool isLone = neighbors_[vertex].empty();
+    isTouched_[vertex] = !isLone;
+    costs_.set(vertex, isLone ? kLoneVertexCost : 0);
+    if (isLone) targets_[vertex] = kNone;
+}
+
 void Decimator::findCollapse(uint32_t vertex) {
-    if (neighbors_[vertex].empty()) {
-        targets_[vertex] = kNone;
-        costs_.set(vertex, kLoneVertexCost);
-        return;
-    }
     const auto [target, cost] = finder_.cheapest(vertex, neighbors_[vertex], facesOf_[vertex], targets_[vertex]);
     targets_[vertex] = target;
     costs_.set(vertex, cost);
+    isTouched_[vertex] = 0;
+}
+
+// The first of the vertices whose collapse costs least. Of the touched ones only those are looked at that could be it.
+uint32_t Decimator::findCheapest() {
+    while (isTouched_[costs_.cheapest()]) findCollapse(costs_.cheapest());
+    return costs_.cheapest();
 }
 
 void Decimator::collapse(uint32_t from, uint32_t onto) {
-    if (onto == kNone) {
-        destroyVertex(from);
-        return;
-    }
     touched_.assign(neighbors_[from].begin(), neighbors_[from].end());
-    destroyCommonFaces(from, onto);
-    moveFaces(from, onto);
-    destroyVertex(from);
+    if (onto != kNone) {
+        destroyCommonFaces(from, onto);
+        moveFaces(from, onto);
+    }
+    destroyVertex(from, onto);
     for (const uint32_t v : touched_) {
-        if (!vertexIsGone_[v]) findCollapse(v);
+        if (!vertexIsGone_[v]) touch(v);
     }
 }
 
@@ -169,7 +178,19 @@ void Decimator::destroyCommonFaces(uint32_t from, uint32_t onto) {
     for (size_t i = facesOf_[from].size(); i-- > 0;) {
         if (i >= facesOf_[from].size()) continue;
         const uint32_t face = facesOf_[from][i];
-        if (hasCorner(corners_[face], onto)) destroyFace(face);
+        if (hasCorner(corners_[face], onto)) destroyFace(face, from);
+    }
+}
+
+// One of the faces of the vertex that collapses. Where that vertex still is a neighbour it is removed at the end.
+void Decimator::destroyFace(uint32_t face, uint32_t from) {
+    faceIsGone_[face] = 1;
+    --faceCount_;
+    const Corners& c = corners_[face];
+    for (const uint32_t v : c) facesOf_.remove(v, face);
+    for (size_t i = 0; i < 3; ++i) {
+        const uint32_t a = c[i], b = c[(i + 1) % 3];
+        if (a != from && b != from) partUnlessSharingFace(a, b);
     }
 }
 
@@ -179,36 +200,30 @@ void Decimator::moveFaces(uint32_t from, uint32_t onto) {
         const uint32_t face = facesOf_[from].back();
         Corners& corners = corners_[face];
         *std::find(corners.begin(), corners.end(), from) = onto;
-        facesOf_.remove(from, face);
+        if (hasCorner(corners, from)) {
+            facesOf_.remove(from, face);
+        } else {
+            facesOf_.removeLast(from);
+        }
         facesOf_.append(onto, face);
-        for (const uint32_t v : corners) partUnlessSharingFace(from, v);
         connectCorners(corners);
         updateNormal(face);
     }
 }
 
-void Decimator::destroyFace(uint32_t face) {
-    faceIsGone_[face] = 1;
-    --faceCount_;
-    const Corners& c = corners_[face];
-    for (const uint32_t v : c) facesOf_.remove(v, face);
-    partUnlessSharingFace(c[0], c[1]);
-    partUnlessSharingFace(c[1], c[2]);
-    partUnlessSharingFace(c[2], c[0]);
-}
-
-void Decimator::destroyVertex(uint32_t vertex) {
-    for (const uint32_t v : neighbors_[vertex]) {
-        if (v != vertex) neighbors_.remove(v, vertex);
-    }
+// The vertex is known to those that were its neighbours and, for a while, to the one onto which it went.
+void Decimator::destroyVertex(uint32_t vertex, uint32_t onto) {
+    for (const uint32_t v : touched_) neighbors_.remove(v, vertex);
+    if (onto != kNone) neighbors_.remove(onto, vertex);
     neighbors_.clear(vertex);
     vertexIsGone_[vertex] = 1;
+    isTouched_[vertex] = 0;
     costs_.set(vertex, CostTree::kNever);
 }
 
 void Decimator::run(int32_t targetCount) {
     while (faceCount_ > targetCount) {
-        const uint32_t cheapest = costs_.cheapest();
+        const uint32_t cheapest = findCheapest();
         if (costs_.cost(cheapest) == CostTree::kNever) break;
         collapse(cheapest, targets_[cheapest]);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -39,7 +40,11 @@ public:
         --entry.count;
     }
 
-    void clear(uint32_t list) { lists_[list].count = 0; }
+    void removeLast(uint32_t list) { --lists_[list].count; }
+    void clear(uint32_t list) {
+        release(lists_[list]);
+        lists_[list] = {};
+    }
 
 private:
     static constexpr uint32_t kFirstCapacity = 8;  // most vertices have six faces and six neighbours
@@ -47,21 +52,37 @@ private:
     struct List {
         size_t begin = 0;
         uint32_t count = 0;
-        uint32_t capacity = 0;
+        uint32_t capacity = 0;  // 0 or kFirstCapacity times a power of two
     };
 
-    // Moves the list to the block's end with twice the room.
+    // Moves the list to a place with twice the room.
     void grow(List& entry) {
-        const size_t begin = numbers_.size();
-        entry.capacity = std::max(kFirstCapacity, 2 * entry.capacity);
-        numbers_.resize(begin + entry.capacity);
-        std::copy_n(numbers_.begin() + static_cast<std::ptrdiff_t>(entry.begin), entry.count,
-                    numbers_.begin() + static_cast<std::ptrdiff_t>(begin));
+        const uint32_t capacity = std::max(kFirstCapacity, 2 * entry.capacity);
+        const size_t begin = allocate(capacity);
+        std::copy_n(numbers_.data() + entry.begin, entry.count, numbers_.data() + begin);
+        release(entry);
         entry.begin = begin;
+        entry.capacity = capacity;
+    }
+
+    size_t allocate(uint32_t capacity) {
+        std::vector<size_t>& places = freePlaces_[std::bit_width(capacity)];
+        const size_t begin = places.empty() ? numbers_.size() : places.back();
+        if (places.empty()) {
+            numbers_.resize(begin + capacity);
+        } else {
+            places.pop_back();
+        }
+        return begin;
+    }
+
+    void release(const List& entry) {
+        if (entry.capacity != 0) freePlaces_[std::bit_width(entry.capacity)].push_back(entry.begin);
     }
 
     std::vector<List> lists_;
     std::vector<uint32_t> numbers_;
+    std::vector<size_t> freePlaces_[33];  // by bit width of their capacity
 };
 
 }  // namespace marrowfen
