@@ -1,0 +1,93 @@
+// Opens pages in headless Chromium, presses every button and sees that the picture follows.
+// usage: node page_test.mjs SCREENSHOT_FOLDER PAGE.html ...
+
+import { basename, join, resolve } from 'node:path';
+import { openOffline } from './chromium.mjs';
+
+const [folder, ...pages] = process.argv.slice(2);
+const failures = [];
+const picture = { x: 20, y: 80, width: 640, height: 500 }; // the model, without the words
+
+async function testPage(path) {
+  const { browser, page, faults } = await openOffline({ width: 1000, height: 640 });
+  const expect = (good, what) => { if (!good) failures.push(`${basename(path)}: ${what}`); };
+  const settle = () => page.evaluate(() => new Promise((done) => { requestAnimationFrame(() => requestAnimationFrame(done)); }));
+  const shot = async () => {
+    await settle();
+    return (await page.screenshot({ clip: picture })).toString('base64');
+  };
+
+  // Drawing in software lags behind; a picture gets some seconds to become what is expected.
+  const expectPicture = async (wanted, what) => {
+    for (let tries = 0; tries < 10; tries += 1) {
+      if (wanted(await shot())) return;
+      await page.waitForTimeout(300);
+    }
+    expect(false, what);
+  };
+
+  await page.goto(`file://${resolve(path)}`);
+  await page.waitForFunction(() => document.documentElement.dataset.ready, null, { timeout: 60000 });
+  expect(await page.getAttribute('html', 'data-ready') === 'yes', 'the model was not shown');
+  expect((await page.textContent('h1')).endsWith('.dts'), 'the file is not named');
+  const stats = await page.textContent('#stats');
+  expect(/[1-9]\d* triangles?/.test(stats), `stats say "${stats}"`);
+  await page.screenshot({ path: join(folder, `${basename(path)}.png`) });
+
+  // Toggles change the picture and change it back.
+  for (const toggle of await page.locator('#show button').all()) {
+    const name = await toggle.textContent();
+    const before = await shot();
+    await toggle.click();
+    await expectPicture((now) => now !== before, `"${name}" changes nothing`);
+    await toggle.click();
+    await expectPicture((now) => now === before, `"${name}" pressed twice leaves a trace`);
+  }
+  // Choices: each shows something of its own, in the picture or in what is said about it.
+  for (const section of ['detail', 'surface']) {
+    const buttons = await page.locator(`#${section} button`, { hasNotText: 'As seen' }).all();
+    for (const button of buttons.slice(1).concat(buttons.slice(0, 1))) {
+      const name = await button.textContent();
+      const before = await shot();
+      const said = await page.textContent('#stats');
+      const single = buttons.length === 1;
+      await button.click();
+      expect(await button.getAttribute('aria-checked') === 'true', `"${name}" is not marked`);
+      if (single || await page.textContent('#stats') !== said) continue;
+      await expectPicture((now) => now !== before, `"${name}" changes nothing`);
+    }
+  }
+  // Sequences move the model, stop and can be set by hand.
+  const sequences = await page.locator('#sequences .row button').all();
+  if (sequences.length > 1) {
+    const still = await shot();
+    await sequences[1].click();
+    await page.click('#play');
+    expect(await page.getAttribute('#play', 'aria-pressed') === 'false', 'pause does not pause');
+    const slide = (share) => page.locator('#time').evaluate((slider, to) => {
+      slider.value = String(slider.max * to);
+      slider.dispatchEvent(new Event('input'));
+    }, share);
+    await slide(0.4);
+    await expectPicture((now) => now !== still, 'the time slider moves nothing');
+    await page.waitForTimeout(500);
+    const midway = await shot();
+    await slide(0.1);
+    await expectPicture((now) => now !== midway, 'another time gives the same picture');
+    await slide(0.4);
+    await expectPicture((now) => now === midway, 'the same time gives another picture');
+    await page.screenshot({ path: join(folder, `${basename(path)}-midway.png`) });
+    await page.keyboard.press('f');
+    await page.click('#play');
+    await page.waitForTimeout(300);
+    expect(Number(await page.inputValue('#time')) !== 0.4, 'playing does not move the slider');
+    await sequences[0].click();
+  }
+  expect(faults.length === 0, faults.join('; '));
+  await browser.close();
+}
+
+for (const path of pages) await testPage(path);
+for (const failure of failures) console.log(failure);
+console.log(`${pages.length} pages, ${failures.length} failures`);
+process.exit(pages.length === 0 || failures.length ? 1 : 0);
