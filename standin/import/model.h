@@ -65,6 +65,7 @@ struct Model {
     ImportOptions options;
 
     std::vector<ModelNode> nodes;
+    Matrix modelFromUpright;  // a node's own axes from those that stand upright; see poseInScene
     std::unordered_map<std::string, int32_t> nodeByName;  // by Assimp's own name, the first one
     std::unordered_map<std::string, int16_t> layerByName;
     std::vector<std::string> materialKeys;                      // one per material of the source
@@ -90,6 +91,15 @@ void checkModel(Model& model);
 
 // Scene-from-model: turns the model's up axis to Z.
 Matrix sceneFromModel(const Model& model);
+
+// Finds modelFromUpright.
+void findNodeFrame(Model& model);
+
+// The pose of a node whose scene-from-node matrix is given, without scale. In a Y-up file a node that isn't turned has
+// its own Y axis up; in the scene it is one that isn't turned either, with its Z axis up, since that is what the host
+// and the engine take for upright. Files that were turned to Y up by their root or their top nodes have upright nodes
+// already.
+Matrix poseInScene(const Model& model, const Matrix& sceneFromNode);
 
 // Fills nodes, parents before children, in the model's order.
 void listNodes(Model& model);

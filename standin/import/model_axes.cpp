@@ -14,7 +14,7 @@ namespace {
 using Axis = std::array<double, 3>;
 
 // Readers, by the name that Assimp gives them, that leave a Z-up file as it is. STL has no up axis of its own; what
-// writes and reads it (CAD, printing) takes Z.
+// writes and reads it (CAD, printing) takes Z. OpenGEX files are Z up unless they say otherwise, which isn't passed on.
 constexpr std::string_view kZUpReaders[] = {
     "TrueSpace Object Importer",
     "3mf Importer",
@@ -25,10 +25,11 @@ constexpr std::string_view kZUpReaders[] = {
     "CharacterStudio Motion Importer (MoCap)",
     "3D GameStudio Heightmap (HMP) Importer",
     "Blender 3D Importer (http://www.blender3d.org)",
+    "Open Game Engine Exchange",
 };
-constexpr std::string_view kOpenGexReader = "Open Game Engine Exchange";
 // A left-handed Z-up format that is mirrored along Z, as if it were Y-up: the top comes out at the bottom.
 constexpr std::string_view kUnrealReader = "Unreal Mesh Importer";
+constexpr std::string_view kFbxReader = "Autodesk FBX Importer";
 
 Axis unit(int axis, int sign) {
     Axis result = {0, 0, 0};
@@ -58,22 +59,42 @@ Matrix turnOfMetadata(const aiMetadata& metadata) {
     return turn(unit(right, rightSign), unit(up, upSign));
 }
 
+// Scene-from-model without the scale.
+Matrix turnOf(const Model& model) {
+    const Axis x = {1, 0, 0}, y = {0, 1, 0}, z = {0, 0, 1};
+    const aiMetadata* metadata = model.source->mMetaData;
+    if (model.format == kUnrealReader) return turn(x, {0, 0, -1});
+    for (const std::string_view reader : kZUpReaders) {
+        if (model.format == reader) return turn(x, z);
+    }
+    if (metadata != nullptr && metadata->HasKey("UpAxis")) return turnOfMetadata(*metadata);
+    return turn(x, y);
+}
+
+bool isUpright(const Matrix& rotation) {
+    Matrix rest = rotation;
+    rest.a4 = rest.b4 = rest.c4 = 0;
+    return rest.IsIdentity();
+}
+
 }  // namespace
 
 Matrix sceneFromModel(const Model& model) {
-    const Axis x = {1, 0, 0}, y = {0, 1, 0}, z = {0, 0, 1};
-    const aiMetadata* metadata = model.source->mMetaData;
-    Matrix result = turn(x, y);
-    if (metadata != nullptr && metadata->HasKey("UpAxis")) result = turnOfMetadata(*metadata);
-    // OpenGEX files are Z up unless they say otherwise, which the reader doesn't pass on.
-    if (model.format == kOpenGexReader) result = turn(x, z);
-    if (model.format == kUnrealReader) result = turn(x, {0, 0, -1});
-    for (const std::string_view reader : kZUpReaders) {
-        if (model.format == reader) result = turn(x, z);
-    }
     Matrix scale;
     scale.a1 = scale.b2 = scale.c3 = static_cast<double>(model.options.scale);
-    return scale * result;
+    return scale * turnOf(model);
+}
+
+void findNodeFrame(Model& model) {
+    const Matrix turn = turnOf(model);
+    // Exporters of Z-up programs turn the top nodes of an FBX file.
+    if (model.format == kFbxReader || isUpright(rigidPose(turn * model.nodes[0].local))) return;
+    model.modelFromUpright = turn;
+    model.modelFromUpright.Transpose();
+}
+
+Matrix poseInScene(const Model& model, const Matrix& sceneFromNode) {
+    return rigidPose(sceneFromNode) * model.modelFromUpright;
 }
 
 }  // namespace marrowfen::standin

@@ -148,8 +148,8 @@ void pose(const Model& model, Player& player, double seconds) {
     }
 }
 
-Key keyOf(const ModelNode& node, const Matrix& world, float frame) {
-    const Matrix rigid = rigidPose(world);
+Key keyOf(const Model& model, const ModelNode& node, const Matrix& world, float frame) {
+    const Matrix rigid = poseInScene(model, world);
     Key key;
     key.frame = frame;
     // The host answers for a marker with its place and angles, for a bone with its transform.
@@ -194,7 +194,7 @@ void recordFrames(const Model& model, Player& player, int32_t lastFrame, Clip& c
         pose(model, player, frame / static_cast<double>(model.options.frameRate));
         for (size_t r = 0; r < player.recorded.size(); ++r) {
             const auto i = static_cast<size_t>(player.recorded[r]);
-            keys[r].push_back(keyOf(model.nodes[i], player.worlds[i], static_cast<float>(frame)));
+            keys[r].push_back(keyOf(model, model.nodes[i], player.worlds[i], static_cast<float>(frame)));
             if (changesScale(model.nodes[i], player.worlds[i])) scaled.insert(player.recorded[r]);
         }
     }
@@ -206,7 +206,7 @@ void recordFrames(const Model& model, Player& player, int32_t lastFrame, Clip& c
     for (const auto& [bone, ids] : model.boneIds) {
         const ModelNode& node = model.nodes[static_cast<size_t>(bone)];
         if (player.driven[static_cast<size_t>(bone)] || node.bind == node.world) continue;
-        addKeys(model, bone, {keyOf(node, node.world, 0)}, clip);
+        addKeys(model, bone, {keyOf(model, node, node.world, 0)}, clip);
     }
 }
 
@@ -237,6 +237,9 @@ void convertAnimation(Model& model, const aiAnimation& animation, const std::str
     clip.end = static_cast<float>(frames);
     // The scene stands in its bind pose, which is what vertices are bound in.
     clip.enabled = false;
+    for (unsigned c = 0; c < animation.mNumChannels; ++c) {
+        if (animation.mChannels[c]->mPostState == aiAnimBehaviour_REPEAT) clip.loop = 1;
+    }
     recordFrames(model, player, static_cast<int32_t>(frames), clip, scaled);
     model.scene.clips.push_back(std::move(clip));
 }

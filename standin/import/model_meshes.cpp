@@ -60,6 +60,7 @@ struct Hold {
 struct Part {
     const aiMesh* mesh = nullptr;
     Matrix sceneFromMesh;
+    bool hasNormals = false;
     bool mirrored = false;
     bool facesInward = false;    // its faces are to be turned round
     bool normalsInward = false;  // its normals are to be turned round
@@ -68,6 +69,14 @@ struct Part {
     int32_t material = 0;               // position in the polyhedron's list
     std::vector<int32_t> joined, uvOf;  // per vertex, kNone until it is met
 };
+
+// Files that have a place for normals but none to put there hold zeros.
+bool hasUsableNormals(const aiMesh& mesh) {
+    for (unsigned v = 0; mesh.HasNormals() && v < mesh.mNumVertices; ++v) {
+        if (mesh.mNormals[v].SquareLength() > 0) return true;
+    }
+    return false;
+}
 
 // Faces and normals that disagree nearly everywhere: one of the two looks inward.
 bool disagrees(const aiMesh& mesh) {
@@ -105,7 +114,7 @@ double volumeOf(const aiMesh& mesh) {
 
 class Joiner {
 public:
-    Joiner(Model& model, int32_t node) : model_(model), node_(node), detail_(isDetailLayer(model, layer())) {}
+    Joiner(Model& model, int32_t node);
 
     void add(unsigned meshIndex);
     Polyhedron finish(BoneVertices& held);
@@ -146,6 +155,13 @@ Vec3 unitOrZero(const Vector& v) {
     return length > 0 && std::isfinite(length) ? toVec3(v / length) : Vec3{0, 0, 0};
 }
 
+Joiner::Joiner(Model& model, int32_t node) : model_(model), node_(node), detail_(isDetailLayer(model, layer())) {
+    const aiNode& source = *model.nodes[static_cast<size_t>(node)].source;
+    for (unsigned m = 0; m < source.mNumMeshes && !hasNormals_; ++m) {
+        hasNormals_ = hasUsableNormals(*model.source->mMeshes[source.mMeshes[m]]);
+    }
+}
+
 std::vector<Hold> Joiner::findHolds(const aiMesh& mesh) {
     Hold whole;
     whole.bone = boneAbove(model_, node_);
@@ -181,6 +197,7 @@ Part Joiner::preparePart(unsigned meshIndex) {
     part.mesh = model_.source->mMeshes[meshIndex];
     part.sceneFromMesh = sceneFromMesh(model_, node_, meshIndex);
     part.mirrored = part.sceneFromMesh.Determinant() < 0;
+    part.hasNormals = hasUsableNormals(*part.mesh);
     // Which of the two is right, the enclosed volume tells.
     if (disagrees(*part.mesh)) {
         ++model_.notes.turnedMeshes;
@@ -247,9 +264,9 @@ int32_t Joiner::findOrAdd(const Vec3& position, const Vec3& normal, const Hold& 
 
 int32_t Joiner::joinedVertex(Part& part, unsigned vertex, const Vec3& position, const Vec3& faceNormal) {
     // A part without normals brings the normals of its faces, so its vertices are looked up corner by corner.
-    const bool own = part.mesh->HasNormals();
-    if (own && part.joined[vertex] != kNone) return part.joined[vertex];
-    const Vec3 normal = own ? sceneNormal(part, vertex) : faceNormal;
+    if (part.hasNormals && part.joined[vertex] != kNone) return part.joined[vertex];
+    Vec3 normal = part.hasNormals ? sceneNormal(part, vertex) : faceNormal;
+    if (normal == Vec3{0, 0, 0}) normal = faceNormal;
     const int32_t joined = findOrAdd(position, normal, part.holds[vertex]);
     JoinedVertex& target = vertices_[static_cast<size_t>(joined)];
     const Bits key = {{bitsOf(normal[0]), bitsOf(normal[1]), bitsOf(normal[2]), static_cast<uint32_t>(joined)}};
@@ -281,7 +298,7 @@ void Joiner::addTriangle(Part& part, std::array<unsigned, 3> corners) {
         return;
     }
     const Vector outward = (toVector(at[2]) - toVector(at[0])) ^ (toVector(at[1]) - toVector(at[0]));
-    const Vec3 faceNormal = part.mesh->HasNormals() || !hasNormals_ ? Vec3{0, 0, 0} : unitOrZero(outward);
+    const Vec3 faceNormal = hasNormals_ ? unitOrZero(outward) : Vec3{0, 0, 0};
     Face face;
     face.material = part.material;
     for (size_t c = 0; c < 3; ++c) {
@@ -291,10 +308,6 @@ void Joiner::addTriangle(Part& part, std::array<unsigned, 3> corners) {
 }
 
 void Joiner::add(unsigned meshIndex) {
-    const aiNode& source = *model_.nodes[static_cast<size_t>(node_)].source;
-    for (unsigned m = 0; m < source.mNumMeshes; ++m) {
-        hasNormals_ = hasNormals_ || model_.source->mMeshes[source.mMeshes[m]]->HasNormals();
-    }
     Part part = preparePart(meshIndex);
     for (unsigned f = 0; f < part.mesh->mNumFaces && model_.error.empty(); ++f) {
         const aiFace& face = part.mesh->mFaces[f];

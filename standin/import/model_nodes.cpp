@@ -81,6 +81,16 @@ Matrix withoutUnit(const aiMatrix4x4& root) {
     return matrix;
 }
 
+// Readers name what the file doesn't, such as "<STL_BINARY>".
+bool hasNoNameOfItsOwn(const std::string& name) { return name.empty() || name.front() == '<'; }
+
+// Some formats name meshes only, some nothing at all.
+std::string nameOfMesh(const Model& model, unsigned mesh) {
+    const std::string name = cleanText(model.source->mMeshes[mesh]->mName);
+    if (!hasNoNameOfItsOwn(name)) return name;
+    return cleanText(aiString(std::filesystem::path(model.path).stem().string()));
+}
+
 void addNode(Model& model, const aiNode& source, int32_t parent, const Matrix& sceneFromParent) {
     const auto index = static_cast<int32_t>(model.nodes.size());
     ModelNode node;
@@ -88,10 +98,7 @@ void addNode(Model& model, const aiNode& source, int32_t parent, const Matrix& s
     node.parent = parent;
     node.helper = std::string_view(source.mName.C_Str()).find(kFbxHelper) != std::string_view::npos;
     node.name = cleanText(source.mName);
-    // Some formats name meshes only.
-    if (node.name.empty() && source.mNumMeshes > 0) {
-        node.name = cleanText(model.source->mMeshes[source.mMeshes[0]]->mName);
-    }
+    if (hasNoNameOfItsOwn(node.name) && source.mNumMeshes > 0) node.name = nameOfMesh(model, source.mMeshes[0]);
     const bool hasUnit = parent == kNoNode && model.format == kColladaReader;
     node.local = hasUnit ? withoutUnit(source.mTransformation) : Matrix(source.mTransformation);
     node.world = sceneFromParent * node.local;

@@ -14,13 +14,14 @@ namespace {
 
 constexpr Transform kIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
-Node newNode(const ModelNode& source, int32_t index, int32_t type) {
+Node newNode(const Model& model, int32_t index, int32_t type) {
+    const ModelNode& source = model.nodes[static_cast<size_t>(index)];
     Node node;
     node.type = type;
     node.name = source.name;
     node.id = nodeId(index);
     node.layer = source.layer;
-    const Matrix pose = rigidPose(source.world);
+    const Matrix pose = poseInScene(model, source.world);
     node.location = locationOf(pose);
     node.rotation = anglesOf(pose);
     return node;
@@ -33,11 +34,11 @@ std::vector<Node> placeNode(Model& model, int32_t index, std::vector<Node> child
     if (!hasMeshes && !source.marker) {
         // Groups that hold nothing are left out, and so are the nodes that a reader adds on its own.
         if (children.empty() || source.helper || source.parent == kNoNode) return children;
-        std::vector<Node> group(1, newNode(source, index, TsxGroup));
+        std::vector<Node> group(1, newNode(model, index, TsxGroup));
         group[0].children = std::move(children);
         return group;
     }
-    std::vector<Node> result(1, newNode(source, index, TsxPolyhedron));
+    std::vector<Node> result(1, newNode(model, index, TsxPolyhedron));
     if (hasMeshes) result[0].polyhedron = convertMeshes(model, index, held);
     result[0].polyhedron.vertexTransform = kIdentity;
     result[0].children = std::move(children);

@@ -55,6 +55,7 @@ void noteWhatIsLost(Model& model) {
 
 void runPasses(Model& model) {
     listNodes(model);
+    findNodeFrame(model);
     if (model.error.empty()) findSkinBones(model);
     if (model.error.empty()) assignLayers(model);
     if (model.error.empty()) findMovingBones(model);

@@ -314,7 +314,7 @@ struct Skeleton {
 
 Node newBone(const Model& model, int32_t index, const Skeleton& skeleton, bool isCopy, const BoneVertices& held) {
     const ModelNode& source = model.nodes[static_cast<size_t>(index)];
-    const Matrix pose = rigidPose(source.bind);
+    const Matrix pose = poseInScene(model, source.bind);
     Node bone;
     bone.type = TsxBone;
     bone.name = source.name + (isCopy ? "_" + std::to_string(skeleton.layer) : "");

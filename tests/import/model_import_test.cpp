@@ -158,8 +158,8 @@ TEST(ModelImport, NamesMakeLayersAndMarkers) {
     EXPECT_EQ(eye.type, 201);
     EXPECT_EQ(eye.layer, 3);
     EXPECT_EQ(eye.location, (Vec3{1, -3, 2}));
-    // A quarter turn anticlockwise about Z, which the host writes as Rz(-az).
-    EXPECT_NEAR(eye.rotation[2], -std::acos(0.0F), 1e-6F);
+    // About the model's up axis is about the scene's, anticlockwise, which the host writes as Rz(-az).
+    for (size_t k = 0; k < 3; ++k) EXPECT_NEAR(eye.rotation[k], k == 2 ? -std::acos(0.0F) : 0, 1e-6F);
     ASSERT_EQ(eye.children.size(), 1U);
     EXPECT_NEAR(eye.children[0].location[1], -2, 1e-6F);
     EXPECT_EQ(scene.nodes[3].children[0].layer, 4);
