@@ -150,8 +150,9 @@ void convertAnimations(Model& model);
 // Leaves ids out where a name says the same, and makes the others readable.
 void shortenIds(Scene& scene);
 
-// The nearest bone at or above a node, or kNoNode.
+// The nearest bone at or above a node, and the nearest above it, or kNoNode.
 int32_t boneAbove(const Model& model, int32_t node);
+int32_t parentBone(const Model& model, int32_t node);
 
 // Reads a model in this process.
 LoadResult readModel(const std::string& path, const ImportOptions& options);

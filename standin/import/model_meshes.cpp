@@ -3,6 +3,7 @@
 #include <cmath>
 #include <unordered_set>
 
+#include "standin/import/mesh_sides.h"
 #include "standin/import/model.h"
 
 // Importers split a vertex wherever its normal, texture coordinate or colour differs between faces. Here the parts are
@@ -19,7 +20,6 @@ namespace {
 constexpr int32_t kNone = -1;
 constexpr double kOpposed = -0.99;           // cosine of the angle between the normals of a sheet's two sides
 constexpr size_t kMostMaterials = 32767;     // the host numbers a polyhedron's materials in 16 bits
-constexpr size_t kMostlyWrong = 9;           // disagreeing faces for each agreeing one
 constexpr float kNoticeableWeight = 0.001F;  // a second weight below it is rounding
 
 struct Bits {
@@ -69,48 +69,6 @@ struct Part {
     int32_t material = 0;               // position in the polyhedron's list
     std::vector<int32_t> joined, uvOf;  // per vertex, kNone until it is met
 };
-
-// Files that have a place for normals but none to put there hold zeros.
-bool hasUsableNormals(const aiMesh& mesh) {
-    for (unsigned v = 0; mesh.HasNormals() && v < mesh.mNumVertices; ++v) {
-        if (mesh.mNormals[v].SquareLength() > 0) return true;
-    }
-    return false;
-}
-
-// Faces and normals that disagree nearly everywhere: one of the two looks inward.
-bool disagrees(const aiMesh& mesh) {
-    size_t agreeing = 0, disagreeing = 0;
-    for (unsigned f = 0; mesh.HasNormals() && f < mesh.mNumFaces; ++f) {
-        const aiFace& face = mesh.mFaces[f];
-        if (face.mNumIndices != 3) continue;
-        const unsigned* corner = face.mIndices;
-        const aiVector3D outward = (mesh.mVertices[corner[1]] - mesh.mVertices[corner[0]]) ^
-                                   (mesh.mVertices[corner[2]] - mesh.mVertices[corner[0]]);
-        const float sign = outward * (mesh.mNormals[corner[0]] + mesh.mNormals[corner[1]] + mesh.mNormals[corner[2]]);
-        if (sign > 0) ++agreeing;
-        if (sign < 0) ++disagreeing;
-    }
-    return disagreeing > kMostlyWrong * agreeing;
-}
-
-// The volume that the faces enclose, times six: negative when they look inward. Of an open mesh it is measured from the
-// middle of its vertices.
-double volumeOf(const aiMesh& mesh) {
-    Vector middle;
-    for (unsigned v = 0; v < mesh.mNumVertices; ++v) middle += Vector(mesh.mVertices[v]);
-    middle /= std::max(1U, mesh.mNumVertices);
-    double volume = 0;
-    for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
-        const aiFace& face = mesh.mFaces[f];
-        if (face.mNumIndices != 3) continue;
-        const Vector a = Vector(mesh.mVertices[face.mIndices[0]]) - middle;
-        const Vector b = Vector(mesh.mVertices[face.mIndices[1]]) - middle;
-        const Vector c = Vector(mesh.mVertices[face.mIndices[2]]) - middle;
-        volume += a * (b ^ c);
-    }
-    return volume;
-}
 
 class Joiner {
 public:
@@ -199,9 +157,9 @@ Part Joiner::preparePart(unsigned meshIndex) {
     part.mirrored = part.sceneFromMesh.Determinant() < 0;
     part.hasNormals = hasUsableNormals(*part.mesh);
     // Which of the two is right, the enclosed volume tells.
-    if (disagrees(*part.mesh)) {
+    if (normalsOpposeFaces(*part.mesh)) {
         ++model_.notes.turnedMeshes;
-        part.normalsInward = volumeOf(*part.mesh) > 0;
+        part.normalsInward = enclosedVolume(*part.mesh) > 0;
         part.facesInward = !part.normalsInward;
     }
     part.holds = findHolds(*part.mesh);

@@ -18,21 +18,26 @@ Vec3 cross(const Vec3& a, const Vec3& b) {
 float dot(const Vec3& a, const Vec3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
 // A box of Y-up files from (0, 0, 0) to (1, 2, 3), with split corners: every face has vertices of its own.
-std::string boxObj(const std::string& head = "o box\n") {
-    std::string text = head;
+std::string boxObj(bool normalsInward = false, bool facesInward = false) {
+    std::string text = "o box\n";
     const char* quads[] = {"0 0 3  1 0 3  1 2 3  0 2 3", "1 0 0  0 0 0  0 2 0  1 2 0", "1 0 3  1 0 0  1 2 0  1 2 3",
                            "0 0 0  0 0 3  0 2 3  0 2 0", "0 2 3  1 2 3  1 2 0  0 2 0", "0 0 0  1 0 0  1 0 3  0 0 3"};
     const char* normals[] = {"0 0 1", "0 0 -1", "1 0 0", "-1 0 0", "0 1 0", "0 -1 0"};
+    if (normalsInward) {
+        for (int k = 0; k < 6; k += 2) std::swap(normals[k], normals[k + 1]);
+    }
     text += "vt 0 0\nvt 1 0\nvt 1 0.25\nvt 0 0.25\n";
     for (const char* normal : normals) text += std::string("vn ") + normal + "\n";
     for (int q = 0; q < 6; ++q) {
         std::istringstream numbers(quads[q]);
-        std::string x, y, z, face = "f";
+        std::string x, y, z, corners;
         for (int c = 1; numbers >> x >> y >> z; ++c) {
             text += "v " + x + " " + y + " " + z + "\n";
-            face += " " + std::to_string(q * 4 + c) + "/" + std::to_string(c) + "/" + std::to_string(q + 1);
+            const std::string corner =
+                " " + std::to_string(q * 4 + c) + "/" + std::to_string(c) + "/" + std::to_string(q + 1);
+            corners = facesInward ? corner + corners : corners + corner;
         }
-        text += face + "\n";
+        text += "f" + corners + "\n";
     }
     return text;
 }
@@ -108,6 +113,19 @@ TEST(ModelImport, ScaleMirrorAndMissingNormals) {
         // The front of the triangle looks up in the file, and so do both here.
         EXPECT_GT(cross(minus(at(2), at(0)), minus(at(1), at(0)))[2], 0) << node.name;
     }
+}
+
+TEST(ModelImport, FacesAndNormalsThatDisagreeArePutRight) {
+    for (const bool normalsInward : {false, true}) {
+        const ModelFolder folder;
+        const LoadResult result = importModel(folder.write("a.obj", boxObj(normalsInward, !normalsInward)), {});
+        ASSERT_TRUE(result.scene.has_value()) << result.error;
+        expectLooksOutward(result.scene->nodes[0].polyhedron, {0.5F, -1.5F, 1});
+        EXPECT_EQ(result.warnings.size(), 1U);
+    }
+    // A room looks inward on purpose.
+    const Polyhedron room = importText("a.obj", boxObj(true, true)).nodes[0].polyhedron;
+    EXPECT_GT((*room.normals)[0][0] * (room.vertices[0][0] - 0.5F), 0);
 }
 
 TEST(ModelImport, FormatsThatAreZUpStay) {
