@@ -138,11 +138,8 @@ int deliverRefusal(const OutputFolder& folder, const ExportOptions& options, con
     return fail(session, Refused, options.scene + ": " + user.error());
 }
 
-std::vector<std::string> collectWarnings(const ExportOptions& options, const std::string& log,
-                                         const std::vector<std::string>& textures) {
+std::vector<std::string> collectWarnings(const ExportOptions& options, const std::string& log) {
     std::vector<std::string> warnings = logWarnings(log);
-    for (auto& warning : textureWarnings(textures, options.scene, options.output))
-        warnings.push_back(std::move(warning));
     const int clips = clipsFound(log);
     if (clips > 0 && !options.withAnimation && !isSequenceFile(options.output)) {
         warnings.push_back(std::to_string(clips) + (clips == 1 ? " animation isn't" : " animations aren't") +
@@ -159,9 +156,6 @@ int runExport(const ExportOptions& options, const Session& session) {
     standin::LoadResult loaded = loadScene(options.scene, options.loading);
     if (!loaded.scene) return fail(session, UnreadableInput, loaded.error);
 
-    // A scene file says what the textures are called in a host elsewhere; a model comes with its files.
-    const bool isModel = !options.scene.ends_with(".scene.json");
-    const auto textures = isModel ? textureFiles(*loaded.scene) : std::vector<std::string>();
     ExportUser user(session, folder.file());
     if (!pressExport(std::move(*loaded.scene), options, user)) {
         return fail(session, Refused, options.scene + ": " + user.lastMessage());
@@ -185,7 +179,7 @@ int runExport(const ExportOptions& options, const Session& session) {
         return fail(session, UnwritableOutput, failed);
 
     std::vector<std::string> warnings = std::move(loaded.warnings);
-    for (auto& warning : collectWarnings(options, log, textures)) warnings.push_back(std::move(warning));
+    for (auto& warning : collectWarnings(options, log)) warnings.push_back(std::move(warning));
     for (const std::string& warning : warnings) session.warning(warning);
     session.note(summary(options.output, shape, !isSequences, bytes));
     return options.strict && !warnings.empty() ? StrictWarnings : Done;

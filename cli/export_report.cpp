@@ -4,7 +4,6 @@
 #include <array>
 #include <cctype>
 #include <cstdlib>
-#include <filesystem>
 #include <numeric>
 #include <sstream>
 #include <string_view>
@@ -15,14 +14,10 @@ namespace marrowfen::cli {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::array<const char*, 15> kTags = {
     "billboard", "billboardz", "enormals", "sort", "no_strip",  "autolod=",        "size=",          "cylinder",
     "box",       "no_mipmap",  "blend",    "fps=", "priority=", "no_mipmap_trans", "no_black_border"};
 
-constexpr std::array<std::string_view, 10> kImageEndings = {".png", ".jpg", ".jpeg", ".bmp",  ".tga",
-                                                            ".gif", ".dds", ".tif",  ".tiff", ".psd"};
 constexpr size_t kNamesShown = 8;  // of a grouped warning
 
 std::string counted(int64_t count, const std::string& one) {
@@ -94,11 +89,6 @@ std::vector<std::string> lines(const std::string& log) {
     return result;
 }
 
-bool isThere(const fs::path& path) {
-    std::error_code ignored;
-    return fs::exists(path, ignored);
-}
-
 // By name: a layer without a size tag is as small as a collision level.
 bool isCollisionLevel(const Shape& shape, const Shape::DetailLevel& level) {
     const bool hasName = level.name >= 0 && static_cast<size_t>(level.name) < shape.names.size();
@@ -130,37 +120,6 @@ std::string summary(const std::string& output, const Shape& shape, bool isShapeF
     return text;
 }
 
-std::vector<std::string> textureFiles(const standin::Scene& scene) {
-    std::vector<std::string> textures;
-    for (const auto& [key, material] : scene.materials) {
-        const std::string& name = material.texture;
-        const size_t dot = name.rfind('.');
-        // A material without a texture has its own name there: only what looks like an image file counts.
-        if (dot == std::string::npos) continue;
-        const bool isImage = std::any_of(kImageEndings.begin(), kImageEndings.end(), [&](std::string_view ending) {
-            return equalIgnoringCase(std::string_view(name).substr(dot), ending);
-        });
-        if (isImage) addOnce(textures, name);
-    }
-    return textures;
-}
-
-std::vector<std::string> textureWarnings(const std::vector<std::string>& textures, const std::string& scene,
-                                         const std::string& output) {
-    std::vector<std::string> missing;
-    for (const std::string& texture : textures) {
-        const size_t slash = texture.find_last_of("/\\");
-        const std::string name = slash == std::string::npos ? texture : texture.substr(slash + 1);
-        const fs::path sceneFolder = fs::path(scene).parent_path();
-        const fs::path outputFolder = fs::path(output).parent_path();
-        const bool found =
-            isThere(sceneFolder / texture) || isThere(sceneFolder / name) || isThere(outputFolder / name);
-        if (!found) missing.push_back(texture);
-    }
-    if (missing.empty()) return {};
-    return {counted(static_cast<int64_t>(missing.size()), "texture") + " not found: " + listed(missing)};
-}
-
 std::vector<std::string> logWarnings(const std::string& log) {
     std::vector<std::string> tags, layers, nodes;
     std::string part;
@@ -171,7 +130,10 @@ std::vector<std::string> logWarnings(const std::string& log) {
             const std::string name = part.substr(0, part.rfind('('));
             if (!name.empty()) layers.push_back(name);
         }
-        if (between(line, "!\t", " isn't on a layer, skipping it.", part)) nodes.push_back(part);
+        // A group holds nothing that could be missed.
+        if (between(line, "!\t", " isn't on a layer, skipping it.", part) && !part.starts_with("group ")) {
+            nodes.push_back(part);
+        }
     }
     std::vector<std::string> warnings;
     if (!tags.empty()) warnings.push_back("unknown tags: " + listed(tags));

@@ -6,19 +6,11 @@
 #include <vector>
 
 #include "shape/shape.h"
-#include "standin/host/scene.h"
 
 namespace marrowfen::cli {
 
 // "ship.dts: 3 detail levels (120, 60 and 30 triangles), 2 materials, ..."; without geometry for a DSQ file.
 std::string summary(const std::string& output, const Shape& shape, bool isShapeFile, uintmax_t bytes);
-
-// The image files that the materials of a scene name, each once.
-std::vector<std::string> textureFiles(const standin::Scene& scene);
-
-// Of those, the ones that are neither where they say nor beside the scene or the output, as at most one warning.
-std::vector<std::string> textureWarnings(const std::vector<std::string>& textures, const std::string& scene,
-                                         const std::string& output);
 
 // What the export log says was passed over: a warning per kind, with the names in it. The log's lines end in CR LF.
 std::vector<std::string> logWarnings(const std::string& log);

@@ -91,13 +91,23 @@ std::string nameOfMesh(const Model& model, unsigned mesh) {
     return cleanText(aiString(std::filesystem::path(model.path).stem().string()));
 }
 
+// The glTF reader calls a node without a name "nodes[3]", which would make it a layer of markers. A bone needs some
+// name.
+std::string givenName(const aiString& text) {
+    const std::string name = cleanText(text);
+    constexpr std::string_view kPrefix = "nodes[";
+    if (!name.starts_with(kPrefix) || name.size() < kPrefix.size() + 2 || name.back() != ']') return name;
+    const std::string number = name.substr(kPrefix.size(), name.size() - kPrefix.size() - 1);
+    return number.find_first_not_of("0123456789") == std::string::npos ? "node" + number : name;
+}
+
 void addNode(Model& model, const aiNode& source, int32_t parent, const Matrix& sceneFromParent) {
     const auto index = static_cast<int32_t>(model.nodes.size());
     ModelNode node;
     node.source = &source;
     node.parent = parent;
     node.helper = std::string_view(source.mName.C_Str()).find(kFbxHelper) != std::string_view::npos;
-    node.name = cleanText(source.mName);
+    node.name = givenName(source.mName);
     if (hasNoNameOfItsOwn(node.name) && source.mNumMeshes > 0) node.name = nameOfMesh(model, source.mMeshes[0]);
     const bool hasUnit = parent == kNoNode && model.format == kColladaReader;
     node.local = hasUnit ? withoutUnit(source.mTransformation) : Matrix(source.mTransformation);

@@ -248,5 +248,17 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
     EXPECT_EQ(importModel("/tmp", {}).error, "/tmp: is a folder");
 }
 
+// The reader calls them "nodes[0]" and so on, which must not make them markers.
+TEST(ModelImport, NodesWithoutNamesAreVisible) {
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+    gltf.json["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", points}}}}}}}};
+    gltf.json["nodes"] = {{{"mesh", 0}}, {{"mesh", 0}}};
+    gltf.json["scenes"] = {{{"nodes", {0, 1}}}};
+    const Scene scene = importText("a.gltf", gltf.text());
+    ASSERT_EQ(scene.layers.size(), 2U);
+    EXPECT_EQ(scene.layers[1], "Detail:size=1");
+}
+
 }  // namespace
 }  // namespace marrowfen::standin
