@@ -30,7 +30,7 @@ class VertexGrid {
 public:
     using Coordinates = std::array<float, Axes>;
 
-    explicit VertexGrid(size_t expectedItems) : first_(std::bit_ceil(expectedItems * 2 + 1), kNone) {
+    explicit VertexGrid(size_t expectedItems) : first_(std::bit_ceil(expectedItems + 1), kNone) {
         items_.reserve(expectedItems);
     }
 
@@ -50,7 +50,16 @@ public:
         items_.pop_back();
     }
 
-    const Coordinates& coordinates(size_t item) const { return items_[item].at; }
+    static constexpr size_t kNotFound = SIZE_MAX;
+
+    // The last item at exactly these coordinates.
+    size_t findSame(const Coordinates& at, uint32_t salt) const {
+        if (!isFinite(at)) return kNotFound;
+        for (uint32_t i = first_[bucketOf(at, salt)]; i != kNone; i = items_[i].next) {
+            if (items_[i].salt == salt && items_[i].at == at) return i;
+        }
+        return kNotFound;
+    }
 
     // Calls visit(item) once for each item near the coordinates, bucket by bucket, in each from the last to the first
     // until visit returns false.
@@ -90,7 +99,8 @@ private:
     }
 
     static uint64_t hashAlongAxis(double coordinate, size_t axis) {
-        const double cell = std::floor(coordinate * kCellsPerUnit) + 0.0;  // no -0
+        // Round coordinates stand in the middle of a cell, where a search needs no other. (No cell is -0.)
+        const double cell = std::floor(coordinate * kCellsPerUnit + 0.5) + 0.0;
         return mixed(std::bit_cast<uint64_t>(cell) + axis);
     }
 

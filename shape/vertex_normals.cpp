@@ -49,12 +49,9 @@ Grid::Coordinates coordinatesOf(const Point3& p) { return {p.x, p.y, p.z}; }
 // A position with a NaN equals no other, so each such vertex is a site of its own.
 void addVertex(Sites& sites, const Point3& position, int32_t group, uint32_t salt) {
     const Grid::Coordinates at = coordinatesOf(position);
-    size_t site = sites.sites.size();
-    sites.own.visitNear(at, static_cast<uint32_t>(group), [&](size_t other) {
-        if (sites.own.coordinates(other) == at) site = other;
-        return site != other;
-    });
-    if (site == sites.sites.size()) {
+    size_t site = sites.own.findSame(at, static_cast<uint32_t>(group));
+    if (site == Grid::kNotFound) {
+        site = sites.sites.size();
         sites.sites.push_back({group, {}, 0, SIZE_MAX});
         sites.own.add(at, static_cast<uint32_t>(group));
         sites.near.add(at, salt);
