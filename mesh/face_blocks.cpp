@@ -153,8 +153,16 @@ void FaceBlocks::countInBlock(const Block& block, const Plane& plane, SideCounts
         if (front == Overlap::All) counts.front += all;
         return;
     }
-    const Flags anyBehind = facesIn(block, plane.behind());
-    const Flags anyInFront = facesIn(block, plane.inFront());
+    Flags anyBehind{}, anyInFront{};
+    const float lower = plane.behind().bound, upper = -plane.inFront().bound;
+    for (size_t corner = 0; corner < 3; ++corner) {
+        const auto* xyz = &block.coordinates[3 * corner];
+        for (uint32_t lane = 0; lane < kSize; ++lane) {
+            const float d = dot(plane.normal, {xyz[0][lane], xyz[1][lane], xyz[2][lane]});
+            anyBehind[lane] |= d < lower ? 1U : 0U;
+            anyInFront[lane] |= d > upper ? 1U : 0U;
+        }
+    }
     for (uint32_t lane = 0; lane < kSize; ++lane) {
         counts.behind += static_cast<int32_t>(anyBehind[lane] & ~anyInFront[lane]);
         counts.front += static_cast<int32_t>(anyInFront[lane] & ~anyBehind[lane]);
@@ -162,16 +170,20 @@ void FaceBlocks::countInBlock(const Block& block, const Plane& plane, SideCounts
     }
 }
 
-SideCounts FaceBlocks::countSides(uint32_t planeOf) const {
+SideCounts FaceBlocks::countSides(uint32_t planeOf, int32_t mostSpanning) const {
     const Plane& plane = faces_.planes[planeOf];
     SideCounts counts;
-    for (const Block& block : blocks_) countInBlock(block, plane, counts);
 
-    // Rounding may put a face off its own plane.
+    // Rounding may put a face off its own plane; the loop counts it there.
     const Side own = sideOf(faces_, planeOf, plane);
     if (own == Side::Front) --counts.front;
     if (own == Side::Behind) --counts.behind;
     if (own == Side::Spanning) --counts.spanning;
+
+    for (const Block& block : blocks_) {
+        countInBlock(block, plane, counts);
+        if (counts.spanning > mostSpanning) break;
+    }
     return counts;
 }
 

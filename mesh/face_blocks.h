@@ -28,8 +28,9 @@ public:
     // Takes a member out of later searches, not out of the counts.
     void remove(uint32_t face);
 
-    // Where the members lie from the plane of one of them; that one isn't counted.
-    SideCounts countSides(uint32_t planeOf) const;
+    // Where the members lie from the plane of one of them; that one isn't counted. Stops counting when more than
+    // mostSpanning span the plane.
+    SideCounts countSides(uint32_t planeOf, int32_t mostSpanning) const;
 
 private:
     static constexpr uint32_t kSize = 16;

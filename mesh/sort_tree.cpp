@@ -96,10 +96,10 @@ private:
 uint32_t pickDivider(const SortFaces& faces, const FaceList& members) {
     const FaceBlocks blocks(faces, members);
     uint32_t best = kNone;
-    SideCounts bestCounts;
+    SideCounts bestCounts{0, 0, INT32_MAX};
     const auto imbalance = [](const SideCounts& c) { return std::abs(c.front - c.behind); };
     for (const uint32_t face : members) {
-        const SideCounts counts = blocks.countSides(face);
+        const SideCounts counts = blocks.countSides(face, bestCounts.spanning);
         if (best == kNone || counts.spanning < bestCounts.spanning ||
             (counts.spanning == bestCounts.spanning && imbalance(counts) < imbalance(bestCounts))) {
             best = face;
