@@ -4,8 +4,8 @@
 
 #include "mesh/normal_encoding.h"
 
-// Corners are merged with an index: each host vertex heads a chain of the mesh vertices made of it so far, one for each
-// of its texture coordinates, so that a corner is found without a search through all corners.
+// Corners are merged by a hash of vertex and texture coordinate, so that a corner is found without a search through all
+// corners, however many texture coordinates meet at one vertex.
 
 namespace marrowfen {
 
@@ -18,8 +18,6 @@ constexpr size_t kFaceMaterial = 20;
 constexpr size_t kCornerVertex = 0;
 constexpr size_t kCornerUv = 4;
 constexpr size_t kCornerSize = 20;
-
-constexpr int32_t kNone = -1;
 
 template <class Value>
 Value readAt(const char* record, size_t offset) {
@@ -41,11 +39,6 @@ std::vector<int32_t> nodeOfVertex(const PolyInfo& poly, size_t vertexCount, int3
 
 // The host's triangulated copy of one polyhedron, and the corners of it that are mesh vertices already.
 struct PolyToMesh::HostPoly {
-    struct MergedCorner {
-        int32_t uv;
-        int32_t next;  // another merged corner of the same host vertex, or kNone
-    };
-
     int32_t position = 0;  // in the layer's polys
     int32_t vertexCount = 0;
     const float* positions = nullptr;  // in scene space
@@ -54,9 +47,7 @@ struct PolyToMesh::HostPoly {
     const float* uvs = nullptr;
     std::vector<int32_t> nodeOfVertex;
 
-    uint32_t base = 0;                  // mesh vertices of earlier polyhedra
-    std::vector<int32_t> firstCorner;   // per host vertex: its first merged corner, or kNone
-    std::vector<MergedCorner> corners;  // the k-th is mesh vertex base + k
+    std::unordered_map<uint64_t, uint32_t> vertexOfCorner;  // mesh vertex by host vertex and texture coordinate
 };
 
 PolyToMesh::PolyToMesh(const LayerInfo& layer, int32_t defaultNode, std::vector<Shape::Material>& materials,
@@ -109,8 +100,7 @@ void PolyToMesh::addPoly(const PolyInfo& info, int32_t position, int32_t default
 
     const auto vertexCount = static_cast<size_t>(poly.vertexCount);
     poly.nodeOfVertex = nodeOfVertex(info, vertexCount, defaultNode);
-    poly.base = static_cast<uint32_t>(vertexes.size());
-    poly.firstCorner.assign(vertexCount, kNone);
+    poly.vertexOfCorner.reserve(vertexCount);
     conversion.beginPolyhedron();
     for (int f = 0; f < faceCount; ++f) {
         const auto* face = static_cast<const char*>(faces[f]);
@@ -144,18 +134,11 @@ void PolyToMesh::addFace(HostPoly& poly, const char* face, uint32_t faceMaterial
 
 // The mesh vertex of a corner, added when no earlier corner of the polyhedron has this vertex and texture coordinate.
 uint32_t PolyToMesh::cornerVertex(HostPoly& poly, int32_t vertex, int32_t uv) {
-    int32_t* link = &poly.firstCorner[static_cast<size_t>(vertex)];
-    while (*link != kNone && poly.corners[static_cast<size_t>(*link)].uv != uv) {
-        link = &poly.corners[static_cast<size_t>(*link)].next;
-    }
-    if (*link == kNone) {
-        *link = static_cast<int32_t>(poly.corners.size());
-        const int32_t added = *link;
-        poly.corners.push_back({uv, kNone});
-        addVertex(poly, vertex, uv);
-        return poly.base + static_cast<uint32_t>(added);
-    }
-    return poly.base + static_cast<uint32_t>(*link);
+    const uint64_t corner = uint64_t{static_cast<uint32_t>(vertex)} << 32 | static_cast<uint32_t>(uv);
+    const auto next = static_cast<uint32_t>(vertexes.size());
+    const auto [entry, isNew] = poly.vertexOfCorner.try_emplace(corner, next);
+    if (isNew) addVertex(poly, vertex, uv);
+    return entry->second;
 }
 
 void PolyToMesh::addVertex(const HostPoly& poly, int32_t vertex, int32_t uv) {
