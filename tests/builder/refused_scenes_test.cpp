@@ -1,0 +1,75 @@
+// Scenes that the builder refuses, each with the error that an artist reads. Whatever the error, the host is left as it
+// was found.
+
+#include "tests/builder/build_scene.h"
+
+namespace marrowfen {
+namespace {
+
+#define TRIANGLE(layer)                                                                                   \
+    R"({"type": "polyhedron", "layer": )" #layer R"(, "vertices": [[0,0,0],[0,1,0],[1,0,0]], "faces": [)" \
+    R"({"corners": [[0,0],[1,0],[2,0]]}]})"
+#define POINTS(layer, points) R"({"type": "polyhedron", "layer": )" #layer R"(, "vertices": [)" points "]}"
+#define SIX "[0,0,0],[1,0,0],[0,1,0],[1,1,0],[0,0,1],[1,0,1]"
+#define EIGHT SIX ",[0,1,1],[1,1,1]"
+
+struct Refused {
+    const char* layers;
+    const char* nodes;
+    const char* error;
+    ExportMode mode = ExportMode::ShapeOnly;
+};
+
+const Refused kRefused[] = {
+    {R"("hull", "bounds")", TRIANGLE(1) "," POINTS(2, EIGHT) "," POINTS(2, EIGHT),
+     "More than one bounds object found, there can be only one!"},
+    {R"("bounds", "BOUNDS of it")", POINTS(1, EIGHT) "," POINTS(2, EIGHT),
+     "More than one bounds layers found, there can be only one!"},
+    {R"("bounds", "bounds")", POINTS(1, EIGHT) "," POINTS(2, SIX),
+     "More than one bounds layers found, there can be only one!"},
+    {R"("hull", "bounds")", TRIANGLE(1) "," POINTS(2, SIX), "Bounds object can only be a cube."},
+    {R"("hull", "bounds")", POINTS(2, ""), "Bounds object can only be a cube.", ExportMode::SequencesOnly},
+    {R"("hull", "collision")", TRIANGLE(2), "No meshes found to export"},
+    {R"("collision a")", "", "No meshes found to export", ExportMode::ShapeWithAnimation},
+    {R"("hull:autolod=50")", TRIANGLE(1), "Highest size mesh cannot be autolod mesh"},
+    {R"("hull:size=8", "ghost:size=9,autolod=50")", TRIANGLE(1), "Highest size mesh cannot be autolod mesh"},
+    {R"("hull", "collision", "collision:box", "collision", "collision", "collision", "collision", "collision",)"
+     R"( "collision", "collision")",
+     TRIANGLE(1), "The DTS format only supports up to 8 collision meshes."},
+    {R"("hull", "loscollision", "loscollision", "loscollision", "loscollision", "loscollision", "loscollision",)"
+     R"( "loscollision", "loscollision", "loscollision")",
+     TRIANGLE(1), "The DTS format only supports up to 8 LOS collision meshes.", ExportMode::ShapeWithAnimation},
+};
+
+constexpr const char* kAnimated = R"("host": {"playMode": 3, "activeTime": 12.5}, "clips": [
+    {"name": "on", "start": 0, "end": 2}, {"name": "off:fps=2", "start": 0, "end": 2, "enabled": false}], )";
+
+TEST(RefusedScene, IsTheStatedErrorAndLeavesTheHostAsItWas) {
+    for (const Refused& refused : kRefused) {
+        const standin::Scene scene = sceneOf(std::string(kAnimated) + R"("layers": [null, )" + refused.layers +
+                                             R"(], "nodes": [)" + refused.nodes + "]");
+        const Build build(scene, refused.mode);
+        EXPECT_EQ(build.shape->error(), refused.error) << refused.layers;
+        EXPECT_TRUE(build.host.scene() == scene) << refused.layers;
+    }
+}
+
+TEST(RefusedScene, HasAClipOfMoreKeysThanAnExportHolds) {
+    const standin::Scene scene = sceneOf(
+        R"("layers": [], "nodes": [], "clips": [{"name": "short", "start": 0, "end": 1, "enabled": false},)"
+        R"( {"name": "endless:fps=10", "start": 0, "end": 1, "length": 3e9}, {"name": "last", "start": 0, "end": 1}])");
+    const Build build(scene, ExportMode::SequencesOnly);
+    EXPECT_EQ(build.shape->error(),
+              "Clip endless has 2147483647 keyframes for each of 1 nodes; an export holds at most 16777216 keys.");
+    EXPECT_EQ(build.shape->nodeRotations.size(), 2U);
+    EXPECT_TRUE(build.host.scene() == scene);
+}
+
+TEST(AcceptedScene, NeedsNoMeshInADsqExport) {
+    const Build build(sceneOf(R"("layers": [null, "a:autolod=5"], "nodes": [])"), ExportMode::SequencesOnly);
+    EXPECT_EQ(build.shape->error(), "");
+    EXPECT_TRUE(build.shape->objects.empty() && build.shape->meshes.empty() && build.shape->subshapes.empty());
+}
+
+}  // namespace
+}  // namespace marrowfen
