@@ -119,7 +119,8 @@ void checkSorted(const Mesh& mesh, size_t i, ProblemList& list) {
                   all(mesh.frameStartCluster, isStart) &&
                   all(mesh.frameFirstTexVertex, [&](int32_t t) { return isRange(t, 0, mesh.texturevertexes); });
     for (size_t f = 0; frames && f < mesh.frameFirstVertex.size(); ++f) {
-        frames = isRange(mesh.frameFirstVertex[f], mesh.frameVertexCount[f], mesh.vertexes);
+        // The count is from before equal vertices were merged, so it may reach beyond the list.
+        frames = isRange(mesh.frameFirstVertex[f], 0, mesh.vertexes) && mesh.frameVertexCount[f] >= 0;
     }
     if (!frames) list.broken("sorted mesh whose frames lie outside its lists", at);
 }

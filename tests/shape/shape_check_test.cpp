@@ -138,7 +138,7 @@ TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
         {[](Shape& s) { s.meshes[1].clusters[1].endPrimitive = 2; },
          "broken cluster with primitives or a next cluster that aren't there: mesh 1"},
         {[](Shape& s) { s.meshes[1].clusters[1].backCluster = 0; }, "broken circle of clusters: mesh 1"},
-        {[](Shape& s) { s.meshes[1].frameVertexCount = {4}; },
+        {[](Shape& s) { s.meshes[1].frameVertexCount = {-1}; },
          "broken sorted mesh whose frames lie outside its lists: mesh 1"},
         {[](Shape& s) { s.sequences[0].nameIndex = -1; },
          "broken sequence with a name that isn't there: sequence 0 (name -1)"},
