@@ -7,9 +7,10 @@ const FLAGS = ['--no-sandbox', '--use-gl=angle', '--use-angle=swiftshader', '--e
 
 // Opens a page that can't reach anything. What goes wrong on it, and every request it makes, is collected in faults.
 export async function openOffline(viewport) {
-  const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: FLAGS });
+  const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: FLAGS, timeout: 180000 });
   const context = await browser.newContext({ viewport, offline: true });
   const page = await context.newPage();
+  page.setDefaultTimeout(180000); // drawing in software beside other work takes its time
   const faults = [];
   page.on('pageerror', (error) => faults.push(`page error: ${error.message}`));
   page.on('console', (message) => { if (message.type() === 'error') faults.push(`console: ${message.text()}`); });

@@ -6,10 +6,10 @@ import { openOffline } from './chromium.mjs';
 
 const [folder, ...pages] = process.argv.slice(2);
 const failures = [];
-const picture = { x: 20, y: 80, width: 640, height: 500 }; // the model, without the words
+const picture = { x: 20, y: 80, width: 360, height: 300 }; // the model, without the words
 
 async function testPage(path) {
-  const { browser, page, faults } = await openOffline({ width: 1000, height: 640 });
+  const { browser, page, faults } = await openOffline({ width: 720, height: 480 });
   const expect = (good, what) => { if (!good) failures.push(`${basename(path)}: ${what}`); };
   const settle = () => page.evaluate(() => new Promise((done) => { requestAnimationFrame(() => requestAnimationFrame(done)); }));
   const shot = async () => {
@@ -27,7 +27,7 @@ async function testPage(path) {
   };
 
   await page.goto(`file://${resolve(path)}`);
-  await page.waitForFunction(() => document.documentElement.dataset.ready, null, { timeout: 60000 });
+  await page.waitForFunction(() => document.documentElement.dataset.ready);
   expect(await page.getAttribute('html', 'data-ready') === 'yes', 'the model was not shown');
   expect((await page.textContent('h1')).endsWith('.dts'), 'the file is not named');
   const stats = await page.textContent('#stats');

@@ -24,7 +24,7 @@ export function makeStage(canvas, panelWidth) {
 
   const key = new DirectionalLight(0xfff3e0, 2.6);
   key.castShadow = true;
-  key.shadow.mapSize.set(2048, 2048);
+  key.shadow.mapSize.set(1024, 1024);
   key.shadow.normalBias = 0.02;
   scene.add(new HemisphereLight(0xdbe9f5, 0x4a4238, 1.5), key, key.target);
 
