@@ -28,7 +28,8 @@ LevelKind levelKind(const Shape& shape, const Shape::DetailLevel& level);
 enum class ShapeFileKind { Dts, Dsq };
 
 // Empty for a good shape. Without a broken problem each index that isn't -1 lies inside its table, each range too, and
-// each chain of parents or clusters ends. (A sorted mesh without clusters may still start its walk at cluster 0.)
+// each chain of parents or clusters ends. (Sorted meshes keep two oddities: one without clusters may start its walk at
+// cluster 0, and frameVertexCount counts the vertices before equal ones were merged.)
 std::vector<ShapeProblem> findProblems(const Shape& shape, ShapeFileKind kind = ShapeFileKind::Dts);
 
 bool anyBroken(const std::vector<ShapeProblem>& problems);
