@@ -84,10 +84,12 @@ float CollapseFinder::leastAlignment(size_t slot, const Block& block) const {
 // decided by the same faces or those beside them.
 float CollapseFinder::leastAlignment(size_t slot, float length, const Best& best) {
     const size_t count = blocks_.size();
-    const size_t first = decidingBlock_ % count;
+    const size_t first = decidingBlock_ < count ? decidingBlock_ : 0;
     float least = kInfinity;
     for (size_t i = 0; i < count; ++i) {
-        const size_t at = (i % 2 == 1 ? first + (i + 1) / 2 : first + count - i / 2) % count;
+        const size_t step = (i + 1) / 2;
+        const size_t wrapped = i % 2 == 1 ? first + step : first + count - step;
+        const size_t at = wrapped < count ? wrapped : wrapped - count;
         const float alignment = leastAlignment(slot, blocks_[at]);
         if (!(alignment < least)) continue;
         least = alignment;

@@ -13,30 +13,34 @@ class CostTree {
 public:
     static constexpr float kNever = std::numeric_limits<float>::infinity();  // the cost at the start
 
-    explicit CostTree(size_t count)
-        : leafCount_(std::bit_ceil(count + 1)), costs_(leafCount_, kNever), winners_(2 * leafCount_) {
-        for (size_t i = 0; i < leafCount_; ++i) winners_[leafCount_ + i] = static_cast<uint32_t>(i);
-        for (size_t node = leafCount_; node-- > 1;) winners_[node] = winners_[2 * node];
+    explicit CostTree(size_t count) : leafCount_(std::bit_ceil(count + 1)), nodes_(2 * leafCount_) {
+        for (size_t i = 0; i < leafCount_; ++i) nodes_[leafCount_ + i].number = static_cast<uint32_t>(i);
+        for (size_t node = leafCount_; node-- > 1;) nodes_[node] = nodes_[2 * node];
     }
 
-    uint32_t cheapest() const { return winners_[1]; }
-    float cost(uint32_t number) const { return costs_[number]; }
+    uint32_t cheapest() const { return nodes_[1].number; }
+    float lowestCost() const { return nodes_[1].cost; }
 
     // Not for a cost that isn't a number.
     void set(uint32_t number, float cost) {
-        costs_[number] = cost;
+        nodes_[leafCount_ + number].cost = cost;
         for (size_t node = (leafCount_ + number) / 2; node > 0; node /= 2) {
-            const uint32_t left = winners_[2 * node], right = winners_[2 * node + 1];
-            const uint32_t winner = costs_[right] < costs_[left] ? right : left;
-            if (winner == winners_[node] && winner != number) break;  // nothing changes from here on
-            winners_[node] = winner;
+            const Entry& left = nodes_[2 * node];
+            const Entry& right = nodes_[2 * node + 1];
+            const Entry winner = right.cost < left.cost ? right : left;
+            if (winner.number == nodes_[node].number && winner.cost == nodes_[node].cost) break;
+            nodes_[node] = winner;
         }
     }
 
 private:
+    struct Entry {
+        float cost = kNever;
+        uint32_t number = 0;
+    };
+
     size_t leafCount_;
-    std::vector<float> costs_;
-    std::vector<uint32_t> winners_;  // node n plays the winners of 2n and 2n + 1; leaves are at the end
+    std::vector<Entry> nodes_;  // node n is the winner of 2n and 2n + 1; leaves are at the end
 };
 
 }  // namespace marrowfen

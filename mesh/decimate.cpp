@@ -140,12 +140,19 @@ void Decimator::partUnlessSharingFace(uint32_t a, uint32_t b) {
     neighbors_.remove(b, a);
 }
 
-// Marks that the vertex's collapse may have changed. Until it is found it counts as 0, the least that it can be.
+// The vertex's collapse may have changed. As long as others cost nothing it only counts as 0 too, the least that it can
+// be: in flat regions most vertices never come up as the cheapest.
 void Decimator::touch(uint32_t vertex) {
-    const bool isLone = neighbors_[vertex].empty();
-    isTouched_[vertex] = !isLone;
-    costs_.set(vertex, isLone ? kLoneVertexCost : 0);
-    if (isLone) targets_[vertex] = kNone;
+    if (neighbors_[vertex].empty()) {
+        targets_[vertex] = kNone;
+        costs_.set(vertex, kLoneVertexCost);
+        isTouched_[vertex] = 0;
+    } else if (costs_.lowestCost() > 0) {
+        findCollapse(vertex);
+    } else {
+        costs_.set(vertex, 0);
+        isTouched_[vertex] = 1;
+    }
 }
 
 void Decimator::findCollapse(uint32_t vertex) {
@@ -224,7 +231,7 @@ void Decimator::destroyVertex(uint32_t vertex, uint32_t onto) {
 void Decimator::run(int32_t targetCount) {
     while (faceCount_ > targetCount) {
         const uint32_t cheapest = findCheapest();
-        if (costs_.cost(cheapest) == CostTree::kNever) break;
+        if (costs_.lowestCost() == CostTree::kNever) break;
         collapse(cheapest, targets_[cheapest]);
     }
 }
