@@ -215,6 +215,48 @@ TEST(Sort, FramesFollowOneAnother) {
     EXPECT_EQ(two.primitives.back().firstElement, one.primitives.back().firstElement + one.indices.size());
 }
 
+// Every face of the result once, by material.
+std::map<uint32_t, std::set<std::array<uint32_t, 3>>> facesByMaterial(const Mesh& mesh) {
+    std::map<uint32_t, std::set<std::array<uint32_t, 3>>> faces;
+    for (const Primitive& p : mesh.primitives) {
+        for (uint32_t i = 0; i < p.numElements; i += 3) {
+            const uint32_t* v = &mesh.indices[p.firstElement + i];
+            faces[p.material & Primitive::MaterialMask].insert({v[0], v[1], v[2]});
+        }
+    }
+    return faces;
+}
+
+// Triangles that have no plane are drawn in the first layer, whole.
+TEST(Sort, TrianglesWithoutPlaneComeFirst) {
+    const float inf = std::numeric_limits<float>::infinity();
+    const struct {
+        const char* name;
+        Point3 p0, p1, p2;
+    } cases[] = {
+        {"not a number", {inf - inf, 0, 0}, {1, 0, 0}, {0, 1, 0}},
+        {"infinite", {0, 0, 0}, {inf, 0, 0}, {0, 1, 0}},
+        {"all infinite", {inf, inf, inf}, {-inf, inf, 0}, {inf, 0, -inf}},
+        {"a point", {0.5F, 0, 0}, {0.5F, 0, 0}, {0.5F, 0, 0}},
+        {"a line", {-1, 0, 0}, {0, 0, 0}, {1, 0, 0}},
+        {"tiny", {0, 0, 0}, {1e-12F, 0, 0}, {0, 1e-12F, 0}},
+        {"huge", {0, 0, 0}, {1e10F, 0, 0}, {0, 1e10F, 0}},
+        {"largest", {-3e38F, 0, 0}, {3e38F, 0, 0}, {0, 3e38F, 1}},
+    };
+    for (const auto& c : cases) {
+        Mesh mesh = confetti(100, 0.6F, 5);
+        const auto first = static_cast<uint32_t>(mesh.vertexes.size());
+        mesh.vertexes.insert(mesh.vertexes.end(), {c.p0, c.p1, c.p2});
+        makers::addTriangle(mesh, {first, first + 1, first + 2}, Primitive::Indexed | 7);
+        const Mesh result = sorted(translucent(mesh));
+        ASSERT_GT(result.clusters.size(), 1U) << c.name;
+        const auto bad = std::find_if(result.primitives.begin(), result.primitives.end(),
+                                      [](const Primitive& p) { return p.material == (Primitive::Indexed | 7); });
+        EXPECT_LT(bad - result.primitives.begin(), result.clusters[0].endPrimitive) << c.name;
+        EXPECT_EQ(facesByMaterial(result).at(7).size(), 1U) << c.name;
+    }
+}
+
 // What a viewer draws, and the planes that decided the way.
 struct Walk {
     std::vector<std::array<uint32_t, 3>> faces;
@@ -245,18 +287,7 @@ Point3 areaNormal(const Mesh& mesh, const std::array<uint32_t, 3>& face) {
     return cross(mesh.vertexes[face[2]] - p0, mesh.vertexes[face[1]] - p0) * 0.5F;
 }
 
-// Every face of the result once, by source: each face of the input has a material of its own.
-std::map<uint32_t, std::set<std::array<uint32_t, 3>>> facesBySource(const Mesh& mesh) {
-    std::map<uint32_t, std::set<std::array<uint32_t, 3>>> faces;
-    for (const Primitive& p : mesh.primitives) {
-        for (uint32_t i = 0; i < p.numElements; i += 3) {
-            const uint32_t* v = &mesh.indices[p.firstElement + i];
-            faces[p.material & Primitive::MaterialMask].insert({v[0], v[1], v[2]});
-        }
-    }
-    return faces;
-}
-
+// So that pieces show what they are pieces of.
 Mesh withMaterialPerFace(Mesh mesh) {
     for (size_t f = 0; f < mesh.primitives.size(); ++f) {
         mesh.primitives[f].material = Primitive::Indexed | static_cast<uint32_t>(f);
@@ -268,7 +299,7 @@ TEST(Sort, SplitsKeepWindingAndArea) {
     for (uint32_t seed = 0; seed < 30; ++seed) {
         const Mesh mesh = withMaterialPerFace(seed % 2 == 0 ? confetti(120, 0.5F, seed) : makers::soup(60, 40, seed));
         const Mesh result = sorted(mesh);
-        const auto faces = facesBySource(result);
+        const auto faces = facesByMaterial(result);
         EXPECT_EQ(faces.size(), mesh.primitives.size()) << "lost a face, seed " << seed;
         for (const auto& [source, pieces] : faces) {
             const uint32_t* v = &mesh.indices[3 * source];
@@ -288,7 +319,7 @@ TEST(Sort, WalkDrawsEveryVisibleFaceOnce) {
         SCOPED_TRACE(seed);
         const Mesh mesh = sorted(translucent(seed % 2 == 0 ? confetti(150, 0.6F, seed) : latticeQuads(40, seed)));
         std::set<std::array<uint32_t, 3>> all;
-        for (const auto& [source, faces] : facesBySource(mesh)) all.insert(faces.begin(), faces.end());
+        for (const auto& [source, faces] : facesByMaterial(mesh)) all.insert(faces.begin(), faces.end());
         std::mt19937 random(seed);
         for (int view = 0; view < 20; ++view) {
             const float x = signedUnit(random), y = signedUnit(random), z = signedUnit(random);

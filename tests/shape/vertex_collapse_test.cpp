@@ -201,6 +201,28 @@ TEST(VertexCollapse, DoesNothingAfterAnError) {
     EXPECT_EQ(shape.error(), "first");
 }
 
+// Triangles that give their corners no normal: the fallback stands.
+TEST(VertexNormals, TrianglesWithoutDirection) {
+    const struct {
+        Point3 p0, p1, p2;
+        float z;  // of the first corner's normal; a good triangle here looks along -z
+    } cases[] = {
+        {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, -1},
+        {{0, 0, 0}, {1e18F, 0, 0}, {0, 1e18F, 0}, -1},
+        {{0, 0, 0}, {0.001F, 0, 0}, {0, 0.001F, 0}, -1},
+        {{0, 0, 0}, {0.0003F, 0, 0}, {0, 0.0003F, 0}, 1},
+        {{0, 0, 0}, {1, 0, 0}, {1, 0.0003F, 0}, 1},
+        {{0, 0, 0}, {1e30F, 0, 0}, {0, 1, 0}, 1},
+        {{0, 0, 0}, {0, 0, 0}, {0, 1, 0}, 1},
+        {{0, 0, 0}, {kInfinity, 0, 0}, {0, 1, 0}, 1},
+        {{0, 0, 0}, {1, 0, 0}, {0, std::nanf(""), 0}, 1},
+    };
+    for (const auto& c : cases) {
+        const Point3 normal = Collapsed(triangleMesh({c.p0, c.p1, c.p2})).mesh.normals[0];
+        EXPECT_EQ(normal, (Point3{0, 0, c.z})) << c.p1.x << ' ' << c.p2.y;
+    }
+}
+
 // Merge chains that run in circles, or out of the mesh, end.
 TEST(VertexCollapse, SurvivesBadMergeChains) {
     for (const std::vector<uint32_t>& chains : {std::vector<uint32_t>{1, 2, 3, 0}, {3, 2, 1, 0}, {9, 9, 9, 9}}) {
