@@ -1,4 +1,4 @@
-#include "tests/plain/plain_sort.h"
+#include "bench/plain/plain_sort.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "tests/plain/plain_collapse.h"
+#include "bench/plain/plain_collapse.h"
 
 #include <cmath>
 
