@@ -23,6 +23,7 @@ struct ModelNode {
     const aiNode* source = nullptr;
     int32_t parent = kNoNode;  // always a lower index
     std::string name;
+    bool unnamed = false;      // its name is made up, and names no layer
     bool helper = false;       // one of the nodes that the FBX reader splits a node's transform into
     Matrix local;              // parent-from-node
     Matrix world;              // scene-from-node as the model stands: turned to Z up and scaled
@@ -83,8 +84,8 @@ struct Model {
 // A name as the scene holds it: one line of UTF-8.
 std::string cleanText(const aiString& text);
 
-// True when a name begins with a layer's role.
-bool beginsWithRole(const std::string& name);
+// True when the node's name begins with a layer's role.
+bool namesRole(const ModelNode& node);
 
 // Finds damage that the reader let pass: indices out of range, numbers that aren't finite, missing meshes.
 void checkModel(Model& model);

@@ -51,9 +51,9 @@ bool isNamedAfterFile(const Model& model) {
 bool namesLayer(const Model& model, int32_t index) {
     const ModelNode& node = model.nodes[static_cast<size_t>(index)];
     // The nodes of a skin's skeleton often carry a colon of their own ("rig:hips").
-    if (node.helper || node.skinned) return false;
+    if (node.helper || node.skinned || node.unnamed) return false;
     if (index == 0 && isNamedAfterFile(model)) return false;
-    return beginsWithRole(node.name) || node.name.find(':') != std::string::npos;
+    return namesRole(node) || node.name.find(':') != std::string::npos;
 }
 
 int16_t layerNamed(Model& model, const std::string& name) {
@@ -81,24 +81,26 @@ Matrix withoutUnit(const aiMatrix4x4& root) {
     return matrix;
 }
 
-// Readers name what the file doesn't, such as "<STL_BINARY>".
-bool hasNoNameOfItsOwn(const std::string& name) { return name.empty() || name.front() == '<'; }
+// The number in what the glTF reader calls a node without a name: "nodes[3]", which Assimp writes out as "nodes_3". It
+// would make the node a layer of markers. Empty for other names.
+std::string madeUpNumber(const Model& model, const std::string& name) {
+    if (model.format.find("glTF") == std::string::npos || !name.starts_with("nodes") || name.size() < 7) return {};
+    const bool isBracket = name[5] == '[' && name.back() == ']';
+    const std::string number = name.substr(6, name.size() - (isBracket ? 7 : 6));
+    const bool isNumber = number.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber && (isBracket || name[5] == '_') ? number : std::string();
+}
+
+// Other readers make up names such as "<STL_BINARY>".
+bool isMadeUp(const Model& model, const std::string& name) {
+    return name.empty() || name.front() == '<' || !madeUpNumber(model, name).empty();
+}
 
 // Some formats name meshes only, some nothing at all.
 std::string nameOfMesh(const Model& model, unsigned mesh) {
     const std::string name = cleanText(model.source->mMeshes[mesh]->mName);
-    if (!hasNoNameOfItsOwn(name)) return name;
+    if (!isMadeUp(model, name)) return name;
     return cleanText(aiString(std::filesystem::path(model.path).stem().string()));
-}
-
-// The glTF reader calls a node without a name "nodes[3]", which would make it a layer of markers. A bone needs some
-// name.
-std::string givenName(const aiString& text) {
-    const std::string name = cleanText(text);
-    constexpr std::string_view kPrefix = "nodes[";
-    if (!name.starts_with(kPrefix) || name.size() < kPrefix.size() + 2 || name.back() != ']') return name;
-    const std::string number = name.substr(kPrefix.size(), name.size() - kPrefix.size() - 1);
-    return number.find_first_not_of("0123456789") == std::string::npos ? "node" + number : name;
 }
 
 void addNode(Model& model, const aiNode& source, int32_t parent, const Matrix& sceneFromParent) {
@@ -107,8 +109,12 @@ void addNode(Model& model, const aiNode& source, int32_t parent, const Matrix& s
     node.source = &source;
     node.parent = parent;
     node.helper = std::string_view(source.mName.C_Str()).find(kFbxHelper) != std::string_view::npos;
-    node.name = givenName(source.mName);
-    if (hasNoNameOfItsOwn(node.name) && source.mNumMeshes > 0) node.name = nameOfMesh(model, source.mMeshes[0]);
+    node.name = cleanText(source.mName);
+    node.unnamed = isMadeUp(model, node.name);
+    // A bone needs some name.
+    const std::string number = madeUpNumber(model, node.name);
+    if (!number.empty()) node.name = "node" + number;
+    if (node.unnamed && source.mNumMeshes > 0) node.name = nameOfMesh(model, source.mMeshes[0]);
     const bool hasUnit = parent == kNoNode && model.format == kColladaReader;
     node.local = hasUnit ? withoutUnit(source.mTransformation) : Matrix(source.mTransformation);
     node.world = sceneFromParent * node.local;
@@ -131,9 +137,10 @@ bool hasTagOfAutoLod(const std::string& name) {
 }  // namespace
 
 // Whatever begins with a role is a layer even when nothing is on it: a bounds layer's tags count without a box.
-bool beginsWithRole(const std::string& name) {
+bool namesRole(const ModelNode& node) {
     constexpr std::string_view kRoles[] = {"collision", "loscollision", "bounds", "nodes", "detail"};
-    return std::any_of(std::begin(kRoles), std::end(kRoles), [&](std::string_view r) { return beginsWith(name, r); });
+    return !node.unnamed && std::any_of(std::begin(kRoles), std::end(kRoles),
+                                        [&](std::string_view role) { return beginsWith(node.name, role); });
 }
 
 std::string cleanText(const aiString& text) {
@@ -169,7 +176,7 @@ void assignLayers(Model& model) {
         if (namesLayer(model, static_cast<int32_t>(i))) {
             node.layerName = node.name;
             node.belowNodes = false;
-            if (beginsWithRole(node.name) || hasTagOfAutoLod(node.name)) layerNamed(model, node.name);
+            if (namesRole(node) || hasTagOfAutoLod(node.name)) layerNamed(model, node.name);
         }
         const bool marker = node.belowNodes && !node.helper;
         if (node.source->mNumMeshes == 0 && !marker) continue;

@@ -102,7 +102,7 @@ void markBetweenAndBelow(Model& model) {
         ModelNode& node = model.nodes[i];
         if (node.parent == kNoNode) continue;
         const auto parent = static_cast<size_t>(node.parent);
-        belowBone[i] = (belowBone[parent] || model.nodes[parent].skinned) && !beginsWithRole(node.name);
+        belowBone[i] = (belowBone[parent] || model.nodes[parent].skinned) && !namesRole(node);
         if (belowBone[i] && (holdsBones[i] || !holdsMeshes[i])) node.skinned = true;
     }
 }
