@@ -65,18 +65,27 @@ std::string placeFault(const std::string& path) {
     return access(path.c_str(), W_OK) == 0 ? "" : fault(path, std::strerror(errno));
 }
 
+// Where a link points, there or not.
+std::string behindLinks(const std::string& path) {
+    constexpr int kMostLinks = 40;
+    fs::path result = path;
+    std::error_code fault;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(result, fault); ++i) {
+        const fs::path next = fs::read_symlink(result, fault);
+        if (fault) break;
+        result = result.parent_path() / next;
+    }
+    return result.string();
+}
+
 std::string move(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0 ? "" : fault(to, std::strerror(errno));
 }
 
 }  // namespace
 
-OutputFolder::OutputFolder(const std::string& output) : target_(output) {
-    std::error_code ignored;
-    if (fs::is_symlink(output, ignored)) {
-        const fs::path pointed = fs::weakly_canonical(output, ignored);
-        if (!ignored) target_ = pointed.string();
-    }
+OutputFolder::OutputFolder(const std::string& output) {
+    target_ = behindLinks(output);
     for (const std::string& path : {target_, target_ + ".log"}) {
         if (error_.empty()) error_ = placeFault(path);
     }

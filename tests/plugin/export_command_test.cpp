@@ -1,0 +1,188 @@
+// `marrowfen export` and `marrowfen add-node` as a person runs them: exit codes, texts, and what is left on disk.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "standin/host/scene_file.h"
+#include "tests/plugin/panel_cases.h"
+
+namespace marrowfen::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string readFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return std::move(content).str();
+}
+
+struct Result {
+    int code = -1;
+    std::string text;  // standard output and error
+};
+
+struct CommandTest : testing::Test {
+    CommandTest() {
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+        write("good.scene.json", sceneText({}, ""));
+        PanelCase refused;
+        refused.layers = R"([null, "collision", "nodes"])";
+        write("refused.scene.json", sceneText(refused, ""));
+        PanelCase odd;
+        odd.layers = R"([null, "Hull:siez=64,sort,frob", "nodes", "Spare"])";
+        odd.nodes = R"(, {"type": "skeleton", "name": "lost"})";
+        write("odd.scene.json", sceneText(odd, ""));
+        PanelCase old;
+        old.host = R"("minor": 10)";
+        write("old.scene.json", sceneText(old, ""));
+        write("broken.scene.json", "{");
+    }
+    ~CommandTest() override { fs::remove_all(folder); }
+
+    void write(const std::string& name, const std::string& content) {
+        std::ofstream(folder / name, std::ios::binary) << content;
+    }
+
+    // Runs in the folder; before is a shell command in front.
+    Result run(const std::string& arguments, const std::string& before = "true") const {
+        const std::string line =
+            "cd '" + folder.string() + "' && " + before + " && exec " MARROWFEN_COMMAND " " + arguments + " 2>&1";
+        std::FILE* pipe = popen(line.c_str(), "r");
+        Result result;
+        char text[4096];
+        while (const size_t n = std::fread(text, 1, sizeof text, pipe)) result.text.append(text, n);
+        const int status = pclose(pipe);
+        result.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        return result;
+    }
+
+    std::string files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            const std::string name = entry.path().filename().string();
+            if (!name.ends_with(".scene.json")) names.push_back(name);
+        }
+        std::sort(names.begin(), names.end());
+        std::string all;
+        for (const std::string& name : names) all += (all.empty() ? "" : " ") + name;
+        return all;
+    }
+
+    const fs::path folder = fs::path(testing::TempDir()) / ("export_command" + std::to_string(getpid()));
+};
+
+}  // namespace
+
+TEST_F(CommandTest, EndsAsTheSituationAsks) {
+    fs::create_directories(folder / "folder.dts");
+    fs::create_directories(folder / "name with blanks \xC3\xA9");
+    const std::string longName(250, 'd');
+    fs::create_directories(folder / longName / longName.substr(0, 240));
+    const std::string deep = longName + "/" + longName.substr(0, 240) + "/s.dts";
+    struct Case {
+        std::string arguments;
+        int code;
+        std::string text;  // somewhere in what is printed
+    };
+    for (const Case& c : std::vector<Case>{
+             {"export good.scene.json a.dts", 0,
+              "a.dts: 1 detail level (4 triangles), 1 material, 2 nodes, 0 sequences, "},
+             {"export good.scene.json a.dts", 0, "1 animation isn't in the file"},
+             {"export good.scene.json A.DTS --with-animation", 0,
+              "A.DTS: 1 detail level (4 triangles), 1 material, 2 nodes, 1 sequence, "},
+             {"export good.scene.json a.dsq --strict", 0, "a.dsq: 2 nodes, 1 sequence, "},
+             {"export good.scene.json 'name with blanks \xC3\xA9/\xC3\xA4 b.dts'", 0, "\xC3\xA4 b.dts: 1 detail level"},
+             {"-q export odd.scene.json q.dts", 0, ""},
+             {"-v export good.scene.json v.dts", 0, "20% Exploring shape (This may take a while)..."},
+             {"export odd.scene.json o.dts", 0,
+              "warning: unknown tags: \"siez=64\" (did you mean \"size=64\"?), \"frob\"\n"
+              "warning: layers without polyhedra, left out: Spare\nwarning: on no layer, left out: skeleton lost\n"},
+             {"export odd.scene.json o.dts --strict", 5, "o.dts: 1 detail level"},
+             {"export refused.scene.json r.dts", 1, "error: refused.scene.json: No meshes found to export\n"},
+             {"export old.scene.json a.dts", 1, "error: old.scene.json: This plug-in requires at least trueSpace 6.5"},
+             {"export good.scene.json a.txt", 2, "a.txt ends neither in .dts nor in .dsq"},
+             {"export good.scene.json .dts", 2, "neither"},
+             {"export good.scene.json", 2, "OUTPUT"},
+             {"export broken.scene.json a.dts", 3, "error: broken.scene.json"},
+             {"export none.scene.json a.dts", 3, "none.scene.json"},
+             {"export good.scene.json missing/a.dts", 4, "error: missing/a.dts: No such file or directory\n"},
+             {"export good.scene.json folder.dts", 4, "error: folder.dts: Is a directory\n"},
+             {"export good.scene.json " + deep, 4, "the path is longer than the 499 characters of the save dialog"},
+             {"add-node good.scene.json", 2, "NAME"},
+             {"add-node good.scene.json ''", 2, "a node needs a name"},
+             {"add-node good.scene.json " + std::string(64, 'n'), 2, "the name has 64 bytes; the panel takes 63"},
+             {"add-node model.obj eye", 2, "only a scene file can take a node"},
+             {"add-node none.scene.json eye", 3, "none.scene.json"},
+             {"add-node good.scene.json eye -o missing/b.scene.json", 4, "missing/b.scene.json"},
+         }) {
+        const Result result = run(c.arguments);
+        EXPECT_EQ(result.code, c.code) << c.arguments << "\n" << result.text;
+        EXPECT_NE(result.text.find(c.text), std::string::npos) << c.arguments << "\n" << result.text;
+        if (c.text.empty()) {
+            EXPECT_EQ(result.text, "");
+        }
+        if (c.code == 4 || c.code == 3) {
+            EXPECT_EQ(std::count(result.text.begin(), result.text.end(), '\n'), 1) << result.text;
+        }
+        EXPECT_EQ(files().find(".marrowfen"), std::string::npos) << c.arguments;
+    }
+}
+
+TEST_F(CommandTest, RefusedSceneLeavesTheOldFileAndItsOwnLog) {
+    write("r.dts", "old");
+    EXPECT_EQ(run("export refused.scene.json r.dts").code, 1);
+    EXPECT_EQ(readFile(folder / "r.dts"), "old");
+    EXPECT_TRUE(readFile(folder / "r.dts.log").ends_with("\r\nError: No meshes found to export"));
+    EXPECT_EQ(files(), "r.dts r.dts.log");
+}
+
+TEST_F(CommandTest, WriteFailuresLeaveTheOldFiles) {
+    ASSERT_EQ(run("export good.scene.json a.dts --with-animation").code, 0);
+    const std::string shape = readFile(folder / "a.dts");
+    const std::string log = readFile(folder / "a.dts.log");
+    // Files of at most 1 KiB and at most 0: the shape is cut, then the log too.
+    for (const char* limit : {"ulimit -f 1", "ulimit -f 0"}) {
+        const Result result = run("export good.scene.json a.dts --with-animation", limit);
+        EXPECT_NE(result.text.find("error: a.dts: incomplete"), std::string::npos) << result.text;
+        EXPECT_NE(result.text.find("File too large"), std::string::npos) << result.text;
+        EXPECT_EQ(readFile(folder / "a.dts"), shape);
+        EXPECT_EQ(readFile(folder / "a.dts.log"), log);
+        EXPECT_EQ(files(), "a.dts a.dts.log");
+    }
+}
+
+TEST_F(CommandTest, SymbolicLinkIsWrittenThrough) {
+    fs::create_directories(folder / "real");
+    fs::create_symlink("real/a.dts", folder / "a.dts");
+    EXPECT_EQ(run("export good.scene.json a.dts").code, 0);
+    EXPECT_TRUE(fs::is_symlink(folder / "a.dts"));
+    EXPECT_TRUE(fs::is_regular_file(folder / "real/a.dts"));
+}
+
+TEST_F(CommandTest, AddNodeChangesNothingElse) {
+    ASSERT_EQ(run("add-node good.scene.json mount0 -o b.scene.json").code, 0);
+    ASSERT_EQ(run("add-node b.scene.json mount0").code, 0);
+    const auto before = standin::readSceneFile((folder / "good.scene.json").string()).scene.value();
+    auto after = standin::readSceneFile((folder / "b.scene.json").string()).scene.value();
+    ASSERT_EQ(after.nodes.size(), before.nodes.size() + 2);
+    EXPECT_EQ(after.nodes.back().name, "mount0");
+    EXPECT_EQ(after.nodes.back().layer, 2);
+    after.nodes.resize(before.nodes.size());
+    ASSERT_GE(after.materials.size(), before.materials.size());
+    after.materials.resize(before.materials.size());  // the cube's two colours come behind
+    EXPECT_EQ(after, before);
+}
+
+}  // namespace marrowfen::test
