@@ -8,8 +8,8 @@ using Lines = std::vector<std::string>;
 
 const std::string kTooOld =
     "message \"This plug-in requires at least trueSpace 6.5 or 6.6 with Service Pack 2 or gameSpace 1.5.\" "
-    "(Marrowfen, information, task-modal, no owner)";
-const std::string kComplete = "message \"Export Complete\" (Marrowfen, information, task-modal, owner panel)";
+    "(Marrowfen, information, no owner)";
+const std::string kComplete = "message \"Export Complete\" (Marrowfen, information, owner panel)";
 const std::string kEmptyPanel = "panel: name \"\", animation off, list []";
 const std::string kSaveDts = "save dialog: \"\", DTS Files, All";
 const std::string kSaveDsq = "save dialog: \"\", DSQ Files, All";
@@ -24,7 +24,7 @@ const Lines kBuilding = {"progress 0 Beginning export...", "progress 10 Starting
 const Lines kGood = kBuilding + Lines{"progress 60 Saving shape...", kComplete};
 
 Lines refusal(const std::string& error) {
-    return kBuilding + Lines{"message \"" + error + "\" (Marrowfen, error, task-modal, owner panel)"};
+    return kBuilding + Lines{"message \"" + error + "\" (Marrowfen, error, owner panel)"};
 }
 
 PanelCase version(const std::string& major, const std::string& minor, bool accepted) {
@@ -110,15 +110,14 @@ std::vector<PanelCase> makeCases() {
                      {"left click: 2"},
                      {},
                      R"([null, "Detail", "node"])"});
-    cases.push_back(
-        {"nodes_layer_is_refused",
-         {"left click", "type eye", "press Add Node"},
-         {"left click: 2", "message \"Unable to create node layer.\" (Marrowfen, error, task-modal, owner panel)"},
-         {},
-         R"([null, "Detail"])",
-         {},
-         {},
-         true});
+    cases.push_back({"nodes_layer_is_refused",
+                     {"left click", "type eye", "press Add Node"},
+                     {"left click: 2", "message \"Unable to create node layer.\" (Marrowfen, error, owner panel)"},
+                     {},
+                     R"([null, "Detail"])",
+                     {},
+                     {},
+                     true});
     cases.push_back({"empty_name_adds_nothing", {"left click", "press Add Node"}, {"left click: 2"}});
     cases.push_back({"name_is_cut_to_63_bytes",
                      {"left click", "type " + std::string(70, 'x'), "press Add Node"},

@@ -35,10 +35,9 @@ std::string entries(HWND panel) {
 
 }  // namespace
 
-void PanelPerson::noteMessage(const std::string& text, const std::string& caption, bool isError, bool isTaskModal,
-                              bool isOfPanel) {
+void PanelPerson::noteMessage(const std::string& text, const std::string& caption, bool isError, bool isOfPanel) {
     note("message \"" + text + "\" (" + caption + ", " + (isError ? "error" : "information") +
-         (isTaskModal ? ", task-modal" : "") + (isOfPanel ? ", owner panel)" : ", no owner)"));
+         (isOfPanel ? ", owner panel)" : ", no owner)"));
 }
 
 void PanelPerson::noteProgress(int percent, const std::string& text) {

@@ -27,11 +27,10 @@ public:
     void play(const std::vector<std::string>& steps);
 
     // Notes; each becomes a line of `seen`.
-    void noteMessage(const std::string& text, const std::string& caption, bool isError, bool isTaskModal,
-                     bool isOfPanel);
+    void noteMessage(const std::string& text, const std::string& caption, bool isError, bool isOfPanel);
     void noteProgress(int percent, const std::string& text);
     void noteSaveDialog(const std::string& initial, const std::vector<std::string>& filters);
-    void note(const std::string& line) { seen.push_back(line); }
+    virtual void note(const std::string& line) { seen.push_back(line); }
 
     std::vector<std::string> seen;
     std::optional<std::string> fileName;  // answer to save dialogs; none cancels

@@ -83,10 +83,9 @@ public:
         const bool isOfPanel = message.owner != nullptr && message.owner == panel();
         EXPECT_TRUE(isOfPanel || message.owner == nullptr);
         EXPECT_LE(desktop_.openDialogs().size(), 1U) << "the progress dialog is closed before";
-        noteMessage(message.text, message.caption, (message.style & MB_ICONERROR) != 0,
-                    (message.style & MB_TASKMODAL) != 0, isOfPanel);
-        EXPECT_EQ(message.style & ~(MB_ICONERROR | MB_TASKMODAL),
-                  (message.style & MB_ICONERROR) != 0 ? 0U : MB_ICONINFORMATION);
+        noteMessage(message.text, message.caption, (message.style & MB_ICONERROR) != 0, isOfPanel);
+        EXPECT_TRUE(message.style == (MB_ICONERROR | MB_TASKMODAL) ||
+                    message.style == (MB_ICONINFORMATION | MB_TASKMODAL));
     }
 
     void seeRepaint(HWND dialog) override {
@@ -291,7 +290,7 @@ TEST_F(PanelFixture, FilesThatCannotBeOpenedStopNothing) {
     fs::create_directories(folder / "ship.dts");
     fs::create_directories(folder / "ship.dts.log");
     person.play({"left click", "save as ship", "press Export"});
-    EXPECT_EQ(person.seen.back(), "message \"Export Complete\" (Marrowfen, information, task-modal, owner panel)");
+    EXPECT_EQ(person.seen.back(), "message \"Export Complete\" (Marrowfen, information, owner panel)");
 }
 
 TEST_F(PanelFixture, NodeListPathThatDoesNotFitIsNoList) {
@@ -338,8 +337,7 @@ TEST_F(PanelFixture, NodeHelperAsksForANameItself) {
     HeadlessPerson person({}, folder, "");
     person.play({"left click"});
     plugin::addNode("");
-    EXPECT_EQ(person.seen.back(),
-              "message \"Please enter a name for the node\" (Marrowfen, information, task-modal, owner panel)");
+    EXPECT_EQ(person.seen.back(), "message \"Please enter a name for the node\" (Marrowfen, information, owner panel)");
     EXPECT_EQ(person.desktop().focus(), GetDlgItem(person.panel(), IDC_NODE_NAME));
     EXPECT_TRUE(findNodes(person.host().scene(), "").empty());
 }
