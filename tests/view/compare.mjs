@@ -7,7 +7,6 @@ import { existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { openOffline } from './chromium.mjs';
-import { armModel } from './arm_model.mjs';
 
 const here = dirname(fileURLToPath(import.meta.url));
 const pageFolder = join(here, '../../view/page');
@@ -20,9 +19,10 @@ const MOST_APART = 4;
 const LEAST_OUTWARD = 0.95;
 
 const CASES = [
-  { file: join(folder, 'arm.gltf'), clip: 0, times: [0, 0.5, 1, 1.5] },
   { file: `${MODELS}/glTF2/simple_skin/simple_skin.gltf`, clip: 0, times: [0, 1, 2.5] },
-  { file: `${MODELS}/glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb` },
+  { file: `${MODELS}/glTF2/BoxTextured-glTF-Binary/BoxTextured.glb` },
+  { file: `${MODELS}/FBX/spider.fbx`, ownFrames: true },
+  { file: `${MODELS}/FBX/animation_with_skeleton.fbx`, clip: 0, times: [0, 0.5], ownFrames: true },
   { file: `${MODELS}/FBX/huesitos.fbx`, clip: 0, times: [0, 0.5, 1], ownFrames: true },
 ];
 
@@ -51,7 +51,6 @@ async function bundle() {
 }
 
 mkdirSync(folder, { recursive: true });
-writeFileSync(join(folder, 'arm.gltf'), JSON.stringify(armModel()));
 const { browser, page, faults } = await openOffline({ width: 300, height: 300 });
 await page.setContent('<!doctype html><title>compare</title>');
 await page.addScriptTag({ content: await bundle() });
