@@ -31,9 +31,9 @@ constexpr std::pair<const char*, Color> kColorWords[] = {
 
 // FNV-1a with its bits stirred once more, so that the colour is the same on every machine.
 uint32_t hashOf(const std::string& text) {
-    uint32_t hash = 2166136261;
-    for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619;
-    return (hash ^ hash >> 15) * 2654435769;
+    uint32_t hash = 2166136261U;
+    for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
+    return (hash ^ hash >> 15) * 2654435769U;
 }
 
 double linearFromSrgb(double c) { return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); }
