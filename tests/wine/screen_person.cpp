@@ -243,7 +243,8 @@ void ScreenPerson::takePicture(const std::string& name) {
     if (shots_.empty()) return;
     const std::string wish = shots_ + "\\" + name + ".wanted";
     std::ofstream(wish).flush();
-    for (DWORD waited = 0; waited < kPatienceMilliseconds && GetFileAttributesA(wish.c_str()) != INVALID_FILE_ATTRIBUTES;
+    for (DWORD waited = 0;
+         waited < kPatienceMilliseconds && GetFileAttributesA(wish.c_str()) != INVALID_FILE_ATTRIBUTES;
          waited += kPollMilliseconds) {
         Sleep(kPollMilliseconds);
     }
