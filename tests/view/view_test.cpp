@@ -259,6 +259,19 @@ TEST(EmbedInPage, FillsInModelAndEscapedTitle) {
     EXPECT_EQ(view::embedInPage("<title>another page</title>", "Man", ""), "");
 }
 
+// A large hash of a name once overflowed on its way to a hue.
+TEST(ShapeToGltf, EveryNameHasAColour) {
+    Shape shape = test::riggedShape();
+    for (int i = 0; i < 200; ++i) {
+        shape.materials[0].name = "skin" + std::to_string(i);
+        const Glb glb(view::shapeToGltf(shape, "names").glb);
+        for (const json& channel : glb.json["materials"][0]["pbrMetallicRoughness"]["baseColorFactor"]) {
+            ASSERT_GE(channel.get<double>(), 0) << shape.materials[0].name;
+            ASSERT_LE(channel.get<double>(), 1) << shape.materials[0].name;
+        }
+    }
+}
+
 TEST(ShapeToGltf, NonsenseIsRefusedOrDrawn) {
     for (uint32_t seed = 0; seed < 3000; ++seed) {
         const view::GltfResult result = view::shapeToGltf(RandomShape(seed).make(), "nonsense");
