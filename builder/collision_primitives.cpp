@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "mesh/normal_encoding.h"
-#include "shape/coding.h"
+#include "ground/coding.h"
 
 namespace marrowfen {
 

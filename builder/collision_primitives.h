@@ -1,7 +1,7 @@
 #pragma once
 
 #include "mesh/mesh.h"
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

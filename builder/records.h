@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/tsxapi.h"
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

@@ -4,7 +4,7 @@
 
 #include "builder/node_name.h"
 #include "builder/tags.h"
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 
 // The first pass over the host's scene: layers by index, nodes onto their layers, layers into roles by their names.
 

@@ -3,7 +3,7 @@
 
 #include "builder/shape_builder.h"
 #include "builder/tags.h"
-#include "shape/coding.h"
+#include "ground/coding.h"
 
 // Clips become sequences: each is played in the host frame by frame, and every bone and marker leaves one key a frame.
 // A frame is set once for all nodes, since the host poses its whole scene at each change of time; the tables and the

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 #include "shape/shape.h"
 
 namespace marrowfen {

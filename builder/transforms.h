@@ -3,7 +3,7 @@
 // Node poses from the host's transforms and angles.
 
 #include "builder/records.h"
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

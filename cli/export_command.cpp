@@ -15,8 +15,8 @@
 #include "cli/export_report.h"
 #include "cli/output_folder.h"
 #include "cli/plugin_session.h"
+#include "ground/ascii.h"
 #include "plugin/resources/resource.h"
-#include "shape/ascii.h"
 
 namespace marrowfen::cli {
 

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 
 namespace marrowfen::cli {
 

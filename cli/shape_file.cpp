@@ -5,9 +5,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "shape/ascii.h"
-#include "shape/coding.h"
-#include "shape/shape_reader.h"
+#include "ground/ascii.h"
+#include "ground/coding.h"
+#include "ground/shape_reader.h"
 
 namespace marrowfen::cli {
 

@@ -7,7 +7,7 @@
 
 #include "cli/command.h"
 #include "cli/shape_file.h"
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 #include "view/added_sequences.h"
 #include "view/page_file.h"
 #include "view/shape_gltf.h"

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
+#include "ground/math.h"
 #include "mesh/corners.h"
-#include "shape/math.h"
 
 namespace marrowfen {
 

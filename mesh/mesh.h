@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

@@ -1,7 +1,7 @@
+#include "ground/coding.h"
+#include "ground/shape_buffers.h"
+#include "ground/shape_reader.h"
 #include "mesh/mesh.h"
-#include "shape/coding.h"
-#include "shape/shape_buffers.h"
-#include "shape/shape_reader.h"
 
 // The block of one mesh in the three packed buffers: scalars, the vertex and index lists, then what only skins or only
 // sorted meshes have. A Null mesh is its type word alone. Writing and reading stand side by side, section by section.

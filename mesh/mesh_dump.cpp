@@ -1,6 +1,6 @@
+#include "ground/shape_dumper.h"
 #include "mesh/mesh.h"
 #include "mesh/mesh_words.h"
-#include "shape/shape_dumper.h"
 
 // The mesh's own lines keep the indentation that the dump began with; the records inside are indented by the dumper.
 

@@ -2,8 +2,8 @@
 
 // The words by which text output names what a mesh's numbers mean.
 
+#include "ground/flag_text.h"
 #include "mesh/mesh.h"
-#include "shape/flag_text.h"
 
 namespace marrowfen {
 

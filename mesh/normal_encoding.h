@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

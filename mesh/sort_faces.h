@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "ground/math.h"
 #include "mesh/mesh.h"
-#include "shape/math.h"
 
 namespace marrowfen {
 

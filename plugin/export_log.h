@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "shape/crlf_stream.h"
+#include "ground/crlf_stream.h"
 
 namespace marrowfen::plugin {
 

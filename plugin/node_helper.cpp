@@ -4,10 +4,10 @@
 #include <fstream>
 #include <string>
 
+#include "ground/ascii.h"
 #include "host/tsxapi.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
-#include "shape/ascii.h"
 
 namespace marrowfen::plugin {
 

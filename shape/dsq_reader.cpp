@@ -1,9 +1,9 @@
 #include <istream>
 
+#include "ground/shape_buffers.h"
+#include "ground/shape_reader.h"
 #include "shape/sequence_record.h"
 #include "shape/shape.h"
-#include "shape/shape_buffers.h"
-#include "shape/shape_reader.h"
 
 // The inverse of the DSQ writer. The file holds names as text; each becomes an entry of its own in the name table.
 

@@ -3,11 +3,11 @@
 #include <cstdlib>
 #include <ostream>
 
-#include "shape/coding.h"
-#include "shape/crlf_stream.h"
+#include "ground/coding.h"
+#include "ground/crlf_stream.h"
+#include "ground/shape_buffers.h"
 #include "shape/sequence_record.h"
 #include "shape/shape.h"
-#include "shape/shape_buffers.h"
 
 // A DSQ file is the node names, the animation tables, the sequences and the triggers in one stream of words, laid out
 // in memory and written at once.

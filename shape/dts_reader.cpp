@@ -1,10 +1,10 @@
 #include <istream>
 
+#include "ground/shape_buffers.h"
+#include "ground/shape_reader.h"
 #include "shape/record_fields.h"
 #include "shape/sequence_record.h"
 #include "shape/shape.h"
-#include "shape/shape_buffers.h"
-#include "shape/shape_reader.h"
 
 // The inverse of the writer for version 24, with the differences of the versions 19 to 23. Mesh blocks of older
 // versions are read in the layout of version 24.

@@ -1,11 +1,11 @@
 #include <cassert>
 #include <ostream>
 
-#include "shape/coding.h"
+#include "ground/coding.h"
+#include "ground/shape_buffers.h"
 #include "shape/record_fields.h"
 #include "shape/sequence_record.h"
 #include "shape/shape.h"
-#include "shape/shape_buffers.h"
 
 // A DTS file is the packed buffers with all tables, then the sequences, then the material list. Everything is laid out
 // in memory and leaves in a few writes.

@@ -1,6 +1,6 @@
 #include "shape/sequence_record.h"
 
-#include "shape/coding.h"
+#include "ground/coding.h"
 #include "shape/record_fields.h"
 
 namespace marrowfen {

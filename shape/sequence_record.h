@@ -4,8 +4,8 @@
 
 #include <string>
 
+#include "ground/shape_reader.h"
 #include "shape/shape.h"
-#include "shape/shape_reader.h"
 
 namespace marrowfen {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 
 namespace marrowfen {
 

@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "ground/math.h"
 #include "mesh/mesh.h"
 #include "shape/index_set.h"
-#include "shape/math.h"
 
 namespace marrowfen {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 #include "shape/problem_list.h"
 
 namespace marrowfen {

@@ -2,7 +2,7 @@
 
 // The words by which text output names the flags of materials and sequences, in rising order of their bits.
 
-#include "shape/flag_text.h"
+#include "ground/flag_text.h"
 #include "shape/shape.h"
 
 namespace marrowfen {

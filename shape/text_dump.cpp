@@ -1,6 +1,6 @@
-#include "shape/coding.h"
+#include "ground/coding.h"
+#include "ground/shape_dumper.h"
 #include "shape/shape.h"
-#include "shape/shape_dumper.h"
 #include "shape/shape_words.h"
 
 // One block a table, one block a record, with the field names of the records.

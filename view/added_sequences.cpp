@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 #include "view/shape_fault.h"
 
 namespace marrowfen::view {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 #include "shape/shape_words.h"
 
 namespace marrowfen::view {

@@ -5,7 +5,7 @@
 #include <map>
 #include <string_view>
 
-#include "shape/ascii.h"
+#include "ground/ascii.h"
 #include "view/gltf_file.h"
 #include "view/materials_gltf.h"
 #include "view/mesh_gltf.h"

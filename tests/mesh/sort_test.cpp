@@ -10,8 +10,8 @@
 
 #include "bench/plain/mesh_makers.h"
 #include "bench/plain/plain_sort.h"
+#include "ground/coding.h"
 #include "mesh/mesh.h"
-#include "shape/coding.h"
 
 namespace marrowfen {
 namespace {

@@ -1,4 +1,4 @@
-#include "shape/crlf_stream.h"
+#include "ground/crlf_stream.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "ground/shape_dumper.h"
 #include "shape/shape.h"
-#include "shape/shape_dumper.h"
 
 namespace marrowfen {
 namespace {

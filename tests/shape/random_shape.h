@@ -2,7 +2,7 @@
 
 #include <random>
 
-#include "shape/coding.h"
+#include "ground/coding.h"
 #include "shape/shape.h"
 
 namespace marrowfen {

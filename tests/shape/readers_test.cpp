@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "shape/coding.h"
+#include "ground/coding.h"
 #include "shape/shape.h"
 #include "tests/shape/random_shape.h"
 

@@ -6,7 +6,7 @@
 
 #include "bench/plain/mesh_makers.h"
 #include "bench/plain/plain_collapse.h"
-#include "shape/coding.h"
+#include "ground/coding.h"
 #include "shape/shape.h"
 
 namespace marrowfen {

@@ -6,9 +6,9 @@
 #include <limits>
 #include <sstream>
 
-#include "shape/coding.h"
+#include "ground/coding.h"
+#include "ground/shape_buffers.h"
 #include "shape/shape.h"
-#include "shape/shape_buffers.h"
 
 namespace marrowfen {
 namespace {

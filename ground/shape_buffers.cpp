@@ -1,8 +1,8 @@
-#include "shape/shape_buffers.h"
+#include "ground/shape_buffers.h"
 
 #include <ostream>
 
-#include "shape/coding.h"
+#include "ground/coding.h"
 
 namespace marrowfen {
 

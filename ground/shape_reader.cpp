@@ -1,8 +1,8 @@
-#include "shape/shape_reader.h"
+#include "ground/shape_reader.h"
 
 #include <istream>
 
-#include "shape/coding.h"
+#include "ground/coding.h"
 
 namespace marrowfen {
 

@@ -7,7 +7,7 @@
 #include <iosfwd>
 #include <string>
 
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

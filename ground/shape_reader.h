@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 

@@ -3,7 +3,7 @@
 #include <ostream>
 #include <string>
 
-#include "shape/math.h"
+#include "ground/math.h"
 
 namespace marrowfen {
 
