@@ -1,9 +1,9 @@
 #include "bench/compare.h"
-#include "bench/plain/mesh_makers.h"
-#include "bench/plain/plain_collapse.h"
 #include "mesh/normal_encoding.h"
 #include "mesh/normal_table.h"
 #include "shape/shape.h"
+#include "tests/plain/mesh_makers.h"
+#include "tests/plain/plain_collapse.h"
 
 namespace marrowfen {
 namespace {

@@ -3,8 +3,8 @@
 #include <cfloat>
 
 #include "bench/compare.h"
-#include "bench/plain/mesh_makers.h"
-#include "bench/plain/plain_decimate.h"
+#include "tests/plain/mesh_makers.h"
+#include "tests/plain/plain_decimate.h"
 
 namespace marrowfen {
 namespace {

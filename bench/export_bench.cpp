@@ -3,10 +3,10 @@
 #include <sstream>
 
 #include "bench/compare.h"
-#include "bench/plain/plain_corners.h"
 #include "builder/shape_builder.h"
 #include "host/poly_to_mesh.h"
 #include "standin/host/host.h"
+#include "tests/plain/plain_corners.h"
 
 namespace marrowfen {
 namespace {

@@ -1,6 +1,6 @@
 #include "bench/compare.h"
-#include "bench/plain/mesh_makers.h"
-#include "bench/plain/plain_sort.h"
+#include "tests/plain/mesh_makers.h"
+#include "tests/plain/plain_sort.h"
 
 namespace marrowfen {
 namespace {

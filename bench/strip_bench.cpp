@@ -1,8 +1,8 @@
 #include <meshoptimizer.h>
 
 #include "bench/compare.h"
-#include "bench/plain/mesh_makers.h"
-#include "bench/plain/plain_strip.h"
+#include "tests/plain/mesh_makers.h"
+#include "tests/plain/plain_strip.h"
 
 namespace marrowfen {
 namespace {

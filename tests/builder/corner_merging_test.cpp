@@ -1,8 +1,8 @@
 #include <random>
 
-#include "bench/plain/plain_corners.h"
 #include "host/poly_to_mesh.h"
 #include "tests/builder/build_scene.h"
+#include "tests/plain/plain_corners.h"
 
 namespace marrowfen {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <limits>
 
-#include "bench/plain/plain_decimate.h"
 #include "tests/mesh/varied_meshes.h"
+#include "tests/plain/plain_decimate.h"
 
 namespace marrowfen {
 namespace {

@@ -8,10 +8,10 @@
 #include <random>
 #include <set>
 
-#include "bench/plain/mesh_makers.h"
-#include "bench/plain/plain_sort.h"
 #include "ground/coding.h"
 #include "mesh/mesh.h"
+#include "tests/plain/mesh_makers.h"
+#include "tests/plain/plain_sort.h"
 
 namespace marrowfen {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "bench/plain/plain_strip.h"
 #include "tests/mesh/varied_meshes.h"
+#include "tests/plain/plain_strip.h"
 
 namespace marrowfen {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "bench/plain/mesh_makers.h"
+#include "tests/plain/mesh_makers.h"
 
 namespace marrowfen::makers {
 

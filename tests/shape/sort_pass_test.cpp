@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "bench/plain/mesh_makers.h"
 #include "mesh/normal_encoding.h"
 #include "shape/shape.h"
+#include "tests/plain/mesh_makers.h"
 
 namespace marrowfen {
 namespace {

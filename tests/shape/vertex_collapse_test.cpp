@@ -4,10 +4,10 @@
 #include <limits>
 #include <random>
 
-#include "bench/plain/mesh_makers.h"
-#include "bench/plain/plain_collapse.h"
 #include "ground/coding.h"
 #include "shape/shape.h"
+#include "tests/plain/mesh_makers.h"
+#include "tests/plain/plain_collapse.h"
 
 namespace marrowfen {
 namespace {

@@ -1,4 +1,4 @@
-#include "bench/plain/plain_sort.h"
+#include "tests/plain/plain_sort.h"
 
 #include <algorithm>
 #include <cmath>

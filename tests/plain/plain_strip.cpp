@@ -1,4 +1,4 @@
-#include "bench/plain/plain_strip.h"
+#include "tests/plain/plain_strip.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "bench/plain/plain_decimate.h"
+#include "tests/plain/plain_decimate.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "bench/plain/plain_collapse.h"
+#include "tests/plain/plain_collapse.h"
 
 #include <cmath>
 
