@@ -116,8 +116,7 @@ void mergeCorners(benchmark::State& state) {
         for (const int c : {0, 1, 2, 0, 2, 3}) corners.emplace_back(face.corners[static_cast<size_t>(c)].vertex, 0);
     }
 
-    LayerInfo layer;
-    layer.polys.push_back({tsxSceneGetFirstNode(), {}, "sheet"});
+    const std::vector<PolyInfo> polys = {{SceneNode::firstOfScene(), {}, "sheet"}};
     std::vector<bench::Rival> rivals;
     if (side <= kMostPlainSide) {
         rivals.push_back({"x_plain", [] {}, [&] { benchmark::DoNotOptimize(plain::mergedCorners(corners)); }});
@@ -127,7 +126,8 @@ void mergeCorners(benchmark::State& state) {
         [&] {
             std::ostringstream log;
             std::vector<Shape::Material> materials;
-            benchmark::DoNotOptimize(PolyToMesh(layer, 0, materials, log, {}));
+            MaterialConversion conversion(materials, log, {});
+            benchmark::DoNotOptimize(PolyToMesh(polys, false, 0, conversion, log));
         },
         rivals);
     state.counters["corners"] = static_cast<double>(corners.size());

@@ -1,6 +1,7 @@
 #include "builder/collision_primitives.h"
 #include "builder/mesh_limits.h"
-#include "builder/shape_builder.h"
+#include "builder/passes.h"
+#include "ground/at.h"
 #include "host/poly_to_mesh.h"
 
 // Collision and line-of-sight meshes: one procedure on different inputs and words. An object of either kind has a mesh
@@ -9,12 +10,13 @@
 namespace marrowfen {
 
 namespace {
+
 constexpr size_t kMostLayers = 8;         // of each kind that an engine looks for
 constexpr float kCylinderDetail = 0.02F;  // four sides
 constexpr float kCollisionSize = -1;      // a level that is never drawn
-}  // namespace
 
-struct ShapeBuilder::CollisionPass {
+// What differs between the two kinds.
+struct Words {
     const char* firstLine;
     const char* typeText;
     const char* objectName;
@@ -24,76 +26,108 @@ struct ShapeBuilder::CollisionPass {
     const char* lastLine;
 };
 
-void ShapeBuilder::createCollisionMeshes() {
-    runCollisionPass({"Begin collisions", "Collision mesh = ", "CollisionObject", "Collision-", 1,
-                      "The DTS format only supports up to 8 collision meshes.", "End collisions"},
-                     collisionLayers);
-}
+constexpr Words kCollision = {"Begin collisions",
+                              "Collision mesh = ",
+                              "CollisionObject",
+                              "Collision-",
+                              1,
+                              "The DTS format only supports up to 8 collision meshes.",
+                              "End collisions"};
+constexpr Words kLosCollision = {"Begin los collisions",
+                                 "LosCollision mesh = ",
+                                 "LosCollisionObject",
+                                 "LOS-",
+                                 9,
+                                 "The DTS format only supports up to 8 LOS collision meshes.",
+                                 "End los collisions"};
 
-void ShapeBuilder::createLosCollisionMeshes() {
-    runCollisionPass({"Begin los collisions", "LosCollision mesh = ", "LosCollisionObject", "LOS-", 9,
-                      "The DTS format only supports up to 8 LOS collision meshes.", "End los collisions"},
-                     losCollisionLayers);
-}
+class CollisionPass {
+public:
+    CollisionPass(const Words& words, const std::vector<LayerInfo>& layers, Shape& shape, Notices& notices)
+        : words_(words), layers_(layers), shape_(shape), log_(notices.log()) {}
 
-void ShapeBuilder::runCollisionPass(const CollisionPass& pass, const std::vector<LayerInfo>& passLayers) {
-    log << pass.firstLine << std::endl;
-    // The last layer decides for the whole pass.
-    const CollisionType type = passLayers.empty() ? CollisionType::NoCollision : passLayers.back().collisionType;
-    if (!passLayers.empty()) log << pass.typeText << static_cast<int>(type) << std::endl;
+    void run(MaterialConversion& materials);
+
+private:
+    void addPrimitive(CollisionType primitive);
+    void addLayers(MaterialConversion& materials);
+    Shape::Object newObject(int32_t firstMesh);
+
+    const Words& words_;
+    const std::vector<LayerInfo>& layers_;
+    Shape& shape_;
+    std::ostream& log_;
+};
+
+void CollisionPass::run(MaterialConversion& materials) {
+    log_ << words_.firstLine << std::endl;
+    // The last layer decides for all.
+    const CollisionType type = layers_.empty() ? CollisionType::NoCollision : layers_.back().collisionType;
+    if (!layers_.empty()) log_ << words_.typeText << static_cast<int>(type) << std::endl;
 
     if (type == CollisionType::BoxCollision || type == CollisionType::CylinderCollision) {
-        addCollisionPrimitive(pass, type);
+        addPrimitive(type);
     } else if (type == CollisionType::MeshCollision) {
-        addCollisionLayers(pass, passLayers);
-        if (hasError()) return;
+        addLayers(materials);
+        if (shape_.hasError()) return;
     }
-    log << pass.lastLine << std::endl;
+    log_ << words_.lastLine << std::endl;
 }
 
-Shape::Object ShapeBuilder::newCollisionObject(const CollisionPass& pass, int32_t firstMesh) {
-    Object object;
-    object.name = findOrAddName(pass.objectName);
-    object.node = static_cast<int32_t>(nodes.size()) - 1;
+Shape::Object CollisionPass::newObject(int32_t firstMesh) {
+    Shape::Object object;
+    object.name = shape_.findOrAddName(words_.objectName);
+    object.node = count32(shape_.nodes) - 1;
     object.firstMesh = firstMesh;
-    object.numMeshes = static_cast<int32_t>(detailLevels.size());
+    object.numMeshes = count32(shape_.detailLevels);
     return object;
 }
 
-void ShapeBuilder::addCollisionPrimitive(const CollisionPass& pass, CollisionType primitive) {
-    const Mesh mesh = primitive == CollisionType::BoxCollision
-                          ? BoxPrimitive(bounds).mesh()
-                          : CylinderPrimitive(bounds, tubeRadius, kCylinderDetail).mesh();
-    const auto firstMesh = static_cast<int32_t>(meshes.size());
-    meshes.insert(meshes.end(), detailLevels.size(), Mesh(MeshType::Null));
-    meshes.push_back(mesh);
-    addDetailLevel(pass.levelPrefix + std::to_string(pass.firstNumber), kCollisionSize);
-    objects.push_back(newCollisionObject(pass, firstMesh));
+void CollisionPass::addPrimitive(CollisionType primitive) {
+    const auto firstMesh = count32(shape_.meshes);
+    shape_.meshes.insert(shape_.meshes.end(), shape_.detailLevels.size(), Mesh(MeshType::Null));
+    shape_.meshes.push_back(primitive == CollisionType::BoxCollision
+                                ? boxPrimitive(shape_.bounds)
+                                : cylinderPrimitive(shape_.bounds, shape_.tubeRadius, kCylinderDetail));
+    addDetailLevel(words_.levelPrefix + std::to_string(words_.firstNumber), kCollisionSize, shape_);
+    shape_.objects.push_back(newObject(firstMesh));
 }
 
-void ShapeBuilder::addCollisionLayers(const CollisionPass& pass, const std::vector<LayerInfo>& passLayers) {
+void CollisionPass::addLayers(MaterialConversion& materials) {
     // Its name comes before those of its levels, also when the pass is refused.
-    Object object = newCollisionObject(pass, static_cast<int32_t>(meshes.size()));
-    if (passLayers.size() > kMostLayers) {
-        setError(pass.limitMessage);
+    Shape::Object object = newObject(count32(shape_.meshes));
+    if (layers_.size() > kMostLayers) {
+        shape_.setError(words_.limitMessage);
         return;
     }
-    meshes.insert(meshes.end(), detailLevels.size(), Mesh(MeshType::Null));
-    int number = pass.firstNumber;
-    for (const LayerInfo& layer : passLayers) {
+    shape_.meshes.insert(shape_.meshes.end(), shape_.detailLevels.size(), Mesh(MeshType::Null));
+    int number = words_.firstNumber;
+    for (const LayerInfo& layer : layers_) {
         if (layer.collisionType != CollisionType::MeshCollision) continue;
-        Mesh mesh = PolyToMesh(layer, object.node, materials, log, textureOptions);
+        Mesh mesh = PolyToMesh(layer.polys, layer.sort, object.node, materials, log_);
         if (!mesh.hasError()) mesh.setError(fileLimitError(mesh, layer.name));
         if (mesh.hasError()) {
-            setError(mesh.error());
+            shape_.setError(mesh.error());
             return;
         }
-        meshes.push_back(std::move(mesh));
-        addDetailLevel(pass.levelPrefix + std::to_string(number++), kCollisionSize);
-        log << "Added mesh to collsion" << std::endl;
+        shape_.meshes.push_back(std::move(mesh));
+        addDetailLevel(words_.levelPrefix + std::to_string(number++), kCollisionSize, shape_);
+        log_ << "Added mesh to collsion" << std::endl;
     }
-    object.numMeshes = static_cast<int32_t>(detailLevels.size());
-    objects.push_back(object);
+    object.numMeshes = count32(shape_.detailLevels);
+    shape_.objects.push_back(object);
+}
+
+}  // namespace
+
+void createCollisionMeshes(const std::vector<LayerInfo>& layers, MaterialConversion& materials, Shape& shape,
+                           Notices& notices) {
+    CollisionPass(kCollision, layers, shape, notices).run(materials);
+}
+
+void createLosCollisionMeshes(const std::vector<LayerInfo>& layers, MaterialConversion& materials, Shape& shape,
+                              Notices& notices) {
+    CollisionPass(kLosCollision, layers, shape, notices).run(materials);
 }
 
 }  // namespace marrowfen

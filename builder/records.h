@@ -1,26 +1,16 @@
 #pragma once
 
-// What the builder notes while it scans the host's scene.
+// What the builder finds in the host's scene before it makes anything of it.
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "host/tsxapi.h"
-#include "ground/math.h"
+#include "host/materials.h"
+#include "host/poly_to_mesh.h"
+#include "host/scene_node.h"
 
 namespace marrowfen {
-
-enum class ExportMode : int { ShapeOnly = 0, ShapeWithAnimation = 1, SequencesOnly = 2 };
-
-enum class LayerKind : int {
-    UnusedLayer = 0,
-    LosCollisionLayer = 1,
-    CollisionLayer = 2,
-    DetailLayer = 3,
-    BoundsLayer = 4,
-    NodesLayer = 5,
-};
 
 enum class CollisionType : int {
     NoCollision = 0,  // of a pass without layers
@@ -29,24 +19,11 @@ enum class CollisionType : int {
     MeshCollision = 3,  // the layers' own polyhedra
 };
 
-// Binds a vertex of a polyhedron to a bone.
-struct VertexInfluence {
-    int32_t node = -1;    // index of the bone, also its shape node
-    uint32_t vertex = 0;  // the host's number of the vertex
-    Point3 position;      // axes position of the bone or joint that recorded it
-};
-
-struct PolyInfo {
-    TsxNode* node = nullptr;
-    std::vector<VertexInfluence> influences;  // in recording order; the first one of a vertex binds it
-    std::string name;
-};
-
+// A layer and what the tags in its name ask for.
 struct LayerInfo {
-    LayerKind kind = LayerKind::UnusedLayer;
     std::string name;  // tags included
     std::vector<PolyInfo> polys;
-    std::vector<TsxNode*> skeletons;  // skeletons and IK groups
+    std::vector<SceneNode> skeletons;  // skeletons and IK groups
     CollisionType collisionType = CollisionType::MeshCollision;
     int32_t size = -1;  // detail size in pixels
     uint32_t meshFlags = 0;
@@ -56,25 +33,16 @@ struct LayerInfo {
     bool strip = true;
 };
 
-// Shape-wide texture flags from the bounds layer's tags.
-struct TextureOptions {
-    bool noMipmap = false;
-    bool noMipmapTrans = false;
-    bool noBlackBorder = false;
-};
-
+// A bone or an IK group. Its position in the list of bones is its shape node too.
 struct BoneInfo {
-    enum Kind { IkGroup = 0, Bone = 2 };
-
-    Kind kind = Bone;
-    TsxNode* hostNode = nullptr;
-    int32_t parent = -1;  // index of the nearest enclosing bone or IK group, -1 for none
-    int32_t index = 0;    // own position in the list of bones, also its shape node
+    SceneNode node;
+    int32_t parent = -1;  // position of the nearest enclosing bone or IK group, -1 for none
     std::string name;
 };
 
-struct NamedNodeInfo {
-    TsxNode* hostNode = nullptr;
+// A polyhedron of a nodes layer: it becomes a node without geometry.
+struct MarkerInfo {
+    SceneNode node;
     std::string name;
 };
 
@@ -89,6 +57,19 @@ struct ClipInfo {
     uint32_t flags = 0;    // Shape::SequenceFlag bits
     int32_t fps = 0;
     int32_t priority = 1;
+};
+
+struct SceneScan {
+    std::string error;  // why nothing can be made of the scene, empty for none; the lists are unfinished then
+
+    std::vector<LayerInfo> detailLayers;        // largest size first, layers of one size by slot
+    std::vector<LayerInfo> collisionLayers;     // by slot
+    std::vector<LayerInfo> losCollisionLayers;  // by slot
+    SceneNode boundsObject;                     // of eight vertices; none without one
+    TextureOptions textureOptions;
+    std::vector<ClipInfo> clips;  // in the host's order
+    std::vector<BoneInfo> bones;  // parents before their children
+    std::vector<MarkerInfo> markers;
 };
 
 }  // namespace marrowfen

@@ -1,167 +1,189 @@
-#include "builder/shape_builder.h"
+#include "builder/scan.h"
 
 #include <algorithm>
 
-#include "builder/node_name.h"
 #include "builder/tags.h"
 #include "ground/ascii.h"
+#include "ground/at.h"
+#include "host/layers.h"
 
-// The first pass over the host's scene: layers by index, nodes onto their layers, layers into roles by their names.
+// Layers by slot, nodes onto their layers, layers into roles by their names; then clips, bones and markers.
 
 namespace marrowfen {
 
 namespace {
 
-constexpr size_t kBoundsVertices = 8;  // of a cube
+constexpr int32_t kBoundsVertices = 8;  // of a cube
+
+enum class LayerRole { Unused, Detail, Collision, LosCollision, Bounds, Nodes };
+
+struct ScannedLayer {
+    LayerRole role = LayerRole::Unused;
+    LayerInfo info;
+};
 
 // How the object scan treats a type of node.
 struct KnownType {
-    int code;
-    const char* skippedPrefix;  // logged when the node is on no layer
-    const char* title;          // logged when it is on one
+    NodeType type;
+    const char* skipped;  // logged before the name when the node is on no layer
+    const char* title;    // logged before the name when it is on one
 };
 
 constexpr KnownType kKnownTypes[] = {
-    {TsxJoint, "!\tjoint ", "\tJoint: "},         {TsxBone, "!\tbone ", "\tBone: "},
-    {TsxPolyhedron, "!\tpoly ", "\tPoly: "},      {TsxGroup, "!\tgroup ", "\tGroup: "},
-    {TsxIkGroup, "!\tik group ", "\tIK Group: "}, {TsxSkeleton, "!\tskeleton ", "\tSkeleton: "},
+    {NodeType::Joint, "joint ", "\tJoint: "},         {NodeType::Bone, "bone ", "\tBone: "},
+    {NodeType::Polyhedron, "poly ", "\tPoly: "},      {NodeType::Group, "group ", "\tGroup: "},
+    {NodeType::IkGroup, "ik group ", "\tIK Group: "}, {NodeType::Skeleton, "skeleton ", "\tSkeleton: "},
 };
 
-const KnownType* knownType(int code) {
-    for (const KnownType& type : kKnownTypes) {
-        if (type.code == code) return &type;
-    }
-    return nullptr;
+const KnownType* knownType(NodeType type) {
+    const auto* const found = std::find_if(std::begin(kKnownTypes), std::end(kKnownTypes),
+                                           [&](const KnownType& known) { return known.type == type; });
+    return found == std::end(kKnownTypes) ? nullptr : found;
 }
 
-}  // namespace
+// The layers that hold something, by slot.
+class LayerScan {
+public:
+    explicit LayerScan(Notices& notices) : notices_(notices) {}
 
-void ShapeBuilder::scanScene() {
-    scanLayers();
-    scanObjects();
-    categorizeLayers();
-    if (hasError()) return;
-    moveLayers();
-    sortDetailLayers();
-    scanClips();
-    scanNodes();
-}
+    void scanSlots();
+    void scanObjects();
+    void categorize(SceneScan& scan);
+    std::vector<LayerInfo> moveTo(SceneScan& scan);  // the nodes layers are left over
 
-void ShapeBuilder::scanLayers() {
+private:
+    void scanNode(const SceneNode& node);
+    void noteOnLayer(const SceneNode& node, const KnownType& known);
+    LayerRole categorizeLayer(LayerInfo& layer, SceneScan& scan);
+
+    Notices& notices_;
+    std::vector<ScannedLayer> layers_;
+};
+
+void LayerScan::scanSlots() {
+    std::ostream& log = notices_.log();
     log << "Beginning to scan scene for layer information..." << std::endl;
-    const int16_t count = tsxGetNumberOfLayers();
+    const int16_t count = numberOfLayerSlots();
     log << count << " layers found" << std::endl;
-    layers.resize(count > 0 ? static_cast<size_t>(count) : 0);
+    layers_.resize(count > 0 ? static_cast<size_t>(count) : 0);
     log << "End layer scan" << std::endl << std::endl;
 }
 
-void ShapeBuilder::scanObjects() {
-    log << "Beginning to scan scene for objects..." << std::endl;
-    for (TsxNode* node = tsxSceneGetFirstNode(); node != nullptr; node = tsxGNodeGetNext(node)) scanNode(node);
-    log << "End object scan" << std::endl << std::endl;
+void LayerScan::scanObjects() {
+    notices_.log() << "Beginning to scan scene for objects..." << std::endl;
+    for (SceneNode node = SceneNode::firstOfScene(); node; node = node.next()) scanNode(node);
+    notices_.log() << "End object scan" << std::endl << std::endl;
 }
 
-void ShapeBuilder::scanNode(TsxNode* node) {
-    const std::string name = nodeName(node);
-    const int16_t layerIndex = tsxGetObjectLayerIndex(node);
-    const int code = tsxSobjGetType(node);
-    if (const KnownType* type = knownType(code)) {
-        // A layer index beyond the layers has no record to go to: such a node is on no layer either.
-        if (layerIndex <= 0 || static_cast<size_t>(layerIndex) >= layers.size()) {
-            log << type->skippedPrefix << name << " isn't on a layer, skipping it." << std::endl;
+void LayerScan::scanNode(const SceneNode& node) {
+    if (const KnownType* known = knownType(node.type())) noteOnLayer(node, *known);
+    for (SceneNode child = node.firstChild(); child; child = child.next()) scanNode(child);
+}
+
+void LayerScan::noteOnLayer(const SceneNode& node, const KnownType& known) {
+    const std::string name = node.name();
+    const int16_t slot = node.layer();
+    // A slot beyond the layers has no record to go to: such a node is on no layer either.
+    if (slot <= 0 || !hasIndex(layers_, slot)) {
+        const std::string line = "!\t" + (known.skipped + name) + " isn't on a layer, skipping it.";
+        // A group holds nothing that could be missed.
+        if (known.type == NodeType::Group) {
+            notices_.log() << line << std::endl;
         } else {
-            log << type->title << name << " on layer " << layerIndex << std::endl;
-            LayerInfo& layer = layers[static_cast<size_t>(layerIndex)];
-            if (code == TsxPolyhedron) layer.polys.push_back({node, {}, name});
-            if (code == TsxIkGroup || code == TsxSkeleton) layer.skeletons.push_back(node);
+            notices_.tell(line, {&kNodeOnNoLayer, Message::Place::Node, name, known.skipped + name});
         }
+        return;
     }
-    for (TsxNode* child = tsxGNodeGetFirstChild(node); child != nullptr; child = tsxGNodeGetNext(child)) {
-        scanNode(child);
-    }
+    notices_.log() << known.title << name << " on layer " << slot << std::endl;
+    LayerInfo& layer = at(layers_, slot).info;
+    if (known.type == NodeType::Polyhedron) layer.polys.push_back({node, {}, name});
+    if (known.type == NodeType::IkGroup || known.type == NodeType::Skeleton) layer.skeletons.push_back(node);
 }
 
-void ShapeBuilder::categorizeLayers() {
+// Stops at the first error.
+void LayerScan::categorize(SceneScan& scan) {
+    std::ostream& log = notices_.log();
     log << "Beginning to categorize layers..." << std::endl;
-    for (size_t i = 0; i < layers.size(); ++i) {
-        const auto index = static_cast<int16_t>(i);
-        if (tsxIsLayerValid(index) != 1) {
+    for (size_t i = 0; i < layers_.size(); ++i) {
+        const std::optional<std::string> name = layerName(static_cast<int16_t>(i));
+        if (!name) {
             log << "Layer " << i << " isn't valid" << std::endl;
             continue;
         }
-        LayerInfo& layer = layers[i];
-        if (const char* name = tsxGetLayerName(index)) layer.name = name;
-        log << "Layer " << i << ": " << layer.name << std::endl;
-        categorizeLayer(layer);
-        if (hasError()) return;
+        log << "Layer " << i << ": " << *name << std::endl;
+        layers_[i].info.name = *name;
+        layers_[i].role = categorizeLayer(layers_[i].info, scan);
+        if (!scan.error.empty()) return;
     }
     log << "End categorization" << std::endl << std::endl;
 }
 
-void ShapeBuilder::categorizeLayer(LayerInfo& layer) {
+// Why the only polyhedron of a bounds layer can't be the shape's bounds; empty when it can.
+std::string boundsError(const LayerInfo& layer, const SceneScan& scan) {
+    if (layer.polys.size() > 1) return "More than one bounds object found, there can be only one!";
+    if (scan.boundsObject) return "More than one bounds layers found, there can be only one!";
+    const bool isCube = layer.polys.front().node.vertexCount() == kBoundsVertices;
+    return isCube ? "" : "Bounds object can only be a cube.";
+}
+
+LayerRole LayerScan::categorizeLayer(LayerInfo& layer, SceneScan& scan) {
     const std::string& name = layer.name;
-    if (beginsWithIgnoringCase(name, "collision")) {
-        layer.kind = LayerKind::CollisionLayer;
-        parseCollisionTags(name, layer, log);
-    } else if (beginsWithIgnoringCase(name, "loscollision")) {
-        layer.kind = LayerKind::LosCollisionLayer;
-        parseCollisionTags(name, layer, log);
-    } else if (beginsWithIgnoringCase(name, "bounds")) {
-        takeBoundsObject(layer);
-        if (hasError()) return;
-        layer.kind = LayerKind::BoundsLayer;
-        parseBoundsTags(name, textureOptions, log);
-    } else if (beginsWithIgnoringCase(name, "nodes")) {
-        layer.kind = LayerKind::NodesLayer;
-    } else {
-        parseDetailTags(name, layer, log);
-        if (!layer.polys.empty() || layer.autoLod) layer.kind = LayerKind::DetailLayer;
+    const bool isCollision = beginsWithIgnoringCase(name, "collision");
+    if (isCollision || beginsWithIgnoringCase(name, "loscollision")) {
+        parseCollisionTags(layer, notices_);
+        return isCollision ? LayerRole::Collision : LayerRole::LosCollision;
     }
+    if (beginsWithIgnoringCase(name, "bounds")) {
+        if (!layer.polys.empty()) {
+            scan.error = boundsError(layer, scan);
+            if (!scan.error.empty()) return LayerRole::Unused;
+            scan.boundsObject = layer.polys.front().node;
+        }
+        parseBoundsTags(name, scan.textureOptions, notices_);
+        return LayerRole::Bounds;
+    }
+    if (beginsWithIgnoringCase(name, "nodes")) return LayerRole::Nodes;
+    parseDetailTags(layer, notices_);
+    return layer.polys.empty() && !layer.autoLod ? LayerRole::Unused : LayerRole::Detail;
 }
 
-void ShapeBuilder::takeBoundsObject(const LayerInfo& layer) {
-    if (layer.polys.empty()) return;
-    TsxNode* poly = layer.polys.front().node;
-    if (layer.polys.size() > 1) {
-        setError("More than one bounds object found, there can be only one!");
-    } else if (boundsObject != nullptr) {
-        setError("More than one bounds layers found, there can be only one!");
-    } else if (tsxPolyhGetNbrVxs(poly) != kBoundsVertices) {
-        setError("Bounds object can only be a cube.");
-    } else {
-        boundsObject = poly;
-    }
-}
-
-void ShapeBuilder::moveLayers() {
+std::vector<LayerInfo> LayerScan::moveTo(SceneScan& scan) {
+    std::ostream& log = notices_.log();
     log << "Beginning to move meshes & collisions to processing lists..." << std::endl;
-    for (size_t i = 0; i < layers.size(); ++i) {
-        LayerInfo& layer = layers[i];
-        switch (layer.kind) {
-            case LayerKind::LosCollisionLayer:
-                losCollisionLayers.push_back(std::move(layer));
+    std::vector<LayerInfo> nodeLayers;
+    for (size_t i = 0; i < layers_.size(); ++i) {
+        LayerInfo& layer = layers_[i].info;
+        switch (layers_[i].role) {
+            case LayerRole::LosCollision:
+                scan.losCollisionLayers.push_back(std::move(layer));
                 break;
-            case LayerKind::CollisionLayer:
-                collisionLayers.push_back(std::move(layer));
+            case LayerRole::Collision:
+                scan.collisionLayers.push_back(std::move(layer));
                 break;
-            case LayerKind::DetailLayer:
-                detailLayers.push_back(std::move(layer));
+            case LayerRole::Detail:
+                scan.detailLayers.push_back(std::move(layer));
                 break;
-            case LayerKind::NodesLayer:
+            case LayerRole::Nodes:
                 nodeLayers.push_back(std::move(layer));
                 break;
-            case LayerKind::BoundsLayer:
+            case LayerRole::Bounds:
                 break;
-            case LayerKind::UnusedLayer:
-                log << "  Layer " << layer.name << "(" << i << ") is being dropped" << std::endl;
+            case LayerRole::Unused:
+                const std::string line = "  Layer " + layer.name + "(" + std::to_string(i) + ") is being dropped";
+                // A slot that holds no layer has no name, and nothing of it can be missed.
+                if (layer.name.empty()) {
+                    log << line << std::endl;
+                } else {
+                    notices_.tell(line, {&kLayerDropped, Message::Place::Layer, layer.name, layer.name});
+                }
                 break;
         }
     }
     log << "End object move" << std::endl << std::endl;
-    layers.clear();
+    return nodeLayers;
 }
 
-void ShapeBuilder::sortDetailLayers() {
+void sortDetailLayers(std::vector<LayerInfo>& detailLayers, std::ostream& log) {
     if (detailLayers.empty()) return;
     log << "Beginning to sort objects..." << std::endl;
     std::stable_sort(detailLayers.begin(), detailLayers.end(),
@@ -169,38 +191,36 @@ void ShapeBuilder::sortDetailLayers() {
     log << "End object sort" << std::endl << std::endl;
 }
 
-void ShapeBuilder::scanClips() {
-    log << "Beginning to scan scene for animation information" << std::endl;
-    TsxScene* scene = tsxGetScene();
-    char** clipNames = nullptr;
-    const int count = tsxClipsGetClipNames(scene, &clipNames);
-    if (count > 0) {
-        log << "  " << count << " animation clips found" << std::endl;
-        clips.resize(static_cast<size_t>(count));
-        for (size_t k = 0; k < clips.size(); ++k) readClip(scene, clipNames[k], clips[k]);
-    } else {
-        log << "  No animation clips found to export" << std::endl;
-    }
-    log << "End animation scan" << std::endl << std::endl;
-}
-
-void ShapeBuilder::scanNodes() {
-    log << "Beginning node scan" << std::endl;
-    for (std::vector<LayerInfo>* list : {&collisionLayers, &detailLayers}) {
-        for (LayerInfo& layer : *list) {
-            for (TsxNode* start : layer.skeletons) {
-                // One that lies inside another has given its bones to that one's walk.
-                if (!walkedSkeletons.contains(start)) scanSkeleton(layer, start, -1);
-            }
-        }
-    }
+std::vector<MarkerInfo> markersOf(const std::vector<LayerInfo>& nodeLayers, std::ostream& log) {
+    std::vector<MarkerInfo> markers;
     for (const LayerInfo& layer : nodeLayers) {
         for (const PolyInfo& poly : layer.polys) {
             log << " Found named node " << poly.name << std::endl;
-            namedNodes.push_back({poly.node, poly.name});
+            markers.push_back({poly.node, poly.name});
         }
     }
+    return markers;
+}
+
+}  // namespace
+
+SceneScan scanScene(Notices& notices) {
+    std::ostream& log = notices.log();
+    SceneScan scan;
+    LayerScan layers(notices);
+    layers.scanSlots();
+    layers.scanObjects();
+    layers.categorize(scan);
+    if (!scan.error.empty()) return scan;
+    const std::vector<LayerInfo> nodeLayers = layers.moveTo(scan);
+    sortDetailLayers(scan.detailLayers, log);
+    scan.clips = scanClips(notices);
+
+    log << "Beginning node scan" << std::endl;
+    scan.bones = scanBones({&scan.collisionLayers, &scan.detailLayers}, notices);
+    scan.markers = markersOf(nodeLayers, log);
     log << "End node scan" << std::endl << std::endl;
+    return scan;
 }
 
 }  // namespace marrowfen

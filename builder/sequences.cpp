@@ -1,9 +1,7 @@
-#include <algorithm>
-#include <vector>
-
-#include "builder/shape_builder.h"
-#include "builder/tags.h"
+#include "builder/passes.h"
+#include "ground/at.h"
 #include "ground/coding.h"
+#include "host/animation.h"
 
 // Clips become sequences: each is played in the host frame by frame, and every bone and marker leaves one key a frame.
 // A frame is set once for all nodes, since the host poses its whole scene at each change of time; the tables and the
@@ -13,7 +11,6 @@ namespace marrowfen {
 
 namespace {
 
-constexpr int32_t kDefaultFps = 30;  // when neither clip nor host has a usable rate
 // Keys of all sequences and nodes together: half a gigabyte in memory. A host that reports more is mistaken about a
 // clip's length.
 constexpr int64_t kMostKeys = int64_t{1} << 24;
@@ -32,138 +29,113 @@ std::vector<float> framesOf(const ClipInfo& clip, int32_t most) {
     return frames;
 }
 
-}  // namespace
+// A clip without a keyframe, or without a frame to take it from, would be a sequence that an engine can't play.
+bool hasFrames(const ClipInfo& clip) { return truncatedToInt32(clip.length) >= 1 && !framesOf(clip, 1).empty(); }
 
-void ShapeBuilder::saveAnimationState() {
-    savedPlayMode = tsxAnimGetPlayMode();
-    savedActiveTime = tsxAnimGetActiveTime();
-    tsxAnimSetPlayMode(0);
-    tsxAnimSetActiveTimeScene(0);
-}
-
-void ShapeBuilder::restoreAnimationState() {
-    tsxAnimSetPlayMode(savedPlayMode);
-    tsxAnimSetActiveTimeScene(savedActiveTime);
-}
-
-void ShapeBuilder::readClip(TsxScene* scene, const std::string& text, ClipInfo& clip) {
-    clip.fullName = text;
-    clip.name = nameWithoutTags(text);
-
-    int toggle = 0, loop = 0;
-    clip.length = tsxClipsGetClipStartEnd(scene, clip.name.c_str(), &clip.start, &clip.end, &toggle, &loop);
-    clip.toggle = toggle == 1;
-    if (loop == 1) clip.flags |= Cyclic;
-    clip.enabled = tsxClipsClipIsEnabled(scene, clip.name.c_str()) == 1;
-    const int32_t hostFps = truncatedToInt32(tsxAnimGetBaseFramerate());
-    clip.fps = hostFps;
-    clip.priority = 1;
-    if (clip.toggle) clip.length *= 2;
-    clip.length += 1;
-
-    log << "  Clip: name=" << clip.name << " start=" << clip.start << " end=" << clip.end << " length=" << clip.length
-        << " toggle=" << (clip.toggle ? 1 : 0) << " loop=" << loop << std::endl;
-    parseClipTags(clip, log);
-
-    // No duration is infinite or negative.
-    if (clip.fps <= 0) {
-        const int32_t usable = hostFps > 0 ? hostFps : kDefaultFps;
-        log << "  Frame rate " << clip.fps << " isn't positive, using " << usable << std::endl;
-        clip.fps = usable;
-    }
-}
-
-void ShapeBuilder::exportClips() {
-    if (mode == ExportMode::ShapeOnly) return;
-    TsxScene* scene = tsxGetScene();
-    log << "Beginning to export clips" << std::endl;
-    tsxClipsDisableAllClips(scene);
-    for (const ClipInfo& clip : clips) {
-        if (isExportable(clip)) exportClip(scene, clip);
-        if (hasError()) break;
-    }
-    for (const ClipInfo& clip : clips) {
-        if (clip.enabled) tsxClipsEnableClip(scene, clip.name.c_str());
-    }
-    if (hasError()) return;
-    log << "End export clips" << std::endl << std::endl;
-}
-
-// A clip without a keyframe, or without a frame to take it from, would be a sequence that an engine can't play. One
-// with far too many is an error before any memory is taken.
-bool ShapeBuilder::isExportable(const ClipInfo& clip) {
+// Why the shape can't hold the clip's keys, before any memory is taken for them; empty when it can.
+std::string keyLimitError(const ClipInfo& clip, const Shape& shape) {
     const int32_t keyFrames = truncatedToInt32(clip.length);
-    if (keyFrames < 1 || framesOf(clip, 1).empty()) {
-        log << "  Clip " << clip.name << " has no frames, skipping it" << std::endl;
-        return false;
-    }
-    const auto held = static_cast<int64_t>(nodeTranslations.size());
-    if (held + static_cast<int64_t>(nodes.size()) * keyFrames > kMostKeys) {
-        setError("Clip " + clip.name + " has " + std::to_string(keyFrames) + " keyframes for each of " +
-                 std::to_string(nodes.size()) + " nodes; an export holds at most " + std::to_string(kMostKeys) +
-                 " keys.");
-        return false;
-    }
-    return true;
+    const auto held = static_cast<int64_t>(shape.nodeTranslations.size());
+    if (held + static_cast<int64_t>(shape.nodes.size()) * keyFrames <= kMostKeys) return {};
+    return "Clip " + clip.name + " has " + std::to_string(keyFrames) + " keyframes for each of " +
+           std::to_string(shape.nodes.size()) + " nodes; an export holds at most " + std::to_string(kMostKeys) +
+           " keys.";
 }
 
-void ShapeBuilder::exportClip(TsxScene* scene, const ClipInfo& clip) {
-    tsxClipsEnableClip(scene, clip.name.c_str());
+class ClipExport {
+public:
+    ClipExport(const std::vector<BoneInfo>& bones, const std::vector<MarkerInfo>& markers, Shape& shape)
+        : bones_(bones), markers_(markers), shape_(shape) {}
 
-    Sequence s;
+    // Of a clip that plays in the host.
+    void addSequence(const ClipInfo& clip);
+
+private:
+    void sampleNodes(const Shape::Sequence& sequence, const ClipInfo& clip);
+    void sampleFrame(const Shape::Sequence& sequence, int32_t key);
+
+    const std::vector<BoneInfo>& bones_;
+    const std::vector<MarkerInfo>& markers_;
+    Shape& shape_;
+};
+
+void ClipExport::addSequence(const ClipInfo& clip) {
+    Shape::Sequence s;
     // Scripts know a sequence by the name without its tags.
-    s.nameIndex = findOrAddName(clip.name);
-    s.flags = clip.flags | UniformScale;
+    s.nameIndex = shape_.findOrAddName(clip.name);
+    s.flags = clip.flags | Shape::UniformScale;
     s.numKeyFrames = truncatedToInt32(clip.length);
     s.duration = static_cast<float>(s.numKeyFrames) / static_cast<float>(clip.fps);
     s.priority = clip.priority;
-    s.baseRotation = static_cast<int32_t>(nodeRotations.size());
-    s.baseTranslation = static_cast<int32_t>(nodeTranslations.size());
+    s.baseRotation = count32(shape_.nodeRotations);
+    s.baseTranslation = count32(shape_.nodeTranslations);
     for (IndexSet* matters : {&s.rotationMatters, &s.translationMatters}) {
-        matters->resize(bones.size() + namedNodes.size());
+        matters->resize(bones_.size() + markers_.size());
         for (size_t i = 0; i < matters->size(); ++i) matters->set(i);
     }
 
     // What isn't sampled, the block of "Root", is written all the same: at rest.
-    const size_t grown = nodeTranslations.size() + nodes.size() * static_cast<size_t>(s.numKeyFrames);
-    nodeTranslations.resize(grown);
-    nodeRotations.resize(grown);
+    const size_t grown = shape_.nodeTranslations.size() + shape_.nodes.size() * static_cast<size_t>(s.numKeyFrames);
+    shape_.nodeTranslations.resize(grown);
+    shape_.nodeRotations.resize(grown);
     sampleNodes(s, clip);
-
-    tsxClipsDisableClip(scene, clip.name.c_str());
-    sequences.push_back(s);
+    shape_.sequences.push_back(s);
 }
 
 // Each sampled node gets exactly numKeyFrames keys: surplus frames are dropped, missing ones repeat the last.
-void ShapeBuilder::sampleNodes(const Sequence& sequence, const ClipInfo& clip) {
+void ClipExport::sampleNodes(const Shape::Sequence& sequence, const ClipInfo& clip) {
     const std::vector<float> frames = framesOf(clip, sequence.numKeyFrames);
     int32_t key = 0;
     for (const float frame : frames) {
-        tsxAnimSetActiveTimeScene(frame);
+        showFrame(frame);
         sampleFrame(sequence, key++);
     }
 
-    const auto keyFrames = static_cast<size_t>(sequence.numKeyFrames);
-    const size_t sampled = bones.size() + namedNodes.size();
-    for (size_t n = 0; n < sampled; ++n) {
-        const size_t block = static_cast<size_t>(sequence.baseTranslation) + n * keyFrames;
-        const size_t last = block + frames.size() - 1;
-        for (size_t k = last + 1; k < block + keyFrames; ++k) {
-            nodeTranslations[k] = nodeTranslations[last];
-            nodeRotations[k] = nodeRotations[last];
+    for (int32_t n = 0; n < count32(bones_) + count32(markers_); ++n) {
+        const int32_t block = sequence.baseTranslation + n * sequence.numKeyFrames;
+        const int32_t last = block + count32(frames) - 1;
+        for (int32_t k = last + 1; k < block + sequence.numKeyFrames; ++k) {
+            at(shape_.nodeTranslations, k) = at(shape_.nodeTranslations, last);
+            at(shape_.nodeRotations, k) = at(shape_.nodeRotations, last);
         }
     }
 }
 
-void ShapeBuilder::sampleFrame(const Sequence& sequence, int32_t key) {
-    size_t entry = static_cast<size_t>(sequence.baseTranslation) + static_cast<size_t>(key);
-    const auto take = [&](const Pose& pose) {
-        nodeTranslations[entry] = pose.translation;
-        nodeRotations[entry] = pose.rotation;
-        entry += static_cast<size_t>(sequence.numKeyFrames);
+void ClipExport::sampleFrame(const Shape::Sequence& sequence, int32_t key) {
+    int32_t entry = sequence.baseTranslation + key;
+    const auto take = [&](const Shape::Pose& pose) {
+        at(shape_.nodeTranslations, entry) = pose.translation;
+        at(shape_.nodeRotations, entry) = pose.rotation;
+        entry += sequence.numKeyFrames;
     };
-    for (const Pose& pose : bonePoses()) take(pose);
-    for (const NamedNodeInfo& named : namedNodes) take(namedNodePose(named));
+    for (const Shape::Pose& pose : bonePoses(bones_)) take(pose);
+    for (const MarkerInfo& marker : markers_) take(markerPose(marker));
+}
+
+}  // namespace
+
+void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>& bones,
+                 const std::vector<MarkerInfo>& markers, Shape& shape, Notices& notices) {
+    std::ostream& log = notices.log();
+    log << "Beginning to export clips" << std::endl;
+    const SceneClips hostClips;
+    hostClips.disableAll();
+    ClipExport sequences(bones, markers, shape);
+    for (const ClipInfo& clip : clips) {
+        if (!hasFrames(clip)) {
+            log << "  Clip " << clip.name << " has no frames, skipping it" << std::endl;
+            continue;
+        }
+        shape.setError(keyLimitError(clip, shape));
+        if (shape.hasError()) break;
+        hostClips.enable(clip.name);
+        sequences.addSequence(clip);
+        hostClips.disable(clip.name);
+    }
+    for (const ClipInfo& clip : clips) {
+        if (clip.enabled) hostClips.enable(clip.name);
+    }
+    if (!shape.hasError()) log << "End export clips" << std::endl << std::endl;
 }
 
 }  // namespace marrowfen

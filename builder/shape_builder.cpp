@@ -1,52 +1,87 @@
 #include "builder/shape_builder.h"
 
+#include "builder/passes.h"
+#include "builder/scan.h"
+#include "ground/at.h"
+#include "host/animation.h"
+#include "host/polyhedron.h"
+
 namespace marrowfen {
 
-ShapeBuilder::ShapeBuilder(std::ostream& exportLog, ExportMode exportMode) : log(exportLog), mode(exportMode) {
-    saveAnimationState();
-    build();
-    // Also after an error: the artist's scene is left as it was found.
-    restoreAnimationState();
+namespace {
+
+void measure(Shape& shape) {
+    shape.computeCenter();
+    shape.computeRadius();
+    shape.computeTubeRadius();
 }
 
-void ShapeBuilder::build() {
-    scanScene();
-    if (hasError()) return;
-    checkDetailLayers();
-    if (hasError()) return;
-    createNodes();
-    if (mode != ExportMode::SequencesOnly) {
-        createGeometry();
-        if (hasError()) return;
-    }
-    exportClips();
+// One subshape holds everything, and every object shows itself.
+void createSubShape(Shape& shape) {
+    Shape::SubShape subshape;
+    subshape.numNodes = count32(shape.nodes);
+    subshape.numObjects = count32(shape.objects);
+    subshape.numDecals = count32(shape.decals);
+    shape.subshapes.push_back(subshape);
+    shape.objectStates.resize(shape.objects.size());
 }
 
-void ShapeBuilder::createGeometry() {
-    createObjects();
-    if (hasError()) return;
+// The box around the object where it stands in the scene.
+void takeBoundsOf(const SceneNode& object, Shape& shape) {
+    const PlacedVertices vertices(object, object.name());
+    if (!vertices.error().empty()) return shape.setError(vertices.error());
+    shape.bounds = emptyBox();
+    for (int32_t v = 0; v < vertices.count(); ++v) widen(shape.bounds, vertices[v]);
+}
+
+void createGeometry(const SceneScan& scan, Shape& shape, Notices& notices) {
+    MaterialConversion materials(shape.materials, notices.log(), scan.textureOptions);
+    createObjects(scan.detailLayers, materials, shape, notices);
+    if (shape.hasError()) return;
 
     // The collision passes build on the bounds of the visible geometry.
-    computeBounds();
-    computeCenter();
-    computeRadius();
-    computeTubeRadius();
-    createCollisionMeshes();
-    if (hasError()) return;
-    createLosCollisionMeshes();
-    if (hasError()) return;
-    createSubShape();
-    if (hasError()) return;
+    shape.computeBounds();
+    measure(shape);
+    createCollisionMeshes(scan.collisionLayers, materials, shape, notices);
+    if (shape.hasError()) return;
+    createLosCollisionMeshes(scan.losCollisionLayers, materials, shape, notices);
+    if (shape.hasError()) return;
+    createSubShape(shape);
 
-    if (boundsObject != nullptr) {
-        boundsFromObject();
+    if (scan.boundsObject) {
+        takeBoundsOf(scan.boundsObject, shape);
     } else {
-        computeBounds();
+        shape.computeBounds();
     }
-    computeCenter();
-    computeRadius();
-    computeTubeRadius();
-    setSmallestSize(0);
+    measure(shape);
+    shape.setSmallestSize(0);
+}
+
+void build(ExportMode mode, Shape& shape, Notices& notices) {
+    const SceneScan scan = scanScene(notices);
+    shape.setError(scan.error);
+    const bool hasGeometry = mode != ExportMode::SequencesOnly;
+    if (!shape.hasError() && hasGeometry) checkDetailLayers(scan.detailLayers, shape);
+    if (shape.hasError()) return;
+    createNodes(scan.bones, scan.markers, shape, notices);
+    if (hasGeometry) createGeometry(scan, shape, notices);
+    if (shape.hasError()) return;
+    if (mode == ExportMode::ShapeOnly) {
+        for (const ClipInfo& clip : scan.clips) {
+            notices.tell({&kClipLeftOut, Message::Place::Clip, clip.name, clip.name});
+        }
+    } else {
+        exportClips(scan.clips, scan.bones, scan.markers, shape, notices);
+    }
+}
+
+}  // namespace
+
+ShapeBuilder::ShapeBuilder(std::ostream& log, ExportMode mode, const MessageListener& listener) {
+    // Put back after an error too: the artist's scene is left as it was found.
+    const StoppedPlayback playback;
+    Notices notices(log, listener);
+    build(mode, *this, notices);
 }
 
 }  // namespace marrowfen

@@ -1,11 +1,11 @@
 #include "builder/tags.h"
 
 #include <algorithm>
-#include <functional>
 #include <string_view>
 #include <vector>
 
 #include "ground/ascii.h"
+#include "ground/near_word.h"
 #include "shape/shape.h"
 
 namespace marrowfen {
@@ -14,18 +14,72 @@ namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 
-// A row of a tag set: a flag matches the whole tag, a value row what begins with its prefix ("size=").
-struct Tag {
+// A flag is the whole tag, a value tag what begins with its word ("size=").
+struct TagWord {
     std::string_view text;
-    std::string_view found;             // logged when the row matches
-    std::string_view valueLabel;        // logged before the value; empty for a flag
-    std::function<void(int32_t)> take;  // a flag is given 0
+    std::string_view found;       // logged when a tag matches
+    std::string_view valueLabel;  // logged before the value; empty for a flag
 
     bool isFlag() const { return valueLabel.empty(); }
     bool matches(std::string_view tag) const {
         return isFlag() ? equalIgnoringCase(tag, text) : beginsWithIgnoringCase(tag, text);
     }
 };
+
+// A row of a role's tags.
+template <class Record>
+struct Tag {
+    TagWord word;
+    void (*take)(Record& record, int32_t value);  // a flag is given 0
+};
+
+constexpr Tag<LayerInfo> kDetailTags[] = {
+    {{"billboard", "  Found billboard tag", ""}, [](LayerInfo& l, int32_t) { l.meshFlags |= Billboard; }},
+    {{"billboardz", "  Found billboardz tag", ""},
+     [](LayerInfo& l, int32_t) { l.meshFlags |= Billboard | BillboardZ; }},
+    {{"enormals", "  Found encoded normals tag", ""}, [](LayerInfo& l, int32_t) { l.meshFlags |= EncodedNormals; }},
+    {{"sort", "  Found sort tag", ""}, [](LayerInfo& l, int32_t) { l.sort = true; }},
+    {{"no_strip", "  Found no_strip tag", ""}, [](LayerInfo& l, int32_t) { l.strip = false; }},
+    {{"autolod=", "  Found autolod tag: ", "Percent = "},
+     [](LayerInfo& l, int32_t value) {
+         l.autoLod = true;
+         l.autoLodPercent = value;
+     }},
+    {{"size=", "  Found size tag: ", "  Size = "}, [](LayerInfo& l, int32_t value) { l.size = value; }},
+};
+
+constexpr Tag<LayerInfo> kCollisionTags[] = {
+    {{"cylinder", "  Found cylinder tag.", ""},
+     [](LayerInfo& l, int32_t) { l.collisionType = CollisionType::CylinderCollision; }},
+    {{"box", "  Found box tag.", ""}, [](LayerInfo& l, int32_t) { l.collisionType = CollisionType::BoxCollision; }},
+};
+
+constexpr Tag<TextureOptions> kBoundsTags[] = {
+    {{"no_mipmap", "  Found no_mipmap tag.", ""}, [](TextureOptions& o, int32_t) { o.noMipmap = true; }},
+    {{"no_mipmap_trans", "  Found no_mipmap_trans tag.", ""},
+     [](TextureOptions& o, int32_t) { o.noMipmapTrans = true; }},
+    {{"no_black_border", "  Found no_black_border tag.", ""},
+     [](TextureOptions& o, int32_t) { o.noBlackBorder = true; }},
+};
+
+constexpr Tag<ClipInfo> kClipTags[] = {
+    {{"blend", "  Found blend tag", ""}, [](ClipInfo& c, int32_t) { c.flags |= Shape::Blend; }},
+    {{"fps=", "  Found fps tag: ", "FPS = "}, [](ClipInfo& c, int32_t value) { c.fps = value; }},
+    {{"priority=", "  Found priority tag: ", "Priority = "}, [](ClipInfo& c, int32_t value) { c.priority = value; }},
+};
+
+// The words of all tags, of whatever role.
+std::vector<std::string_view> knownWords() {
+    std::vector<std::string_view> words;
+    const auto add = [&](const auto& tags) {
+        for (const auto& tag : tags) words.push_back(tag.word.text);
+    };
+    add(kDetailTags);
+    add(kCollisionTags);
+    add(kBoundsTags);
+    add(kClipTags);
+    return words;
+}
 
 std::string_view trimmed(std::string_view text) {
     const size_t first = text.find_first_not_of(kWhiteSpace);
@@ -49,82 +103,86 @@ int32_t decimalValue(std::string_view text) {
     return static_cast<int32_t>(negative ? -value : std::min(value, kBeyond - 1));
 }
 
-void applyTag(std::string_view tag, const std::vector<Tag>& rows, std::ostream& log) {
-    for (const Tag& row : rows) {
-        if (!row.matches(tag)) continue;
-        log << row.found;
-        const std::string_view valueText = tag.substr(row.text.size());
-        if (row.isFlag()) {
-            row.take(0);
-        } else if (!valueText.empty()) {
-            const int32_t value = decimalValue(valueText);
-            row.take(value);
-            log << row.valueLabel << value;
-        }
-        log << std::endl;
-        return;
-    }
-    log << "  Unknown tag: " << tag << std::endl;
+// An unknown tag in quotes, with the known one that it was probably meant to be: its word without white space is near,
+// and it has or hasn't a value.
+std::string quotedWithGuess(std::string_view tag) {
+    const size_t equals = std::min(tag.find('='), tag.size());
+    std::string word;
+    std::copy_if(tag.begin(), tag.begin() + static_cast<ptrdiff_t>(equals), std::back_inserter(word),
+                 [](char c) { return kWhiteSpace.find(c) == std::string_view::npos; });
+    if (equals < tag.size()) word += '=';
+
+    std::string guess(nearWord(word, knownWords()));
+    if (guess.ends_with('=') && equals < tag.size()) guess += tag.substr(equals + 1);
+    return "\"" + std::string(tag) + "\"" + (guess.empty() ? "" : " (did you mean \"" + guess + "\"?)");
 }
 
-// shownName is what the log says; the tags are those of fullName.
-void parseTags(std::string_view shownName, std::string_view fullName, const std::vector<Tag>& rows, std::ostream& log) {
-    log << "  Searching " << shownName << " for tags..." << std::endl;
+// Whose name carries the tags.
+struct Owner {
+    Message::Place place;
+    const std::string& name;  // without tags for a clip
+};
+
+template <class Record, size_t Count>
+void applyTag(std::string_view text, const Tag<Record> (&tags)[Count], Record& record, const Owner& owner,
+              Notices& notices) {
+    const auto* const tag =
+        std::find_if(std::begin(tags), std::end(tags), [&](const Tag<Record>& row) { return row.word.matches(text); });
+    if (tag == std::end(tags)) {
+        notices.tell("  Unknown tag: " + std::string(text),
+                     {&kUnknownTag, owner.place, owner.name, quotedWithGuess(text)});
+        return;
+    }
+    std::ostream& log = notices.log();
+    log << tag->word.found;
+    const std::string_view valueText = text.substr(tag->word.text.size());
+    if (tag->word.isFlag()) {
+        tag->take(record, 0);
+    } else if (!valueText.empty()) {
+        const int32_t value = decimalValue(valueText);
+        tag->take(record, value);
+        log << tag->word.valueLabel << value;
+    }
+    log << std::endl;
+}
+
+// The tags of fullName, trimmed; an empty one has white space between its commas.
+std::vector<std::string_view> tagsOf(std::string_view fullName) {
     const size_t colon = fullName.find(':');
     std::string_view list = colon == std::string_view::npos ? std::string_view() : fullName.substr(colon + 1);
+    std::vector<std::string_view> tags;
     while (!list.empty()) {
         const std::string_view tag = list.substr(0, list.find(','));
         list.remove_prefix(std::min(tag.size() + 1, list.size()));
-        if (!tag.empty()) applyTag(trimmed(tag), rows, log);
+        if (!tag.empty()) tags.push_back(trimmed(tag));
     }
-    log << "  Done searching." << std::endl;
+    return tags;
+}
+
+template <class Record, size_t Count>
+void parseTags(std::string_view fullName, const Tag<Record> (&tags)[Count], Record& record, const Owner& owner,
+               Notices& notices) {
+    notices.log() << "  Searching " << owner.name << " for tags..." << std::endl;
+    for (const std::string_view text : tagsOf(fullName)) applyTag(text, tags, record, owner, notices);
+    notices.log() << "  Done searching." << std::endl;
 }
 
 }  // namespace
 
-void parseDetailTags(const std::string& name, LayerInfo& layer, std::ostream& log) {
-    const auto addFlags = [&](uint32_t flags) { return [&layer, flags](int32_t) { layer.meshFlags |= flags; }; };
-    const std::vector<Tag> rows = {
-        {"billboard", "  Found billboard tag", "", addFlags(Billboard)},
-        {"billboardz", "  Found billboardz tag", "", addFlags(Billboard | BillboardZ)},
-        {"enormals", "  Found encoded normals tag", "", addFlags(EncodedNormals)},
-        {"sort", "  Found sort tag", "", [&](int32_t) { layer.sort = true; }},
-        {"no_strip", "  Found no_strip tag", "", [&](int32_t) { layer.strip = false; }},
-        {"autolod=", "  Found autolod tag: ", "Percent = ",
-         [&](int32_t value) {
-             layer.autoLod = true;
-             layer.autoLodPercent = value;
-         }},
-        {"size=", "  Found size tag: ", "  Size = ", [&](int32_t value) { layer.size = value; }},
-    };
-    parseTags(name, name, rows, log);
+void parseDetailTags(LayerInfo& layer, Notices& notices) {
+    parseTags(layer.name, kDetailTags, layer, {Message::Place::Layer, layer.name}, notices);
 }
 
-void parseCollisionTags(const std::string& name, LayerInfo& layer, std::ostream& log) {
-    const std::vector<Tag> rows = {
-        {"cylinder", "  Found cylinder tag.", "",
-         [&](int32_t) { layer.collisionType = CollisionType::CylinderCollision; }},
-        {"box", "  Found box tag.", "", [&](int32_t) { layer.collisionType = CollisionType::BoxCollision; }},
-    };
-    parseTags(name, name, rows, log);
+void parseCollisionTags(LayerInfo& layer, Notices& notices) {
+    parseTags(layer.name, kCollisionTags, layer, {Message::Place::Layer, layer.name}, notices);
 }
 
-void parseBoundsTags(const std::string& name, TextureOptions& options, std::ostream& log) {
-    const std::vector<Tag> rows = {
-        {"no_mipmap", "  Found no_mipmap tag.", "", [&](int32_t) { options.noMipmap = true; }},
-        {"no_mipmap_trans", "  Found no_mipmap_trans tag.", "", [&](int32_t) { options.noMipmapTrans = true; }},
-        {"no_black_border", "  Found no_black_border tag.", "", [&](int32_t) { options.noBlackBorder = true; }},
-    };
-    parseTags(name, name, rows, log);
+void parseBoundsTags(const std::string& layerName, TextureOptions& options, Notices& notices) {
+    parseTags(layerName, kBoundsTags, options, {Message::Place::Layer, layerName}, notices);
 }
 
-void parseClipTags(ClipInfo& clip, std::ostream& log) {
-    const std::vector<Tag> rows = {
-        {"blend", "  Found blend tag", "", [&](int32_t) { clip.flags |= Shape::Blend; }},
-        {"fps=", "  Found fps tag: ", "FPS = ", [&](int32_t value) { clip.fps = value; }},
-        {"priority=", "  Found priority tag: ", "Priority = ", [&](int32_t value) { clip.priority = value; }},
-    };
-    parseTags(clip.name, clip.fullName, rows, log);
+void parseClipTags(ClipInfo& clip, Notices& notices) {
+    parseTags(clip.fullName, kClipTags, clip, {Message::Place::Clip, clip.name}, notices);
 }
 
 std::string nameWithoutTags(const std::string& name) { return name.substr(0, name.find(':')); }

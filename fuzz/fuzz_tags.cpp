@@ -11,15 +11,18 @@ using namespace marrowfen;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string name(reinterpret_cast<const char*>(data), size);
     std::ostringstream log;
+    const MessageListener listener = [](const Message& message) { REQUIRE(message.kind == &kUnknownTag); };
+    Notices notices(log, listener);
     LayerInfo layer;
-    parseDetailTags(name, layer, log);
-    parseCollisionTags(name, layer, log);
+    layer.name = name;
+    parseDetailTags(layer, notices);
+    parseCollisionTags(layer, notices);
     REQUIRE(layer.collisionType >= CollisionType::BoxCollision && layer.collisionType <= CollisionType::MeshCollision);
     TextureOptions options;
-    parseBoundsTags(name, options, log);
+    parseBoundsTags(name, options, notices);
     ClipInfo clip;
     clip.fullName = name;
-    parseClipTags(clip, log);
+    parseClipTags(clip, notices);
     REQUIRE(name.compare(0, nameWithoutTags(name).size(), nameWithoutTags(name)) == 0);
     return 0;
 }

@@ -4,6 +4,10 @@
 #include <cmath>
 #include <sstream>
 
+#include "host/host_text.h"
+#include "host/scratch_material.h"
+#include "host/tsxapi.h"
+
 namespace marrowfen {
 
 namespace {
@@ -12,21 +16,25 @@ constexpr uint32_t kMapFlags = Shape::DetailMapFlag | Shape::BumpMapFlag | Shape
 constexpr uint8_t kOpaqueFrom = 175;      // opacity bytes below it are translucent
 constexpr float kValueTolerance = 0.01F;  // between detail scales and reflections of one material
 constexpr int kEnvironmentShaderSlot = 3;
+constexpr int kShaderNameSize = 32;          // bytes of the host's answer, the terminating zero included
+constexpr int kTextureNameSize = 256;        // likewise
 constexpr size_t kParameterNameLength = 62;  // bytes of a parameter's name that count
 
 // One parameter of an environment-map shader: taken into info, or noted in the log.
 void readShaderParameter(TsxShaderInfo* shader, int index, MaterialInfo& info, std::ostream& log) {
     TsxParameterValue* value = tsxShaderInfoGetParameterValue(shader, index);
+    if (value == nullptr) return;
     const std::string name =
-        std::string(tsxShaderInfoGetConstParameterName(shader, index)).substr(0, kParameterNameLength);
+        hostText(tsxShaderInfoGetConstParameterName(shader, index)).substr(0, kParameterNameLength);
     const int type = tsxParameterValueGetType(value);
 
     float number = 0;
-    const char* text = "";
+    const char* lentText = nullptr;
     unsigned char flag = 0;
     if (type == TsxFloatParameter) tsxParameterValueGetData(value, &number);
-    if (type == TsxTextParameter) tsxParameterValueGetData(value, &text);
+    if (type == TsxTextParameter) tsxParameterValueGetData(value, &lentText);
     if (type == TsxFlagParameter) tsxParameterValueGetData(value, &flag);
+    const std::string text = hostText(lentText);
 
     if (name == "mirror factor") {
         if (type == TsxFloatParameter) info.mirrorFactor = number;
@@ -46,7 +54,7 @@ void readShaderParameter(TsxShaderInfo* shader, int index, MaterialInfo& info, s
 void readEnvironmentShader(TsxMaterial* material, MaterialInfo& info, std::ostream& log) {
     if (tsxMaterialIsShaderBoxNull(material) != 0 || tsxMaterialIsShaderBoxValid(material) != 1) return;
     TsxShaderInfo* shader = tsxMaterialGetShaderInfo(material, kEnvironmentShaderSlot);
-    char name[32] = {};
+    char name[kShaderNameSize] = {};
     if (shader == nullptr || tsxShaderInfoGetShaderName(shader, name) != 1 || std::string_view(name) != "c_envr_map")
         return;
 
@@ -56,7 +64,7 @@ void readEnvironmentShader(TsxMaterial* material, MaterialInfo& info, std::ostre
 }
 
 void readMaterialInfo(TsxMaterial* material, MaterialInfo& info, std::ostream& log) {
-    char fileName[256] = {};
+    char fileName[kTextureNameSize] = {};
     tsxMaterialGetTextureFilename(material, fileName, sizeof fileName);
     info.textureName = reducedFileName(fileName[0] != 0 ? fileName : "Unnamed");
 
@@ -88,27 +96,27 @@ MaterialConversion::MaterialConversion(std::vector<Shape::Material>& materials, 
     for (size_t i = 0; i < materials.size(); ++i) byName_[materials[i].name].push_back(static_cast<int32_t>(i));
 }
 
-const MaterialConversion::HostMaterial& MaterialConversion::hostMaterial(TsxNode* polyhedron, int16_t materialNumber) {
+const MaterialConversion::HostMaterial& MaterialConversion::hostMaterial(const SceneNode& polyhedron,
+                                                                         int16_t materialNumber) {
     const auto [entry, isNew] = hostMaterials_.try_emplace(materialNumber);
     HostMaterial& found = entry->second;
     if (!isNew) return found;
 
-    TsxMaterial* scratch = nullptr;
-    tsxMaterialCreate(&scratch);
-    found.known = tsxPolyhGetMaterial(polyhedron, materialNumber, scratch) == 1;
-    if (found.known) {
-        std::ostringstream lines;
-        readMaterialInfo(scratch, found.info, lines);
-        found.logText = lines.str();
-        unsigned char color[4] = {};
-        tsxMaterialGetColor(scratch, color);
-        found.opacity = color[3];
-    }
-    tsxMaterialDestroy(scratch);
+    const ScratchMaterial scratch;
+    found.known =
+        scratch.handle() != nullptr && tsxPolyhGetMaterial(polyhedron.handle(), materialNumber, scratch.handle()) == 1;
+    if (!found.known) return found;
+
+    std::ostringstream lines;
+    readMaterialInfo(scratch.handle(), found.info, lines);
+    found.logText = lines.str();
+    unsigned char color[4] = {};
+    tsxMaterialGetColor(scratch.handle(), color);
+    found.opacity = color[3];
     return found;
 }
 
-uint32_t MaterialConversion::faceMaterial(TsxNode* polyhedron, int16_t materialNumber) {
+uint32_t MaterialConversion::faceMaterial(const SceneNode& polyhedron, int16_t materialNumber) {
     const HostMaterial& material = hostMaterial(polyhedron, materialNumber);
     if (!material.known) return Primitive::NoMaterial;
     if (!material.logText.empty()) log_ << material.logText << std::flush;

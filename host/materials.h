@@ -9,11 +9,17 @@
 #include <unordered_map>
 #include <vector>
 
-#include "builder/records.h"
-#include "host/tsxapi.h"
+#include "host/scene_node.h"
 #include "shape/shape.h"
 
 namespace marrowfen {
+
+// What the artist asks of all textures of a shape.
+struct TextureOptions {
+    bool noMipmap = false;
+    bool noMipmapTrans = false;
+    bool noBlackBorder = false;
+};
 
 // What is read from one host material.
 struct MaterialInfo {
@@ -28,10 +34,10 @@ struct MaterialInfo {
 // last of them begins the extension.
 std::string_view reducedFileName(std::string_view fileName);
 
-// Converts the materials of the faces of one layer, one polyhedron after the other.
+// Converts the materials of faces, one polyhedron after the other.
 class MaterialConversion {
 public:
-    // The shape's material list and the log are borrowed.
+    // The shape's material list, which nobody else adds to, and the log are borrowed.
     MaterialConversion(std::vector<Shape::Material>& materials, std::ostream& log, const TextureOptions& options);
 
     // Host material numbers count within a polyhedron: call this before the first face of each.
@@ -39,7 +45,7 @@ public:
 
     // The material word of a face, without its draw type: an index into the material list, or NoMaterial when the host
     // can't give the face's material. Shader parameters are logged once a face.
-    uint32_t faceMaterial(TsxNode* polyhedron, int16_t materialNumber);
+    uint32_t faceMaterial(const SceneNode& polyhedron, int16_t materialNumber);
 
     // Index of the entry with these values, appended when there is none.
     int32_t findOrAddMaterial(const std::string& name, uint32_t flags, int32_t reflectance, int32_t bump,
@@ -54,7 +60,7 @@ private:
         std::string logText;  // the lines that reading it writes
     };
 
-    const HostMaterial& hostMaterial(TsxNode* polyhedron, int16_t materialNumber);
+    const HostMaterial& hostMaterial(const SceneNode& polyhedron, int16_t materialNumber);
     bool isEntry(int32_t index, uint32_t flags, int32_t reflectance, int32_t bump, int32_t detail, float detailScale,
                  float reflection) const;
 

@@ -1,7 +1,5 @@
 #include "host/poly_to_mesh.h"
 
-#include <cstring>
-
 #include "mesh/normal_encoding.h"
 
 // Corners are merged by a hash of vertex and texture coordinate, so that a corner is found without a search through all
@@ -11,54 +9,41 @@ namespace marrowfen {
 
 namespace {
 
-// Byte offsets of the host's face and corner records.
-constexpr size_t kFaceCornerCount = 0;
-constexpr size_t kFaceCorners = 4;
-constexpr size_t kFaceMaterial = 20;
-constexpr size_t kCornerVertex = 0;
-constexpr size_t kCornerUv = 4;
-constexpr size_t kCornerSize = 20;
-
-template <class Value>
-Value readAt(const char* record, size_t offset) {
-    Value value;
-    std::memcpy(&value, record + offset, sizeof value);
-    return value;
-}
-
 // The node that binds each vertex of the polyhedron: that of its first influence.
-std::vector<int32_t> nodeOfVertex(const PolyInfo& poly, size_t vertexCount, int32_t defaultNode) {
-    std::vector<int32_t> nodes(vertexCount, defaultNode);
+std::vector<int32_t> nodesOfVertices(const PolyInfo& poly, int32_t vertexCount, int32_t defaultNode) {
+    std::vector<int32_t> nodes(static_cast<size_t>(vertexCount), defaultNode);
     for (auto influence = poly.influences.rbegin(); influence != poly.influences.rend(); ++influence) {
-        if (influence->vertex < vertexCount) nodes[influence->vertex] = influence->node;
+        const bool isVertex = influence->vertex >= 0 && influence->vertex < vertexCount;
+        if (isVertex) nodes[static_cast<size_t>(influence->vertex)] = influence->node;
     }
     return nodes;
 }
 
 }  // namespace
 
-// The host's triangulated copy of one polyhedron, and the corners of it that are mesh vertices already.
+// One polyhedron on its way into the mesh, and the corners of it that are mesh vertices already.
 struct PolyToMesh::HostPoly {
-    int32_t position = 0;  // in the layer's polys
-    int32_t vertexCount = 0;
-    const float* positions = nullptr;  // in scene space
-    const float* normals = nullptr;
-    int32_t uvCount = 0;
-    const float* uvs = nullptr;
-    std::vector<int32_t> nodeOfVertex;
+    HostPoly(const PolyInfo& info, int32_t positionInLayer, int32_t defaultNode)
+        : copy(info.node, info.name),
+          position(positionInLayer),
+          nodeOfVertex(nodesOfVertices(info, copy.vertexCount(), defaultNode)) {
+        vertexOfCorner.reserve(nodeOfVertex.size());
+    }
 
+    TriangulatedCopy copy;
+    int32_t position;
+    std::vector<int32_t> nodeOfVertex;
     std::unordered_map<uint64_t, uint32_t> vertexOfCorner;  // mesh vertex by host vertex and texture coordinate
 };
 
-PolyToMesh::PolyToMesh(const LayerInfo& layer, int32_t defaultNode, std::vector<Shape::Material>& materials,
-                       std::ostream& log, const TextureOptions& textureOptions) {
-    log << "Preparing to export " << layer.polys.size() << " poly to mesh..." << std::endl;
-    MaterialConversion conversion(materials, log, textureOptions);
-    for (size_t i = 0; i < layer.polys.size(); ++i) {
-        addPoly(layer.polys[i], static_cast<int32_t>(i), defaultNode, conversion, log);
+PolyToMesh::PolyToMesh(const std::vector<PolyInfo>& polys, bool sorted, int32_t defaultNode,
+                       MaterialConversion& materials, std::ostream& log) {
+    log << "Preparing to export " << polys.size() << " poly to mesh..." << std::endl;
+    for (size_t i = 0; i < polys.size(); ++i) {
+        addPoly(polys[i], static_cast<int32_t>(i), defaultNode, materials, log);
     }
 
-    if (layer.sort) {
+    if (sorted) {
         type = MeshType::Sorted;
     } else if (nodeIndex.size() > 1) {
         type = MeshType::Skin;
@@ -71,62 +56,36 @@ PolyToMesh::PolyToMesh(const LayerInfo& layer, int32_t defaultNode, std::vector<
     log << "End export of poly to mesh" << std::endl;
 }
 
-void PolyToMesh::addPoly(const PolyInfo& info, int32_t position, int32_t defaultNode, MaterialConversion& conversion,
+void PolyToMesh::addPoly(const PolyInfo& info, int32_t position, int32_t defaultNode, MaterialConversion& materials,
                          std::ostream& log) {
-    TsxNode* copy = tsxMNodeGetTriangulatedPolyhedron(info.node);
-    if (copy == nullptr) {
-        setError("The host can't triangulate the polyhedron " + info.name + ".");
+    HostPoly poly(info, position, defaultNode);
+    if (!poly.copy.error().empty()) {
+        setError(poly.copy.error());
         return;
     }
-    HostPoly poly;
-    poly.position = position;
-    poly.vertexCount = tsxPolyhGetNbrVxs(copy);
-    log << "Poly " << position << ": " << poly.vertexCount << " vetices" << std::endl;
+    log << "Poly " << position << ": " << poly.copy.vertexCount() << " vetices" << std::endl;
+    log << "Poly " << position << ": " << poly.copy.faceCount() << " faces" << std::endl;
 
-    // Place the vertices in the scene.
-    float transform[12];
-    tsxPolyhGetVxTxmx(copy, transform);
-    const float* untransformed = tsxPolyhGetVxArray(copy);
-    auto* placed = static_cast<float*>(tsxMalloc(static_cast<unsigned>(poly.vertexCount) * 3 * sizeof(float)));
-    tsxTransformVecs3f(poly.vertexCount, placed, untransformed, transform);
-    poly.positions = placed;
-
-    poly.uvCount = tsxPolyhGetNbrUV(copy);
-    poly.uvs = tsxPolyhGetUVArray(copy);
-    const int faceCount = tsxPolyhGetNbrFaces(copy);
-    void** faces = tsxPolyhGetFaceptrArray(copy);
-    log << "Poly " << position << ": " << faceCount << " faces" << std::endl;
-    poly.normals = tsxPolyhGetVxNormalsArray(copy);
-
-    const auto vertexCount = static_cast<size_t>(poly.vertexCount);
-    poly.nodeOfVertex = nodeOfVertex(info, vertexCount, defaultNode);
-    poly.vertexOfCorner.reserve(vertexCount);
-    conversion.beginPolyhedron();
-    for (int f = 0; f < faceCount; ++f) {
-        const auto* face = static_cast<const char*>(faces[f]);
-        addFace(poly, face, conversion.faceMaterial(copy, readAt<int16_t>(face, kFaceMaterial)));
+    materials.beginPolyhedron();
+    for (int32_t f = 0; f < poly.copy.faceCount(); ++f) {
+        const HostFace face = poly.copy.face(f);
+        addFace(poly, face, materials.faceMaterial(poly.copy.node(), face.material()));
     }
-
-    tsxFree(placed);
-    tsxSobjDelete(copy);
 }
 
-void PolyToMesh::addFace(HostPoly& poly, const char* face, uint32_t faceMaterial) {
-    const auto cornerCount = readAt<int16_t>(face, kFaceCornerCount);
-    const auto* corners = readAt<const char*>(face, kFaceCorners);
-
+void PolyToMesh::addFace(HostPoly& poly, const HostFace& face, uint32_t faceMaterial) {
     Primitive primitive;
     primitive.firstElement = static_cast<uint32_t>(indices.size());
     primitive.material = Primitive::Indexed | faceMaterial;
     primitive.sourcePoly = poly.position;
-    for (int16_t c = 0; c < cornerCount; ++c, corners += kCornerSize) {
-        const auto vertex = readAt<int32_t>(corners, kCornerVertex);
-        if (vertex < 0 || vertex >= poly.vertexCount) {
+    for (int16_t c = 0; c < face.cornerCount(); ++c) {
+        const HostFace::Corner corner = face.corner(c);
+        if (corner.vertex < 0 || corner.vertex >= poly.copy.vertexCount()) {
             setError("Polyhedron " + std::to_string(poly.position) + " has a face with vertex " +
-                     std::to_string(vertex) + " of " + std::to_string(poly.vertexCount) + ".");
+                     std::to_string(corner.vertex) + " of " + std::to_string(poly.copy.vertexCount()) + ".");
             return;
         }
-        indices.push_back(cornerVertex(poly, vertex, readAt<int32_t>(corners, kCornerUv)));
+        indices.push_back(cornerVertex(poly, corner.vertex, corner.uv));
         ++primitive.numElements;
     }
     primitives.push_back(primitive);
@@ -142,23 +101,19 @@ uint32_t PolyToMesh::cornerVertex(HostPoly& poly, int32_t vertex, int32_t uv) {
 }
 
 void PolyToMesh::addVertex(const HostPoly& poly, int32_t vertex, int32_t uv) {
-    const auto v = static_cast<size_t>(vertex);
-    const int32_t node = poly.nodeOfVertex[v];
+    const int32_t node = poly.nodeOfVertex[static_cast<size_t>(vertex)];
     const auto [slot, isNew] = slotOfNode_.try_emplace(node);
     if (isNew) slot->second = boneSlot(node);
     vindex.push_back(static_cast<int32_t>(vertexes.size()));
     vbone.push_back(slot->second);
     vweight.push_back(1);
 
-    const float* p = poly.positions + v * 3;
-    vertexes.push_back({p[0], p[1], p[2]});
+    vertexes.push_back(poly.copy.position(vertex));
     // A polyhedron without texture coordinates reads (0, 0) everywhere.
-    const bool hasUv = uv >= 0 && uv < poly.uvCount;
-    const float* t = poly.uvs + static_cast<size_t>(hasUv ? uv : 0) * 2;
-    texturevertexes.push_back(hasUv ? Point2D{t[0], 1 - t[1]} : Point2D{0, 1});
+    const Point2D texture = poly.copy.uv(uv).value_or(Point2D{0, 0});
+    texturevertexes.push_back({texture.x, 1 - texture.y});
     // The host's normals point inward.
-    const float* n = poly.normals + v * 3;
-    normals.push_back({-n[0], -n[1], -n[2]});
+    normals.push_back(-poly.copy.normal(vertex));
     encodedNormals.push_back(encodeNormal(normals.back()));
 }
 

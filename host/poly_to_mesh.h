@@ -1,35 +1,48 @@
 #pragma once
 
+#include <cstdint>
 #include <ostream>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
-#include "builder/records.h"
 #include "host/materials.h"
+#include "host/polyhedron.h"
+#include "host/scene_node.h"
 #include "mesh/mesh.h"
-#include "shape/shape.h"
 
 namespace marrowfen {
 
-// All polyhedra of one layer as one mesh, in scene space: triangulated by the host, corners with equal vertex and
-// texture coordinate merged, every face a primitive of its own, every vertex bound to one shape node.
+// Binds a vertex of a polyhedron to a shape node.
+struct VertexInfluence {
+    int32_t node = -1;
+    int32_t vertex = 0;  // the host's number of it
+};
+
+struct PolyInfo {
+    SceneNode node;
+    std::vector<VertexInfluence> influences;  // in recording order; the first one of a vertex binds it
+    std::string name;
+};
+
+// Some polyhedra as one mesh, in scene space: triangulated by the host, corners with equal vertex and texture
+// coordinate merged, every face a primitive of its own, every vertex bound to one shape node.
 //
-// The type is Sorted if the layer asks for it, else Skin if the vertices hang on more than one node, else Standard. A
-// layer without polyhedra gives an empty mesh. A face that names a vertex which its polyhedron doesn't have is the
-// mesh's error.
+// The type is Sorted if that is asked for, else Skin if the vertices hang on more than one node, else Standard. No
+// polyhedra give an empty mesh. A polyhedron that the host can't hand over whole is the mesh's error.
 class PolyToMesh : public Mesh {
 public:
-    // Runs the whole conversion. defaultNode: the shape node of vertices that no influence binds. materials: the
-    // shape's list, which may grow. Both it and the log are borrowed for the constructor's time.
-    PolyToMesh(const LayerInfo& layer, int32_t defaultNode, std::vector<Shape::Material>& materials, std::ostream& log,
-               const TextureOptions& textureOptions);
+    // Runs the whole conversion. defaultNode: the shape node of vertices that no influence binds. The shape's
+    // materials may grow.
+    PolyToMesh(const std::vector<PolyInfo>& polys, bool sorted, int32_t defaultNode, MaterialConversion& materials,
+               std::ostream& log);
 
 private:
     struct HostPoly;
 
-    void addPoly(const PolyInfo& poly, int32_t position, int32_t defaultNode, MaterialConversion& conversion,
+    void addPoly(const PolyInfo& poly, int32_t position, int32_t defaultNode, MaterialConversion& materials,
                  std::ostream& log);
-    void addFace(HostPoly& poly, const char* face, uint32_t faceMaterial);
+    void addFace(HostPoly& poly, const HostFace& face, uint32_t faceMaterial);
     uint32_t cornerVertex(HostPoly& poly, int32_t vertex, int32_t uv);
     void addVertex(const HostPoly& poly, int32_t vertex, int32_t uv);
 

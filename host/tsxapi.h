@@ -7,12 +7,8 @@
 // plug-in runs. Layer indices and version numbers are signed 16-bit. Text is zero-terminated bytes. Positions are in
 // scene space, right-handed with Z up; angles are radians. A transform is 12 floats in three rows of four, the fourth
 // value of each row being the translation component of that row.
-//
-// Records that the host hands out by address (faces and their corners) are read by their byte offsets, since the
-// host's own declarations aren't ours:
-//   face record    0: corner count, signed 16-bit;  4: pointer to the corner records;  20: material number, signed
-//   16-bit corner record  20 bytes; 0: vertex index, 32-bit;  4: texture-coordinate index, 32-bit
-// The offsets are the same whatever the size of a pointer.
+
+#include <cstddef>
 
 #if defined(_WIN32) && defined(MARROWFEN_IS_TSXAPI)
 #define TSXAPI extern "C" __declspec(dllexport)
@@ -46,6 +42,18 @@ enum TsxParameterType : int {
     TsxFloatParameter = 7,  // a 32-bit float
     TsxTextParameter = 9,   // a pointer to the host's text
 };
+
+// Records that the host hands out by address are read by their byte offsets, since the host's own declarations aren't
+// ours. The offsets are the same whatever the size of a pointer.
+//
+// A face record:
+inline constexpr size_t TsxFaceCornerCount = 0;  // signed 16-bit
+inline constexpr size_t TsxFaceCorners = 4;      // pointer to the corner records, one behind the other
+inline constexpr size_t TsxFaceMaterial = 20;    // material number within the polyhedron, signed 16-bit
+// A corner record:
+inline constexpr size_t TsxCornerVertex = 0;  // vertex index, 32-bit
+inline constexpr size_t TsxCornerUv = 4;      // texture-coordinate index, 32-bit
+inline constexpr size_t TsxCornerSize = 20;   // the whole record
 
 // Plug-in and host.
 TSXAPI void tsxGetTsVersionNbrs(short* major, short* minor);

@@ -2,9 +2,12 @@
 
 #include <cstdio>
 #include <fstream>
+#include <optional>
 #include <string>
 
 #include "ground/ascii.h"
+#include "host/layers.h"
+#include "host/scratch_material.h"
 #include "host/tsxapi.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
@@ -58,31 +61,25 @@ bool readPiece(std::istream& file, std::string& piece) {
 
 // The first layer whose name begins like a layer of named nodes; -1 for none.
 short findNodesLayer() {
-    const short count = tsxGetNumberOfLayers();
-    for (short layer = 0; layer < count; ++layer) {
-        if (tsxIsLayerValid(layer) == 1 && beginsWithIgnoringCase(tsxGetLayerName(layer), kNodesLayer)) return layer;
+    const short count = numberOfLayerSlots();
+    for (short slot = 0; slot < count; ++slot) {
+        const std::optional<std::string> name = layerName(slot);
+        if (name && beginsWithIgnoringCase(*name, kNodesLayer)) return slot;
     }
     return -1;
 }
 
-// -1 when the host can't.
-short addNodesLayer() {
-    const short layer = tsxGetNumberOfLayers();
-    if (tsxAddNewLayerEx() == 0) return -1;
-    tsxSetLayerName(layer, kNodesLayer);
-    return layer;
-}
-
+// Null when the host can't.
 TsxNode* makeMarkerCube() {
     TsxNode* cube = tsxCreateCube(1, kMarkerSize, kMarkerSize, kMarkerSize);
+    if (cube == nullptr) return nullptr;
     tsxPolyhInitializeMaterials(cube);
-    TsxMaterial* paint = nullptr;
-    tsxMaterialCreate(&paint);
-    tsxMaterialSetColor(paint, kMarkerColor);
-    tsxPolyhPaint(cube, paint);
-    tsxMaterialSetColor(paint, kMarkedFaceColor);
-    tsxPolyhPaintFace(cube, kMarkedFace, paint, 0);
-    tsxMaterialDestroy(paint);
+    const ScratchMaterial paint;
+    if (paint.handle() == nullptr) return cube;
+    tsxMaterialSetColor(paint.handle(), kMarkerColor);
+    tsxPolyhPaint(cube, paint.handle());
+    tsxMaterialSetColor(paint.handle(), kMarkedFaceColor);
+    tsxPolyhPaintFace(cube, kMarkedFace, paint.handle(), 0);
     return cube;
 }
 
@@ -108,12 +105,16 @@ void addNode(const char* name) {
         return;
     }
     short layer = findNodesLayer();
-    if (layer < 0) layer = addNodesLayer();
+    if (layer < 0) layer = addLayer(kNodesLayer);
     if (layer < 0) {
         showMessage("Unable to create node layer.", MB_ICONERROR);
         return;
     }
     TsxNode* cube = makeMarkerCube();
+    if (cube == nullptr) {
+        showMessage("Unable to create node.", MB_ICONERROR);
+        return;
+    }
     constexpr float kMarkerLocation[3] = {1, 1, 1};
     tsxGNodeSetLocation(cube, kMarkerLocation);
     tsxGNodeSetName(cube, name);

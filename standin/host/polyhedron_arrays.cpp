@@ -5,19 +5,14 @@
 #include <cstring>
 #include <limits>
 
+#include "host/tsxapi.h"
+
 namespace marrowfen::standin {
 namespace {
 
-// Byte offsets of host/tsxapi.h, the same for every size of a pointer.
-constexpr size_t kFaceRecord = 24;
-constexpr size_t kFaceCornerCount = 0;  // signed 16-bit
-constexpr size_t kFaceCorners = 4;      // a pointer, not aligned where it has 8 bytes
-constexpr size_t kFaceMaterial = 20;    // signed 16-bit
-constexpr size_t kCornerRecord = 20;
-constexpr size_t kCornerVertex = 0;  // 32-bit
-constexpr size_t kCornerUv = 4;      // 32-bit
+constexpr size_t kFaceRecord = 24;  // the host's own may be longer; nothing behind it is read
 
-static_assert(kFaceCorners + sizeof(void*) <= kFaceMaterial);
+static_assert(TsxFaceCorners + sizeof(void*) <= TsxFaceMaterial);
 
 // A material number that no polyhedron has.
 constexpr int16_t kNoMaterial = -1;
@@ -64,17 +59,17 @@ public:
         std::byte* record = face_;
         const bool fits =
             material >= std::numeric_limits<int16_t>::min() && material <= std::numeric_limits<int16_t>::max();
-        put(record + kFaceCornerCount, static_cast<int16_t>(cornerCount));
-        put(record + kFaceCorners, static_cast<void*>(corner_));
-        put(record + kFaceMaterial, fits ? static_cast<int16_t>(material) : kNoMaterial);
+        put(record + TsxFaceCornerCount, static_cast<int16_t>(cornerCount));
+        put(record + TsxFaceCorners, static_cast<void*>(corner_));
+        put(record + TsxFaceMaterial, fits ? static_cast<int16_t>(material) : kNoMaterial);
         face_ += kFaceRecord;
         return record;
     }
 
     void addCorner(const Corner& corner) {
-        put(corner_ + kCornerVertex, corner.vertex);
-        put(corner_ + kCornerUv, corner.uv);
-        corner_ += kCornerRecord;
+        put(corner_ + TsxCornerVertex, corner.vertex);
+        put(corner_ + TsxCornerUv, corner.uv);
+        corner_ += TsxCornerSize;
     }
 
 private:
@@ -129,7 +124,7 @@ void PolyhedronArrays::addFaces(const Polyhedron& polyhedron, FaceForm form) {
         cornerCount += form == FaceForm::Triangles ? 3 * triangleCount(face) : face.corners.size();
     }
     faceRecords_.resize(faceCount * kFaceRecord);
-    cornerRecords_.resize(cornerCount * kCornerRecord);
+    cornerRecords_.resize(cornerCount * TsxCornerSize);
     faces_.reserve(faceCount);
 
     RecordWriter writer(faceRecords_.data(), cornerRecords_.data());

@@ -11,7 +11,7 @@ TEST(CylinderPrimitive, HasAnEvenNumberOfSidesBetween4And64) {
         size_t sides;
     } cases[] = {{0.02F, 4}, {-1, 4}, {0.078F, 4}, {0.08F, 4}, {0.1F, 6}, {0.5F, 32}, {1, 64}, {1e30F, 64}};
     for (const auto& [detail, sides] : cases) {
-        const Mesh mesh = CylinderPrimitive({{-1, -1, -1}, {1, 1, 3}}, 2, detail).mesh();
+        const Mesh mesh = cylinderPrimitive({{-1, -1, -1}, {1, 1, 3}}, 2, detail);
         EXPECT_EQ(mesh.vertexes.size(), 2 * sides + 2) << detail;
         EXPECT_EQ(mesh.primitives.size(), 3 * sides) << detail;
         EXPECT_EQ(mesh.faceCount(), static_cast<int32_t>(4 * sides)) << detail;
@@ -36,8 +36,8 @@ std::vector<bool> looksOutward(const Mesh& mesh, const Point3& middle) {
 TEST(CollisionPrimitives, LookOutward) {
     const Box box = {{2, 3, 4}, {4, 9, 5}};
     const Point3 middle = {3, 6, 4.5F};
-    EXPECT_EQ(looksOutward(BoxPrimitive(box).mesh(), middle), std::vector<bool>(12, true));
-    EXPECT_EQ(looksOutward(CylinderPrimitive(box, 3, 0.2F).mesh(), middle), std::vector<bool>(48, true));
+    EXPECT_EQ(looksOutward(boxPrimitive(box), middle), std::vector<bool>(12, true));
+    EXPECT_EQ(looksOutward(cylinderPrimitive(box, 3, 0.2F), middle), std::vector<bool>(48, true));
 }
 
 }  // namespace

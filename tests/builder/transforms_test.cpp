@@ -1,4 +1,4 @@
-#include "builder/transforms.h"
+#include "host/transforms.h"
 
 #include <gtest/gtest.h>
 
@@ -88,8 +88,7 @@ TEST(RotationFromEuler, TurnsAboutXThenZThenYAgainstTheAngles) {
     for (const float ax : values) {
         for (const float ay : values) {
             for (const float az : values) {
-                const float angles[3] = {ax, ay, az};
-                const Quaternion q = rotationFromEuler(angles);
+                const Quaternion q = rotationFromEuler({ax, ay, az});
                 for (const Point3& v : {Point3{1, 0, 0}, Point3{0, 1, 0}, Point3{0, 0, 1}}) {
                     const Point3 x = apply(aboutAxis({1, 0, 0}, -double{ax}), v);
                     const Point3 z = apply(aboutAxis({0, 0, 1}, -double{az}), x);

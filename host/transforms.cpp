@@ -1,6 +1,8 @@
-#include "builder/transforms.h"
+#include "host/transforms.h"
 
 #include <cmath>
+
+#include "host/tsxapi.h"
 
 // A matrix becomes a quaternion by its trace, and near a half turn, where the trace says nothing, by its largest
 // diagonal element (Shepperd, Quaternion from Rotation Matrix, Journal of Guidance and Control, 1978).
@@ -92,12 +94,6 @@ HostTransform inverseTransform(const HostTransform& transform) {
     return inverse;
 }
 
-HostTransform sceneFromNode(TsxNode* node) {
-    HostTransform transform;
-    tsxGNodeGetPureTransform(node, transform.data());
-    return transform;
-}
-
 HostTransform relativeTransform(const HostTransform& sceneFromChild, const HostTransform& sceneFromParent) {
     const HostTransform parentFromScene = inverseTransform(sceneFromParent);
     HostTransform relative = sceneFromChild;
@@ -115,10 +111,10 @@ Quaternion rotationFromTransform(const HostTransform& transform) {
     return isUnit(squared) ? q : scaled(q, 1 / std::sqrt(squared));
 }
 
-Quaternion rotationFromEuler(const float angles[3]) {
-    const Quaternion x = aboutAxis(1, 0, 0, angles[0]);
-    const Quaternion y = aboutAxis(0, 1, 0, angles[1]);
-    const Quaternion z = aboutAxis(0, 0, 1, angles[2]);
+Quaternion rotationFromEuler(const Point3& angles) {
+    const Quaternion x = aboutAxis(1, 0, 0, angles.x);
+    const Quaternion y = aboutAxis(0, 1, 0, angles.y);
+    const Quaternion z = aboutAxis(0, 0, 1, angles.z);
     return (x * z) * y;
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
-// Node poses from the host's transforms and angles.
+// Poses from the host's transforms and angles.
 
-#include "builder/records.h"
 #include "ground/math.h"
 
 namespace marrowfen {
@@ -17,9 +16,6 @@ struct HostTransform {
 
 HostTransform inverseTransform(const HostTransform& transform);
 
-// scene-from-node, as the host has it at its active time.
-HostTransform sceneFromNode(TsxNode* node);
-
 // parent-from-node of two scene-space transforms.
 HostTransform relativeTransform(const HostTransform& sceneFromChild, const HostTransform& sceneFromParent);
 
@@ -30,7 +26,7 @@ Point3 translationFromTransform(const HostTransform& transform);
 // one without a rotation to speak of (singular, or not a number) the identity.
 Quaternion rotationFromTransform(const HostTransform& transform);
 
-// Angles in radians: about x, then z, then y.
-Quaternion rotationFromEuler(const float angles[3]);
+// Angles in radians about x, y and z, turned about x, then z, then y.
+Quaternion rotationFromEuler(const Point3& angles);
 
 }  // namespace marrowfen
