@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "plugin/export_messages.h"
 #include "plugin/plugin.h"
 #include "plugin/resources/resource_text.h"
 
@@ -12,9 +13,13 @@ PluginSession::PluginSession(standin::Scene scene, headless::HeadlessUser& user)
     DllMain(desktop_.library(), DLL_PROCESS_ATTACH, nullptr);
     std::array<char, 100> description;
     tsxGetData(description.data(), nullptr);
+    plugin::listenToExports([this](const Message& message) { messages_.push_back(message); });
 }
 
-PluginSession::~PluginSession() { tsxDeactivate(); }
+PluginSession::~PluginSession() {
+    plugin::listenToExports({});
+    tsxDeactivate();
+}
 
 bool PluginSession::openPanel() {
     if (tsxOnLeftClick() == 0 || desktop_.openDialogs().empty()) return false;

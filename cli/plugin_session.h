@@ -3,7 +3,9 @@
 // The plug-in over a scene and without a screen: what the commands do, they do as an artist does it in the panel.
 
 #include <string>
+#include <vector>
 
+#include "ground/message.h"
 #include "standin/host/host.h"
 #include "standin/windows/headless_user.h"
 
@@ -26,10 +28,14 @@ public:
 
     const standin::Host& host() const { return host_; }
 
+    // What the exports of this session had to tell.
+    const std::vector<Message>& messages() const { return messages_; }
+
 private:
     standin::Host host_;
     headless::Desktop desktop_;
     HWND panel_ = nullptr;
+    std::vector<Message> messages_;
 };
 
 }  // namespace marrowfen::cli

@@ -5,9 +5,11 @@
 
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "builder/shape_builder.h"
 #include "plugin/export_log.h"
+#include "plugin/export_messages.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
 
@@ -16,6 +18,8 @@ namespace marrowfen::plugin {
 namespace {
 
 constexpr int kOutputPathSize = 500;  // the terminating zero included
+
+MessageListener theListener;
 
 // What the two commands differ in besides the mode.
 struct FileKind {
@@ -85,7 +89,7 @@ void exportTo(const std::string& path, const FileKind& kind, ExportMode mode) {
     setProgress("Starting log file...", 10);
     log.writeBanner(theModule.hostMajor, theModule.hostMinor);
     setProgress("Exploring shape (This may take a while)...", 20);
-    const ShapeBuilder shape(log, mode);
+    const ShapeBuilder shape(log, mode, theListener);
     if (shape.hasError()) {
         reportError(shape, log);
     } else {
@@ -100,6 +104,8 @@ void runExport(const FileKind& kind, ExportMode mode) {
 }
 
 }  // namespace
+
+void listenToExports(MessageListener listener) { theListener = std::move(listener); }
 
 void exportDts() {
     // The check box counts as it is when the button is pressed, before the dialog comes up.
