@@ -41,29 +41,20 @@ std::string checkNodeName(const std::string& name) {
     return "the name has " + std::to_string(name.size()) + " bytes; the panel takes " + std::to_string(kLongestName);
 }
 
-int runAddNode(const AddNodeOptions& options, const Session& session) {
+Outcome runAddNode(const AddNodeOptions& options, const Session& session) {
     standin::LoadResult loaded = standin::readSceneFile(options.scene);
-    if (!loaded.scene) {
-        session.error(loaded.error);
-        return UnreadableInput;
-    }
+    if (!loaded.scene) return {UnreadableInput, loaded.error};
     AddNodeUser user;
     PluginSession plugin(std::move(*loaded.scene), user);
     if (plugin.openPanel()) {
         plugin.type(IDC_NODE_NAME, options.name);
         plugin.press(IDC_ADD_NODE);
     }
-    if (!user.message().empty()) {
-        session.error(options.scene + ": " + user.message());
-        return Refused;
-    }
+    if (!user.message().empty()) return {Refused, options.scene + ": " + user.message()};
     const std::string output = options.output.empty() ? options.scene : options.output;
-    if (const std::string fault = writeWholeFile(output, standin::sceneText(plugin.host().scene())); !fault.empty()) {
-        session.error(fault);
-        return UnwritableOutput;
-    }
-    session.note(output + ": added the node \"" + options.name + "\"");
-    return Done;
+    const Outcome written = writeWholeFile(output, standin::sceneText(plugin.host().scene()));
+    if (written.good()) session.note(output + ": added the node \"" + options.name + "\"");
+    return written;
 }
 
 }  // namespace
@@ -74,7 +65,7 @@ void addAddNodeCommand(CLI::App& app, Session& session) {
     command->add_option("SCENE", options->scene, "a *.scene.json file")->required()->check(checkSceneName);
     command->add_option("NAME", options->name, "the node's name, at most 63 bytes")->required()->check(checkNodeName);
     command->add_option("-o,--output", options->output, "scene file to write; SCENE itself when left out");
-    command->callback([options, &session] { session.exitCode = runAddNode(*options, session); });
+    onRun(*command, session, [options, &session] { return runAddNode(*options, session); });
 }
 
 }  // namespace marrowfen::cli

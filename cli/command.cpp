@@ -57,17 +57,15 @@ standin::LoadResult loadScene(const std::string& path, const SceneOptions& optio
     return standin::importModel(path, import);
 }
 
-bool printResult(const std::string& text, Session& session) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return true;
-    session.error(std::string("standard output: ") + std::strerror(errno));
-    session.exitCode = UnwritableOutput;
-    return false;
+Outcome printResult(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return {};
+    return {UnwritableOutput, std::string("standard output: ") + std::strerror(errno)};
 }
 
-std::string writeWholeFile(const std::string& path, const std::string& content) {
+Outcome writeWholeFile(const std::string& path, const std::string& content) {
     std::string temporary = path + ".XXXXXX";
     const int file = mkstemp(temporary.data());
-    if (file < 0) return path + ": " + std::strerror(errno);
+    if (file < 0) return {UnwritableOutput, path + ": " + std::strerror(errno)};
     // mkstemp makes private files; a result has the rights that any new file has.
     const mode_t mask = umask(0);
     umask(mask);
@@ -83,7 +81,15 @@ std::string writeWholeFile(const std::string& path, const std::string& content) 
     if (fault == 0 && std::rename(temporary.c_str(), path.c_str()) != 0) fault = errno;
     if (fault == 0) return {};
     unlink(temporary.c_str());
-    return path + ": " + std::strerror(fault);
+    return {UnwritableOutput, path + ": " + std::strerror(fault)};
+}
+
+void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& run) {
+    command.callback([run, &session] {
+        const Outcome outcome = run();
+        if (!outcome.error.empty()) session.error(outcome.error);
+        session.exitCode = outcome.code;
+    });
 }
 
 }  // namespace marrowfen::cli

@@ -2,6 +2,7 @@
 
 // What the sub-commands of `marrowfen` share.
 
+#include <functional>
 #include <string>
 
 #include "standin/host/scene.h"
@@ -21,11 +22,19 @@ enum ExitCode : int {
     StrictWarnings = 5,  // warnings under --strict
 };
 
+// How something that a sub-command does ended, and how the sub-command itself ends.
+struct Outcome {
+    ExitCode code = Done;
+    std::string error;  // one line for standard error, naming the file and the place; empty where nothing is wrong
+
+    bool good() const { return code == Done; }
+};
+
 // What is set before the sub-command's own options.
 struct Session {
     bool quiet = false;
     bool verbose = false;
-    int exitCode = Done;  // a sub-command's result
+    int exitCode = Done;  // of the sub-command that ran
 
     // One line on standard error each. Notes are left out under -q, details unless -v is given; colour only on a
     // terminal without NO_COLOR.
@@ -46,12 +55,14 @@ struct SceneOptions {
 // A scene file or, through Assimp, a model; the file name's ending decides.
 standin::LoadResult loadScene(const std::string& path, const SceneOptions& options);
 
-// Writes a result to standard output. False, with the error told and the exit code set, when that can't be done.
-bool printResult(const std::string& text, Session& session);
+// Writes a result to standard output.
+Outcome printResult(const std::string& text);
 
-// Writes a whole file or none: into a temporary file beside it that is renamed after the close. Empty on success,
-// else one line that names the file.
-std::string writeWholeFile(const std::string& path, const std::string& content);
+// Writes a whole file or none: into a temporary file beside it that is renamed after the close.
+Outcome writeWholeFile(const std::string& path, const std::string& content);
+
+// What the sub-command does when it is the one. Its outcome is told and becomes the exit code here, for all of them.
+void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& run);
 
 void addExportCommand(CLI::App& app, Session& session);
 void addImportCommand(CLI::App& app, Session& session);

@@ -99,25 +99,33 @@ std::string readFile(const std::string& path) {
     return std::move(content).str();
 }
 
-int fail(const Session& session, int code, const std::string& text) {
-    session.error(text);
-    return code;
-}
-
-// Presses the button, and says whether the panel could be opened at all.
-bool pressExport(standin::Scene scene, const ExportOptions& options, ExportUser& user) {
+// Presses the button. messages: what the exporter told.
+Outcome pressExport(standin::Scene scene, const ExportOptions& options, ExportUser& user,
+                    std::vector<Message>& messages) {
     PluginSession plugin(std::move(scene), user);
-    if (!plugin.openPanel()) return false;
+    if (!plugin.openPanel()) return {Refused, options.scene + ": " + user.lastMessage()};
     if (options.withAnimation) plugin.press(IDC_WITH_ANIMATION);
     plugin.press(isSequenceFile(options.output) ? IDC_EXPORT_DSQ : IDC_EXPORT_DTS);
     user.clearBar();
-    return true;
+    messages = plugin.messages();
+    if (user.pathFits()) return {};
+    return {UnwritableOutput, options.output + ": the path is longer than the " + std::to_string(user.pathLimit()) +
+                                  " characters of the save dialog"};
+}
+
+Outcome deliverRefusal(const OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
+                       const Session& session) {
+    if (!readFile(folder.log()).ends_with("Error: " + user.error())) {
+        return {UnwritableOutput, options.output + ".log: incomplete: " + folder.writeFault()};
+    }
+    if (const Outcome delivered = folder.deliverLog(); !delivered.good()) session.warning(delivered.error);
+    return {Refused, options.scene + ": " + user.error()};
 }
 
 // The exporter doesn't look at the results of its writes, so the files themselves have to tell: the log by its last
-// line, the output by being readable to its end. Empty when both are whole.
-std::string findIncomplete(const OutputFolder& folder, const std::string& log, bool isSequences, Shape& shape) {
-    if (!log.ends_with("Export Complete\r\n")) return "incomplete log: " + folder.writeFault();
+// line, the output by being readable to its end, as the shape that it gives. Empty when both are whole.
+std::string findIncomplete(const OutputFolder& folder, bool isSequences, Shape& shape) {
+    if (!readFile(folder.log()).ends_with("Export Complete\r\n")) return "incomplete log: " + folder.writeFault();
     std::ifstream file(folder.file(), std::ios::binary);
     std::string surplus;
     if (isSequences) {
@@ -129,60 +137,41 @@ std::string findIncomplete(const OutputFolder& folder, const std::string& log, b
     return "incomplete (" + (shape.hasError() ? shape.error() : surplus) + "): " + folder.writeFault();
 }
 
-int deliverRefusal(const OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
-                   const Session& session) {
-    if (!readFile(folder.log()).ends_with("Error: " + user.error())) {
-        return fail(session, UnwritableOutput, options.output + ".log: incomplete: " + folder.writeFault());
-    }
-    if (const std::string failed = folder.deliverLog(); !failed.empty()) session.warning(failed);
-    return fail(session, Refused, options.scene + ": " + user.error());
-}
-
-std::vector<std::string> collectWarnings(const ExportOptions& options, const std::string& log) {
-    std::vector<std::string> warnings = logWarnings(log);
-    const int clips = clipsFound(log);
-    if (clips > 0 && !options.withAnimation && !isSequenceFile(options.output)) {
-        warnings.push_back(std::to_string(clips) + (clips == 1 ? " animation isn't" : " animations aren't") +
-                           " in the file: give --with-animation, or export to a .dsq file");
-    }
-    return warnings;
-}
-
-int runExport(const ExportOptions& options, const Session& session) {
-    // Past a limit of the file size, writes shall fail like on a full disk.
-    std::signal(SIGXFSZ, SIG_IGN);
-    const OutputFolder folder(options.output);
-    if (!folder.error().empty()) return fail(session, UnwritableOutput, folder.error());
-    standin::LoadResult loaded = loadScene(options.scene, options.loading);
-    if (!loaded.scene) return fail(session, UnreadableInput, loaded.error);
-
-    ExportUser user(session, folder.file());
-    if (!pressExport(std::move(*loaded.scene), options, user)) {
-        return fail(session, Refused, options.scene + ": " + user.lastMessage());
-    }
-    if (!user.pathFits()) {
-        return fail(session, UnwritableOutput,
-                    options.output + ": the path is longer than the " + std::to_string(user.pathLimit()) +
-                        " characters of the save dialog");
-    }
-    if (!user.error().empty()) return deliverRefusal(folder, options, user, session);
-
+// Puts both files into their places, and says what they are.
+Outcome deliver(const OutputFolder& folder, const ExportOptions& options, std::string& summary) {
     Shape shape;
     const bool isSequences = isSequenceFile(options.output);
-    const std::string log = readFile(folder.log());
-    if (const std::string fault = findIncomplete(folder, log, isSequences, shape); !fault.empty()) {
-        return fail(session, UnwritableOutput, options.output + ": " + fault);
+    if (const std::string fault = findIncomplete(folder, isSequences, shape); !fault.empty()) {
+        return {UnwritableOutput, options.output + ": " + fault};
     }
     struct stat written;
     const uintmax_t bytes = stat(folder.file().c_str(), &written) == 0 ? static_cast<uintmax_t>(written.st_size) : 0;
-    if (const std::string failed = folder.deliverBoth(); !failed.empty())
-        return fail(session, UnwritableOutput, failed);
+    summary = exportSummary(options.output, shape, !isSequences, bytes);
+    return folder.deliverBoth();
+}
+
+Outcome runExport(const ExportOptions& options, const Session& session) {
+    // Past a limit of the file size, writes shall fail like on a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
+    const OutputFolder folder(options.output);
+    if (!folder.made().good()) return folder.made();
+    standin::LoadResult loaded = loadScene(options.scene, options.loading);
+    if (!loaded.scene) return {UnreadableInput, loaded.error};
+
+    ExportUser user(session, folder.file());
+    std::vector<Message> messages;
+    const Outcome pressed = pressExport(std::move(*loaded.scene), options, user, messages);
+    if (!pressed.good()) return pressed;
+    if (!user.error().empty()) return deliverRefusal(folder, options, user, session);
+    std::string summary;
+    const Outcome delivered = deliver(folder, options, summary);
+    if (!delivered.good()) return delivered;
 
     std::vector<std::string> warnings = std::move(loaded.warnings);
-    for (auto& warning : collectWarnings(options, log)) warnings.push_back(std::move(warning));
+    for (auto& warning : groupedWarnings(messages)) warnings.push_back(std::move(warning));
     for (const std::string& warning : warnings) session.warning(warning);
-    session.note(summary(options.output, shape, !isSequences, bytes));
-    return options.strict && !warnings.empty() ? StrictWarnings : Done;
+    session.note(summary);
+    return {options.strict && !warnings.empty() ? StrictWarnings : Done, {}};
 }
 
 }  // namespace
@@ -199,7 +188,7 @@ void addExportCommand(CLI::App& app, Session& session) {
     command->add_flag("--strict", options->strict,
                       "exit with 5 when there were warnings; the files are written all the same");
     options->loading.addTo(*command);
-    command->callback([options, &session] { session.exitCode = runExport(*options, session); });
+    onRun(*command, session, [options, &session] { return runExport(*options, session); });
 }
 
 }  // namespace marrowfen::cli

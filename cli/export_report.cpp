@@ -1,22 +1,12 @@
 #include "cli/export_report.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
-#include <cstdlib>
-#include <numeric>
-#include <sstream>
-#include <string_view>
 
-#include "ground/ascii.h"
+#include "builder/notices.h"
 
 namespace marrowfen::cli {
 
 namespace {
-
-constexpr std::array<const char*, 15> kTags = {
-    "billboard", "billboardz", "enormals", "sort", "no_strip",  "autolod=",        "size=",          "cylinder",
-    "box",       "no_mipmap",  "blend",    "fps=", "priority=", "no_mipmap_trans", "no_black_border"};
 
 constexpr size_t kNamesShown = 8;  // of a grouped warning
 
@@ -31,64 +21,6 @@ std::string listed(const std::vector<std::string>& names) {
     return text;
 }
 
-void addOnce(std::vector<std::string>& list, const std::string& entry) {
-    if (std::find(list.begin(), list.end(), entry) == list.end()) list.push_back(entry);
-}
-
-// Single-character insertions, removals and replacements between two words, letter case ignored.
-size_t editDistance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = std::exchange(row[0], i + 1);
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t replaced = diagonal + (lowerCase(a[i]) == lowerCase(b[j]) ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
-        }
-    }
-    return row.back();
-}
-
-// The known tag that an unknown one was probably meant to be, with its value; empty for none.
-std::string suggestion(std::string_view tag) {
-    const size_t equals = std::min(tag.find('='), tag.size());
-    std::string word;
-    for (const char c : tag.substr(0, equals)) {
-        if (std::isspace(static_cast<unsigned char>(c)) == 0) word += c;
-    }
-    if (equals < tag.size()) word += '=';
-    const auto* best = std::min_element(kTags.begin(), kTags.end(), [&](std::string_view a, std::string_view b) {
-        return editDistance(word, a) < editDistance(word, b);
-    });
-    const size_t distance = editDistance(word, *best);
-    if (distance > std::min<size_t>(3, word.size() / 2)) return {};
-    const bool takesValue = std::string_view(*best).back() == '=';
-    return *best + std::string(takesValue && equals < tag.size() ? tag.substr(equals + 1) : "");
-}
-
-std::string quotedTag(const std::string& tag) {
-    const std::string meant = suggestion(tag);
-    return "\"" + tag + "\"" + (meant.empty() ? "" : " (did you mean \"" + meant + "\"?)");
-}
-
-// The part of the line between a beginning and an ending; false when it hasn't both.
-bool between(std::string_view line, std::string_view begin, std::string_view end, std::string& part) {
-    const bool has = line.size() >= begin.size() + end.size() && line.starts_with(begin) && line.ends_with(end);
-    if (has) part = line.substr(begin.size(), line.size() - begin.size() - end.size());
-    return has;
-}
-
-std::vector<std::string> lines(const std::string& log) {
-    std::vector<std::string> result;
-    std::istringstream stream(log);
-    for (std::string line; std::getline(stream, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        result.push_back(line);
-    }
-    return result;
-}
-
 // By name: a layer without a size tag is as small as a collision level.
 bool isCollisionLevel(const Shape& shape, const Shape::DetailLevel& level) {
     const bool hasName = level.name >= 0 && static_cast<size_t>(level.name) < shape.names.size();
@@ -98,7 +30,7 @@ bool isCollisionLevel(const Shape& shape, const Shape::DetailLevel& level) {
 
 }  // namespace
 
-std::string summary(const std::string& output, const Shape& shape, bool isShapeFile, uintmax_t bytes) {
+std::string exportSummary(const std::string& output, const Shape& shape, bool isShapeFile, uintmax_t bytes) {
     std::vector<std::string> parts;
     if (isShapeFile) {
         std::string triangles;
@@ -120,34 +52,25 @@ std::string summary(const std::string& output, const Shape& shape, bool isShapeF
     return text;
 }
 
-std::vector<std::string> logWarnings(const std::string& log) {
-    std::vector<std::string> tags, layers, nodes;
-    std::string part;
-    for (const std::string& line : lines(log)) {
-        if (between(line, "  Unknown tag: ", "", part)) addOnce(tags, quotedTag(part));
-        if (between(line, "  Layer ", " is being dropped", part)) {
-            // "NAME(INDEX)"; a slot that holds no layer has no name, and nothing of it can be missed.
-            const std::string name = part.substr(0, part.rfind('('));
-            if (!name.empty()) layers.push_back(name);
-        }
-        // A group holds nothing that could be missed.
-        if (between(line, "!\t", " isn't on a layer, skipping it.", part) && !part.starts_with("group ")) {
-            nodes.push_back(part);
-        }
-    }
+std::vector<std::string> groupedWarnings(const std::vector<Message>& messages) {
     std::vector<std::string> warnings;
-    if (!tags.empty()) warnings.push_back("unknown tags: " + listed(tags));
-    if (!layers.empty()) warnings.push_back("layers without polyhedra, left out: " + listed(layers));
-    if (!nodes.empty()) warnings.push_back("on no layer, left out: " + listed(nodes));
-    return warnings;
-}
-
-int clipsFound(const std::string& log) {
-    std::string part;
-    for (const std::string& line : lines(log)) {
-        if (between(line, "  ", " animation clips found", part)) return std::atoi(part.c_str());
+    for (const MessageKind* kind : kExportMessageKinds) {
+        std::vector<std::string> texts;
+        for (const Message& message : messages) {
+            // A tag that is unknown on many layers is said once.
+            const bool isSaid = kind == &kUnknownTag && std::count(texts.begin(), texts.end(), message.text) > 0;
+            if (message.kind == kind && !isSaid) texts.push_back(message.text);
+        }
+        if (texts.empty()) continue;
+        if (kind == &kClipLeftOut) {
+            warnings.push_back(std::to_string(texts.size()) +
+                               (texts.size() == 1 ? " animation isn't" : " animations aren't") +
+                               " in the file: give --with-animation, or export to a .dsq file");
+        } else {
+            warnings.push_back(kind->headline + (": " + listed(texts)));
+        }
     }
-    return 0;
+    return warnings;
 }
 
 }  // namespace marrowfen::cli

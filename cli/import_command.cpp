@@ -15,17 +15,11 @@ struct ImportArguments {
     SceneOptions options;
 };
 
-int importToFile(const ImportArguments& arguments, const Session& session) {
+Outcome importToFile(const ImportArguments& arguments, const Session& session) {
     const standin::LoadResult loaded = loadScene(arguments.model, arguments.options);
-    if (!loaded.scene) {
-        session.error(loaded.error);
-        return UnreadableInput;
-    }
+    if (!loaded.scene) return {UnreadableInput, loaded.error};
     for (const std::string& text : loaded.warnings) session.warning(text);
-    const std::string fault = writeWholeFile(arguments.output, standin::sceneText(*loaded.scene));
-    if (fault.empty()) return Done;
-    session.error(fault);
-    return UnwritableOutput;
+    return writeWholeFile(arguments.output, standin::sceneText(*loaded.scene));
 }
 
 }  // namespace
@@ -36,7 +30,7 @@ void addImportCommand(CLI::App& app, Session& session) {
     command->add_option("model", arguments->model, "any model that Assimp reads")->required();
     command->add_option("output", arguments->output, "the scene file (.scene.json)")->required();
     arguments->options.addTo(*command);
-    command->callback([arguments, &session] { session.exitCode = importToFile(*arguments, session); });
+    onRun(*command, session, [arguments, &session] { return importToFile(*arguments, session); });
 }
 
 }  // namespace marrowfen::cli

@@ -14,17 +14,14 @@ struct InspectOptions {
     bool strict = false;
 };
 
-void inspect(const InspectOptions& options, Session& session) {
+Outcome inspect(const InspectOptions& options) {
     ShapeFile file;
     const std::string fault = loadShapeFile(options.path, file);
-    if (!fault.empty()) {
-        session.error(fault);
-        session.exitCode = UnreadableInput;
-        return;
-    }
+    if (!fault.empty()) return {UnreadableInput, fault};
     const std::vector<ShapeProblem> problems = findProblems(file.shape, file.kind);
-    if (!printResult(options.json ? inspectJson(file, problems) : inspectText(file, problems), session)) return;
-    if (options.strict && !(problems.empty() && file.surplus.empty())) session.exitCode = StrictWarnings;
+    const Outcome printed = printResult(options.json ? inspectJson(file, problems) : inspectText(file, problems));
+    const bool isClean = problems.empty() && file.surplus.empty();
+    return printed.good() && options.strict && !isClean ? Outcome{StrictWarnings, {}} : printed;
 }
 
 }  // namespace
@@ -35,7 +32,7 @@ void addInspectCommand(CLI::App& app, Session& session) {
     command->add_option("FILE", options->path, "DTS file of version 19 to 24, or DSQ file of version 24")->required();
     command->add_flag("--json", options->json, "print one JSON object");
     command->add_flag("--strict", options->strict, "exit with 5 when something is wrong with it");
-    command->callback([options, &session] { inspect(*options, session); });
+    onRun(*command, session, [options] { return inspect(*options); });
 }
 
 }  // namespace marrowfen::cli

@@ -54,32 +54,32 @@ void onSignals(void (*handler)(int), int flags) {
     }
 }
 
-std::string fault(const std::string& path, const std::string& why) { return path + ": " + why; }
+Outcome fault(const std::string& path, const std::string& why) { return {UnwritableOutput, path + ": " + why}; }
 
-// Why a file can't take this place; empty when it can.
-std::string placeFault(const std::string& path) {
+// Whether a file can take this place.
+Outcome checkPlace(const std::string& path) {
     struct stat found;
     if (stat(path.c_str(), &found) != 0) return {};
     if (S_ISDIR(found.st_mode)) return fault(path, std::strerror(EISDIR));
     if (!S_ISREG(found.st_mode)) return fault(path, "not a regular file");
-    return access(path.c_str(), W_OK) == 0 ? "" : fault(path, std::strerror(errno));
+    return access(path.c_str(), W_OK) == 0 ? Outcome() : fault(path, std::strerror(errno));
 }
 
 // Where a link points, there or not.
 std::string behindLinks(const std::string& path) {
     constexpr int kMostLinks = 40;
     fs::path result = path;
-    std::error_code fault;
-    for (int i = 0; i < kMostLinks && fs::is_symlink(result, fault); ++i) {
-        const fs::path next = fs::read_symlink(result, fault);
-        if (fault) break;
+    std::error_code failure;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(result, failure); ++i) {
+        const fs::path next = fs::read_symlink(result, failure);
+        if (failure) break;
         result = result.parent_path() / next;
     }
     return result.string();
 }
 
-std::string move(const std::string& from, const std::string& to) {
-    return std::rename(from.c_str(), to.c_str()) == 0 ? "" : fault(to, std::strerror(errno));
+Outcome move(const std::string& from, const std::string& to) {
+    return std::rename(from.c_str(), to.c_str()) == 0 ? Outcome() : fault(to, std::strerror(errno));
 }
 
 }  // namespace
@@ -87,16 +87,16 @@ std::string move(const std::string& from, const std::string& to) {
 OutputFolder::OutputFolder(const std::string& output) {
     target_ = behindLinks(output);
     for (const std::string& path : {target_, target_ + ".log"}) {
-        if (error_.empty()) error_ = placeFault(path);
+        if (made_.good()) made_ = checkPlace(path);
     }
-    if (!error_.empty()) return;
+    if (!made_.good()) return;
 
     const fs::path target = target_;
     std::string folder = (target.parent_path() / ".marrowfen-XXXXXX").string();
     if (folder.size() >= kPathSize - 32) {
-        error_ = fault(output, std::strerror(ENAMETOOLONG));
+        made_ = fault(output, std::strerror(ENAMETOOLONG));
     } else if (mkdtemp(folder.data()) == nullptr) {
-        error_ = fault(output, std::strerror(errno));
+        made_ = fault(output, std::strerror(errno));
     } else {
         folder_ = folder;
         file_ = folder + "/shape" + target.extension().string();
@@ -116,11 +116,11 @@ OutputFolder::~OutputFolder() {
     fs::remove_all(folder_, ignored);
 }
 
-std::string OutputFolder::deliverLog() const { return move(log(), target_ + ".log"); }
+Outcome OutputFolder::deliverLog() const { return move(log(), target_ + ".log"); }
 
-std::string OutputFolder::deliverBoth() const {
-    const std::string failed = move(file_, target_);
-    return failed.empty() ? deliverLog() : failed;
+Outcome OutputFolder::deliverBoth() const {
+    const Outcome moved = move(file_, target_);
+    return moved.good() ? deliverLog() : moved;
 }
 
 std::string OutputFolder::writeFault() const {

@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "cli/command.h"
+
 namespace marrowfen::cli {
 
 class OutputFolder {
@@ -16,15 +18,15 @@ public:
     OutputFolder(const OutputFolder&) = delete;
     OutputFolder& operator=(const OutputFolder&) = delete;
 
-    const std::string& error() const { return error_; }  // one line that names the file; empty for none
+    const Outcome& made() const { return made_; }
 
     // Where the export writes the output and its log: with the output's ending, and as short as can be.
     const std::string& file() const { return file_; }
     std::string log() const { return file_ + ".log"; }
 
-    // Move the files into place over older ones. Empty on success, else one line that names the file.
-    std::string deliverLog() const;
-    std::string deliverBoth() const;
+    // Move the files into place over older ones.
+    Outcome deliverLog() const;
+    Outcome deliverBoth() const;
 
     // Why the last file came out incomplete, as far as another attempt to write there tells.
     std::string writeFault() const;
@@ -33,7 +35,7 @@ private:
     std::string target_;  // the output, or where it points when it is a link
     std::string folder_;
     std::string file_;
-    std::string error_;
+    Outcome made_;
 };
 
 }  // namespace marrowfen::cli

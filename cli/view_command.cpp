@@ -36,25 +36,18 @@ std::string readWholeFile(const std::filesystem::path& path) {
     return all.str();
 }
 
-int fail(const Session& session, int code, const std::string& text) {
-    session.error(text);
-    return code;
-}
-
-int writePage(const Session& session, const ViewOptions& options, const std::string& glb, const std::string& title) {
+Outcome writePage(const ViewOptions& options, const std::string& glb, const std::string& title) {
     std::error_code failure;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
     const std::filesystem::path pagePath = program.parent_path() / kPageName;
     const std::string page = readWholeFile(pagePath);
     if (failure || page.empty()) {
-        return fail(session, UnwritableOutput,
-                    pagePath.string() + ": the viewer page isn't built; run scripts/build-viewer " +
-                        program.parent_path().string() + ", or write a .glb");
+        return {UnwritableOutput, pagePath.string() + ": the viewer page isn't built; run scripts/build-viewer " +
+                                      program.parent_path().string() + ", or write a .glb"};
     }
     const std::string filled = view::embedInPage(page, glb, title);
-    if (filled.empty()) return fail(session, UnwritableOutput, pagePath.string() + ": not a viewer page");
-    const std::string fault = writeWholeFile(options.output, filled);
-    return fault.empty() ? Done : fail(session, UnwritableOutput, fault);
+    if (filled.empty()) return {UnwritableOutput, pagePath.string() + ": not a viewer page"};
+    return writeWholeFile(options.output, filled);
 }
 
 // Empty on success, else one line that names the file.
@@ -66,35 +59,34 @@ std::string addFrom(const ShapeFile& added, Shape& shape, std::vector<std::strin
     return fault.empty() ? fault : added.path + ": " + fault;
 }
 
-int view(const Session& session, const ViewOptions& options) {
+Outcome view(const Session& session, const ViewOptions& options) {
     const bool asPage = endsWith(options.output, ".html");
     if (!asPage && !endsWith(options.output, ".glb")) {
-        return fail(session, WrongUsage, options.output + ": the output's name must end in .glb or .html");
+        return {WrongUsage, options.output + ": the output's name must end in .glb or .html"};
     }
     ShapeFile file;
     std::string fault = loadShapeFile(options.input, file);
-    if (!fault.empty()) return fail(session, UnreadableInput, fault);
+    if (!fault.empty()) return {UnreadableInput, fault};
     if (file.kind == ShapeFileKind::Dsq) {
-        return fail(session, WrongUsage,
-                    options.input + ": holds keys for nodes but no shape to move; view a .dts with --sequences " +
-                        options.input);
+        return {WrongUsage, options.input +
+                                ": holds keys for nodes but no shape to move; view a .dts with --sequences " +
+                                options.input};
     }
     std::vector<std::string> warnings;
     for (const std::string& path : options.sequences) {
         ShapeFile added;
         fault = loadShapeFile(path, added);
         if (fault.empty()) fault = addFrom(added, file.shape, warnings);
-        if (!fault.empty()) return fail(session, UnreadableInput, fault);
+        if (!fault.empty()) return {UnreadableInput, fault};
     }
 
     const std::string title = std::filesystem::path(options.input).filename().string();
     const view::GltfResult gltf = view::shapeToGltf(file.shape, title);
-    if (!gltf.error.empty()) return fail(session, UnreadableInput, options.input + ": " + gltf.error);
+    if (!gltf.error.empty()) return {UnreadableInput, options.input + ": " + gltf.error};
     warnings.insert(warnings.end(), gltf.warnings.begin(), gltf.warnings.end());
     for (const std::string& warning : warnings) session.warning(warning);
-    if (asPage) return writePage(session, options, gltf.glb, title);
-    fault = writeWholeFile(options.output, gltf.glb);
-    return fault.empty() ? Done : fail(session, UnwritableOutput, fault);
+    if (asPage) return writePage(options, gltf.glb, title);
+    return writeWholeFile(options.output, gltf.glb);
 }
 
 }  // namespace
@@ -106,7 +98,7 @@ void addViewCommand(CLI::App& app, Session& session) {
     command->add_option("OUT", options->output, "a .glb model, or an .html page that shows it")->required();
     command->add_option("--sequences", options->sequences,
                         "play these .dsq files on the shape's nodes of the same names");
-    command->callback([&session, options] { session.exitCode = view(session, *options); });
+    onRun(*command, session, [&session, options] { return view(session, *options); });
 }
 
 }  // namespace marrowfen::cli
