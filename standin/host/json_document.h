@@ -1,7 +1,9 @@
 #pragma once
 
-// A JSON text, read into one flat list of values, so that a large scene costs few allocations and no depth of nesting
-// costs stack.
+// A JSON text as one flat list of values. The parser is nlohmann-json's, event by event; its own tree of values doesn't
+// serve a scene file: it drops all but one of a doubled key without a word, keeps a number as a double, which rounds
+// a 32-bit float twice, and its keys in alphabetical order, where materials and clips' nodes have that of the file. The
+// list also costs few allocations, and no depth of nesting costs stack.
 
 #include <cstdint>
 #include <string>

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace marrowfen::standin {
 namespace {
@@ -111,16 +113,10 @@ void JsonReader::read(uint32_t index, float& into) {
 }
 
 void JsonReader::read(uint32_t index, std::string& into) {
-    if (!expect(index, JsonValue::Text)) return;
-    const std::string& text = document_.textOf(at(index));
-    if (text.find('\0') == std::string::npos) {
-        into = text;
-    } else {
-        place_.fail("a zero byte inside a text, which the host's texts end with");
-    }
+    if (expect(index, JsonValue::Text)) into = document_.textOf(at(index));
 }
 
-int32_t JsonReader::readWhole(uint32_t index, int32_t keep, Bounds bounds) {
+int32_t JsonReader::readWhole(uint32_t index, int32_t keep, WholeBounds bounds) {
     if (!expect(index, JsonValue::Number)) return keep;
     const double number = at(index).number;
     if (number != std::floor(number)) {
@@ -128,8 +124,7 @@ int32_t JsonReader::readWhole(uint32_t index, int32_t keep, Bounds bounds) {
         return keep;
     }
     if (number < bounds.lowest || number > bounds.highest) {
-        place_.fail("number " + numberText(number) + " is outside " + std::to_string(bounds.lowest) + " to " +
-                    std::to_string(bounds.highest));
+        place_.failOutside(number, bounds);
         return keep;
     }
     return static_cast<int32_t>(number);
@@ -157,7 +152,7 @@ JsonRecord::JsonRecord(JsonReader& reader, uint32_t index)
       index_(index),
       readable_(reader.expect(index, JsonValue::Object) && reader.expectUniqueKeys(index)) {}
 
-uint32_t JsonRecord::find(const char* key, Presence presence) {
+uint32_t JsonRecord::find(const char* key, bool isRequired) {
     if (!readable_) return kNone;
     if (knownCount_ < kMostKeys) known_[knownCount_++] = key;
     uint64_t bit = 1;
@@ -168,7 +163,7 @@ uint32_t JsonRecord::find(const char* key, Presence presence) {
         }
         bit <<= 1;  // none is left beyond 64 members, where an unknown one is certain
     }
-    if (presence == Required) reader_.place().fail("key " + jsonQuoted(key) + " is missing");
+    if (isRequired) reader_.place().fail("key " + jsonQuoted(key) + " is missing");
     return kNone;
 }
 

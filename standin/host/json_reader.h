@@ -3,16 +3,13 @@
 // Typed getters over a JSON document. A getter checks kind, length and bounds, and a fault is recorded with the path of
 // the value that has it; after a fault everything that is read keeps what it held.
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstdint>
-#include <initializer_list>
 #include <limits>
-#include <optional>
 #include <span>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "standin/host/json_document.h"
 #include "standin/host/scene_place.h"
@@ -38,17 +35,13 @@ public:
     void read(uint32_t index, float& into);
     void read(uint32_t index, std::string& into);
 
+    // A whole number within the bounds and within its type.
     template <std::integral Int>
-    void read(uint32_t index, Int& into) {
-        into = static_cast<Int>(
-            readWhole(index, into, {std::numeric_limits<Int>::min(), std::numeric_limits<Int>::max()}));
+    void read(uint32_t index, Int& into, WholeBounds bounds = {}) {
+        bounds.lowest = std::max<int32_t>(bounds.lowest, std::numeric_limits<Int>::min());
+        bounds.highest = std::min<int32_t>(bounds.highest, std::numeric_limits<Int>::max());
+        into = static_cast<Int>(readWhole(index, into, bounds));
     }
-
-    // A whole number within the bounds; on a fault, what is given to keep.
-    struct Bounds {
-        int32_t lowest, highest;
-    };
-    int32_t readWhole(uint32_t index, int32_t keep, Bounds bounds);
 
     // One of the words, or a whole number that stands for itself.
     void readType(uint32_t index, int32_t& into, std::span<const TypeWord> words);
@@ -90,6 +83,7 @@ private:
     ScenePlace& place_;
 
     bool expectLength(uint32_t index, size_t length);
+    int32_t readWhole(uint32_t index, int32_t keep, WholeBounds bounds);
 };
 
 // The members of an Object that has fixed keys. What no getter asked for is an unknown key when the record is done.
@@ -100,26 +94,13 @@ public:
     JsonRecord(const JsonRecord&) = delete;
     JsonRecord& operator=(const JsonRecord&) = delete;
 
-    enum Presence { Optional, Required };
-
     // Calls act(value) in the member's place if it is there. Its absence is a fault if it is required.
     template <class Act>
-    void with(const char* key, Presence presence, Act act) {
-        const uint32_t member = find(key, presence);
+    void with(const char* key, bool isRequired, Act act) {
+        const uint32_t member = find(key, isRequired);
         if (member == kNone || !reader_.place().ok()) return;
         const ScenePlace::Step step(reader_.place(), key);
         act(member);
-    }
-
-    template <class T>
-    void get(const char* key, T& into, Presence presence = Optional) {
-        with(key, presence, [&](uint32_t member) { reader_.read(member, into); });
-    }
-
-    // Left out, it stays none.
-    template <class T>
-    void get(const char* key, std::optional<T>& into) {
-        with(key, Optional, [&](uint32_t member) { reader_.read(member, into.emplace()); });
     }
 
 private:
@@ -133,7 +114,7 @@ private:
     std::array<const char*, kMostKeys> known_{};
     size_t knownCount_ = 0;
 
-    uint32_t find(const char* key, Presence presence);
+    uint32_t find(const char* key, bool isRequired);
     void refuseUnknownKeys();
 };
 

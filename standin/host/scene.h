@@ -12,6 +12,8 @@
 #include <variant>
 #include <vector>
 
+#include "host/tsxapi.h"
+
 namespace marrowfen::standin {
 
 using Vec2 = std::array<float, 2>;
@@ -30,9 +32,11 @@ struct HostSettings {
 };
 
 struct ShaderParameter {
+    using Value = std::variant<bool, float, std::string>;
+
     std::string name;
-    int32_t type = 7;                              // a TsxParameterType or any other number
-    std::variant<bool, float, std::string> value;  // as the type says; for other types whatever JSON text the file has
+    int32_t type = TsxFloatParameter;  // a TsxParameterType or any other number
+    Value value;                       // as the type says; for other types whatever JSON text the file has
 
     bool operator==(const ShaderParameter&) const = default;
 };
@@ -90,7 +94,7 @@ struct Muscle {
 };
 
 struct Node {
-    int32_t type = 201;  // a TsxNodeType or any other number
+    int32_t type = TsxPolyhedron;  // a TsxNodeType or any other number
     std::string name;
     std::optional<std::string> id;  // the name when left out
     int16_t layer = 0;

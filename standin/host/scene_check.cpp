@@ -5,13 +5,14 @@
 
 #include "host/tsxapi.h"
 #include "standin/host/json_document.h"
+#include "standin/host/scene_fields.h"
 
 namespace marrowfen::standin {
 namespace {
 
-class SceneChecker {
+class ReferenceChecker {
 public:
-    SceneChecker(const Scene& scene, ScenePlace& place) : scene_(scene), place_(place) {}
+    ReferenceChecker(const Scene& scene, ScenePlace& place) : scene_(scene), place_(place) {}
 
     void checkAll();
 
@@ -53,7 +54,7 @@ private:
     }
 };
 
-void SceneChecker::collectIds(const std::vector<Node>& nodes) {
+void ReferenceChecker::collectIds(const std::vector<Node>& nodes) {
     for (const Node& node : nodes) {
         Identity& identity = nodes_[node.identity()];
         identity.node = &node;
@@ -62,7 +63,7 @@ void SceneChecker::collectIds(const std::vector<Node>& nodes) {
     }
 }
 
-const Node* SceneChecker::referredNode(const std::string& id) {
+const Node* ReferenceChecker::referredNode(const std::string& id) {
     const auto found = nodes_.find(id);
     if (found == nodes_.end()) {
         place_.fail("no node has the id " + jsonQuoted(id));
@@ -72,26 +73,26 @@ const Node* SceneChecker::referredNode(const std::string& id) {
     return place_.ok() ? found->second.node : nullptr;
 }
 
-const Node* SceneChecker::referredNode(const std::string& id, int32_t type, const char* typeName) {
+const Node* ReferenceChecker::referredNode(const std::string& id, int32_t type, const char* typeName) {
     const Node* node = referredNode(id);
     if (node == nullptr || node->type == type) return node;
     place_.fail("node " + jsonQuoted(id) + " is no " + typeName);
     return nullptr;
 }
 
-void SceneChecker::checkIndex(const char* what, int32_t index, size_t count) {
+void ReferenceChecker::checkIndex(const char* what, int32_t index, size_t count) {
     if (index >= 0 && static_cast<size_t>(index) < count) return;
     place_.fail(std::string(what) + " " + std::to_string(index) + " of " + std::to_string(count));
 }
 
-void SceneChecker::checkCorners(const Polyhedron& polyhedron, const Face& face) {
+void ReferenceChecker::checkCorners(const Polyhedron& polyhedron, const Face& face) {
     forEach("corners", face.corners, [&](const Corner& corner) {
         checkIndex("vertex", corner.vertex, polyhedron.vertices.size());
         if (!polyhedron.uvs.empty()) checkIndex("uv", corner.uv, polyhedron.uvs.size());
     });
 }
 
-void SceneChecker::checkPolyhedron(const Polyhedron& polyhedron) {
+void ReferenceChecker::checkPolyhedron(const Polyhedron& polyhedron) {
     if (polyhedron.normals && polyhedron.normals->size() != polyhedron.vertices.size()) {
         const ScenePlace::Step step(place_, "normals");
         place_.fail(std::to_string(polyhedron.normals->size()) + " normals for " +
@@ -103,7 +104,7 @@ void SceneChecker::checkPolyhedron(const Polyhedron& polyhedron) {
     });
 }
 
-void SceneChecker::checkHeldVertices(const HeldVertices& held) {
+void ReferenceChecker::checkHeldVertices(const HeldVertices& held) {
     for (const auto& [id, vertices] : held) {
         const ScenePlace::Step step(place_, id);
         const Node* polyhedron = referredNode(id, TsxPolyhedron, "polyhedron");
@@ -114,7 +115,7 @@ void SceneChecker::checkHeldVertices(const HeldVertices& held) {
     }
 }
 
-void SceneChecker::checkMuscles(const std::vector<Muscle>& muscles) {
+void ReferenceChecker::checkMuscles(const std::vector<Muscle>& muscles) {
     std::unordered_set<std::string> joints;
     forEach("muscles", muscles, [&](const Muscle& muscle) {
         {
@@ -129,7 +130,7 @@ void SceneChecker::checkMuscles(const std::vector<Muscle>& muscles) {
     });
 }
 
-void SceneChecker::checkNode(const Node& node) {
+void ReferenceChecker::checkNode(const Node& node) {
     checkPolyhedron(node.polyhedron);
     checkMuscles(node.muscles);
     {
@@ -139,7 +140,7 @@ void SceneChecker::checkNode(const Node& node) {
     forEach("children", node.children, [&](const Node& child) { checkNode(child); });
 }
 
-void SceneChecker::checkKeys(const std::vector<Key>& keys) {
+void ReferenceChecker::checkKeys(const std::vector<Key>& keys) {
     for (size_t i = 1; i < keys.size(); ++i) {
         if (keys[i].frame > keys[i - 1].frame) continue;
         const ScenePlace::Step inKey(place_, i);
@@ -148,7 +149,7 @@ void SceneChecker::checkKeys(const std::vector<Key>& keys) {
     }
 }
 
-void SceneChecker::checkClip(const Clip& clip) {
+void ReferenceChecker::checkClip(const Clip& clip) {
     const ScenePlace::Step inKeys(place_, "keys");
     for (const auto& [id, keys] : clip.keys) {
         const ScenePlace::Step inNode(place_, id);
@@ -158,7 +159,7 @@ void SceneChecker::checkClip(const Clip& clip) {
     }
 }
 
-void SceneChecker::checkAll() {
+void ReferenceChecker::checkAll() {
     collectIds(scene_.nodes);
     for (const auto& [key, material] : scene_.materials) materials_.insert(key);
     forEach("nodes", scene_.nodes, [&](const Node& node) { checkNode(node); });
@@ -167,6 +168,13 @@ void SceneChecker::checkAll() {
 
 }  // namespace
 
-void checkScene(const Scene& scene, ScenePlace& place) { SceneChecker(scene, place).checkAll(); }
+void checkReferences(const Scene& scene, ScenePlace& place) { ReferenceChecker(scene, place).checkAll(); }
+
+void checkScene(const Scene& scene, ScenePlace& place) {
+    checkValues(scene, place);
+    if (place.ok()) checkReferences(scene, place);
+}
+
+std::string tooDeepText() { return "nodes are nested more than " + std::to_string(kDeepestNode) + " deep"; }
 
 }  // namespace marrowfen::standin

@@ -1,12 +1,23 @@
 #pragma once
 
+#include <string>
+
 #include "standin/host/scene.h"
 #include "standin/host/scene_place.h"
 
 namespace marrowfen::standin {
 
-// Checks what a scene's records say of one another: vertex and texture-coordinate indices, one normal a vertex,
-// material keys, ids of nodes, rising key frames. The first fault lands in place.
+// Checks what a scene has to hold wherever it comes from; the first fault lands in place. Nodes are nested no deeper
+// than kDeepestNode: whoever makes nodes of input sees to that, and says so with tooDeepText.
 void checkScene(const Scene& scene, ScenePlace& place);
+
+// The first half: values by themselves. Finite numbers, texts without a zero byte, lists as long as the host counts.
+void checkValues(const Scene& scene, ScenePlace& place);
+
+// The second half: what records say of one another. Vertex and texture-coordinate indices, one normal a vertex,
+// material keys, ids of nodes, rising key frames.
+void checkReferences(const Scene& scene, ScenePlace& place);
+
+std::string tooDeepText();
 
 }  // namespace marrowfen::standin

@@ -43,4 +43,9 @@ void ScenePlace::fail(const std::string& what) {
     error_ = where.empty() ? what : where + ": " + what;
 }
 
+void ScenePlace::failOutside(double number, WholeBounds bounds) {
+    fail("number " + numberText(number) + " is outside " + std::to_string(bounds.lowest) + " to " +
+         std::to_string(bounds.highest));
+}
+
 }  // namespace marrowfen::standin

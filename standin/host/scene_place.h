@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "standin/host/scene_words.h"
+
 namespace marrowfen::standin {
 
 class ScenePlace {
@@ -25,6 +27,7 @@ public:
 
     // Keeps "path: what" unless there is a fault already.
     void fail(const std::string& what);
+    void failOutside(double number, WholeBounds bounds);
 
     bool ok() const { return error_.empty(); }
     const std::string& error() const { return error_; }

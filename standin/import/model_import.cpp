@@ -31,9 +31,7 @@ LoadResult importModel(const std::string& path, const ImportOptions& options) {
     const RunLimits limits{options.memoryMegabytes, options.cpuSeconds, options.wallSeconds};
     const RunOutcome outcome = runIsolated(limits, [&] { return packResult(readModel(path, options)); });
     if (!outcome.failure.empty()) return {{}, path + ": " + outcome.failure, {}};
-    std::optional<LoadResult> result = unpackResult(outcome.output);
-    if (!result) return {{}, path + ": makes the reader crash", {}};
-    return std::move(*result);
+    return unpackResult(outcome.output, path);
 }
 
 }  // namespace marrowfen::standin

@@ -1,192 +1,225 @@
 #include "standin/import/scene_transfer.h"
 
 #include <cstring>
-#include <type_traits>
+
+#include "standin/host/scene_check.h"
+#include "standin/host/scene_fields.h"
+
+// A list, map or text is its count and its entries; an optional value is preceded by a byte that says whether it is
+// there, a shader parameter's value by its kind. The answer may come from a process that a crafted model has taken
+// over, so the unpacker believes nothing: neither counts nor depths, nor that numbers mean anything.
 
 namespace marrowfen::standin {
 
 namespace {
 
-// One list of fields per record serves both directions: transfer(archive, value) writes the value or fills it.
+// Numbers, points and corners, which lie in the bytes as they lie in memory: every pattern of bits is a value.
+template <class T>
+constexpr bool kPlain =
+    std::is_trivially_copyable_v<T> && !SceneRecord<T> && !kIsOptional<T> && !std::is_same_v<T, bool>;
 
-struct Writer {
+using Count = uint64_t;
+
+class Packer {
+public:
     std::string bytes;
 
-    bool reads() const { return false; }
-    void raw(const void* data, size_t size) { bytes.append(static_cast<const char*>(data), size); }
+    template <SceneRecord Record>
+    void put(const Record& record) {
+        forEachField<Record>([&](const auto& field) { put(record.*field.member); });
+    }
+
+    template <class T>
+    requires kPlain<T>
+    void put(const T& value) { putRaw(&value, sizeof value); }
+
+    void put(bool flag) { bytes += flag ? '\1' : '\0'; }
+
+    void put(const std::string& text) {
+        put(Count{text.size()});
+        bytes += text;
+    }
+
+    template <class T>
+    void put(const std::vector<T>& entries) {
+        put(Count{entries.size()});
+        if constexpr (kPlain<T>) {
+            putRaw(entries.data(), entries.size() * sizeof(T));
+        } else {
+            for (const T& entry : entries) put(entry);
+        }
+    }
+
+    template <class First, class Second>
+    void put(const std::pair<First, Second>& pair) {
+        put(pair.first);
+        put(pair.second);
+    }
+
+    template <class T>
+    void put(const std::optional<T>& value) {
+        put(value.has_value());
+        if (value) put(*value);
+    }
+
+    void put(const ShaderParameter::Value& value) {
+        put(static_cast<uint8_t>(value.index()));
+        std::visit([&](const auto& known) { put(known); }, value);
+    }
+
+private:
+    void putRaw(const void* data, size_t size) { bytes.append(static_cast<const char*>(data), size); }
 };
 
-struct Reader {
-    const std::string& bytes;
-    size_t at = 0;
-    bool ok = true;
+// The fewest bytes that a value takes: what is left of an answer bounds how many there can be.
+template <class T>
+struct Fewest {
+    static constexpr size_t kBytes = kPlain<T> ? sizeof(T) : 1;
+};
+template <>
+struct Fewest<std::string> {
+    static constexpr size_t kBytes = sizeof(Count);
+};
+template <class T>
+struct Fewest<std::vector<T>> {
+    static constexpr size_t kBytes = sizeof(Count);
+};
+template <class First, class Second>
+struct Fewest<std::pair<First, Second>> {
+    static constexpr size_t kBytes = Fewest<First>::kBytes + Fewest<Second>::kBytes;
+};
+template <SceneRecord Record>
+struct Fewest<Record> {
+    template <class... T>
+    static constexpr size_t sum(const std::tuple<Field<Record, T>...>&) {
+        return (Fewest<T>::kBytes + ...);
+    }
+    static constexpr size_t kBytes = sum(kFields<Record>);
+};
 
-    bool reads() const { return true; }
-    void raw(void* data, size_t size) {
-        ok = ok && size <= bytes.size() - at;
-        if (!ok || size == 0) return;
-        std::memcpy(data, bytes.data() + at, size);
-        at += size;
+// After the first fault nothing more is taken.
+class Unpacker {
+public:
+    explicit Unpacker(const std::string& bytes) : bytes_(bytes) {}
+
+    bool isWhole() const { return ok_ && at_ == bytes_.size(); }
+    bool isTooDeep() const { return isTooDeep_; }
+
+    template <SceneRecord Record>
+    void take(Record& record) {
+        forEachField<Record>([&](const auto& field) { take(record.*field.member); });
+    }
+
+    void take(Node& node) {
+        isTooDeep_ = isTooDeep_ || depth_ == kDeepestNode;
+        ok_ = ok_ && !isTooDeep_;
+        if (!ok_) return;
+        ++depth_;
+        take<Node>(node);
+        --depth_;
+    }
+
+    template <class T>
+    requires kPlain<T>
+    void take(T& value) { takeRaw(&value, sizeof value); }
+
+    void take(bool& flag) {
+        uint8_t byte = 0;
+        take(byte);
+        ok_ = ok_ && byte <= 1;
+        flag = byte == 1;
+    }
+
+    void take(std::string& text) {
+        text.resize(takeCount(1));
+        takeRaw(text.data(), text.size());
+    }
+
+    template <class T>
+    void take(std::vector<T>& entries) {
+        entries.resize(takeCount(Fewest<T>::kBytes));
+        if constexpr (kPlain<T>) {
+            takeRaw(entries.data(), entries.size() * sizeof(T));
+        } else {
+            for (size_t i = 0; i < entries.size() && ok_; ++i) take(entries[i]);
+        }
+    }
+
+    template <class First, class Second>
+    void take(std::pair<First, Second>& pair) {
+        take(pair.first);
+        take(pair.second);
+    }
+
+    template <class T>
+    void take(std::optional<T>& value) {
+        bool isThere = false;
+        take(isThere);
+        if (isThere) take(value.emplace());
+    }
+
+    void take(ShaderParameter::Value& value) {
+        uint8_t kind = 0;
+        take(kind);
+        takeKind(value, kind, std::make_index_sequence<std::variant_size_v<ShaderParameter::Value>>());
+    }
+
+private:
+    const std::string& bytes_;
+    size_t at_ = 0;
+    int depth_ = 0;  // nodes around the next one
+    bool ok_ = true;
+    bool isTooDeep_ = false;
+
+    size_t left() const { return bytes_.size() - at_; }
+
+    void takeRaw(void* data, size_t size) {
+        ok_ = ok_ && size <= left();
+        if (!ok_ || size == 0) return;
+        std::memcpy(data, bytes_.data() + at_, size);
+        at_ += size;
+    }
+
+    size_t takeCount(size_t fewestBytes) {
+        Count count = 0;
+        take(count);
+        ok_ = ok_ && count <= left() / fewestBytes;
+        return ok_ ? static_cast<size_t>(count) : 0;
+    }
+
+    template <size_t... kKind>
+    void takeKind(ShaderParameter::Value& value, uint8_t kind, std::index_sequence<kKind...>) {
+        ok_ = ok_ && kind < sizeof...(kKind);
+        ((ok_ && kind == kKind ? take(value.emplace<kKind>()) : void()), ...);
     }
 };
 
-// Numbers and records of numbers, where every pattern of bits is a value.
-template <typename T>
-constexpr bool kPlain = std::is_trivially_copyable_v<T> && !std::is_same_v<T, bool>;
-
-template <typename Archive>
-size_t transferCount(Archive& archive, size_t count) {
-    uint64_t n = count;
-    archive.raw(&n, sizeof n);
-    if constexpr (std::is_same_v<Archive, Reader>) {
-        // An element takes a byte at least, so a count beyond what is left is wrong.
-        archive.ok = archive.ok && n <= archive.bytes.size() - archive.at;
-        return archive.ok ? static_cast<size_t>(n) : 0;
-    }
-    return count;
-}
-
-template <typename Archive>
-void transfer(Archive& archive, bool& value) {
-    uint8_t byte = value ? 1 : 0;
-    archive.raw(&byte, 1);
-    value = byte != 0;
-}
-
-template <typename Archive, typename T>
-requires std::is_arithmetic_v<T>
-void transfer(Archive& archive, T& value) { archive.raw(&value, sizeof value); }
-
-template <typename Archive, typename T, size_t N>
-void transfer(Archive& archive, std::array<T, N>& value) {
-    static_assert(kPlain<T>);
-    archive.raw(value.data(), sizeof value);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, std::string& value) {
-    value.resize(transferCount(archive, value.size()));
-    archive.raw(value.data(), value.size());
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Corner& corner) {
-    archive.raw(&corner, sizeof corner);
-}
-
-template <typename Archive, typename T>
-void transfer(Archive& archive, std::vector<T>& values) {
-    const size_t count = transferCount(archive, values.size());
-    if constexpr (kPlain<T>) {
-        const bool fits = !archive.reads() || count <= values.max_size();
-        values.resize(fits ? count : 0);
-        archive.raw(values.data(), values.size() * sizeof(T));
-    } else {
-        values.resize(count);
-        for (T& value : values) transfer(archive, value);
-    }
-}
-
-template <typename Archive, typename First, typename Second>
-void transfer(Archive& archive, std::pair<First, Second>& value) {
-    transfer(archive, value.first);
-    transfer(archive, value.second);
-}
-
-template <typename Archive, typename T>
-void transfer(Archive& archive, std::optional<T>& value) {
-    bool there = value.has_value();
-    transfer(archive, there);
-    if (there && !value) value.emplace();
-    if (there) transfer(archive, *value);
-}
-
-template <typename Archive, typename... T>
-void transferAll(Archive& archive, T&... values) {
-    (transfer(archive, values), ...);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, HostSettings& host) {
-    transferAll(archive, host.major, host.minor, host.directory, host.frameRate, host.playMode, host.activeTime);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, ShaderParameter& parameter) {
-    uint8_t kind = static_cast<uint8_t>(parameter.value.index());
-    transferAll(archive, parameter.name, parameter.type, kind);
-    if (archive.reads() && kind == 1) parameter.value = 0.0F;
-    if (archive.reads() && kind == 2) parameter.value = std::string();
-    std::visit([&](auto& value) { transfer(archive, value); }, parameter.value);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Shader& shader) {
-    transferAll(archive, shader.name, shader.valid, shader.parameters);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Material& material) {
-    transferAll(archive, material.color, material.texture, material.reflection, material.shader);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Face& face) {
-    transferAll(archive, face.corners, face.material);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Polyhedron& polyhedron) {
-    transferAll(archive, polyhedron.vertices, polyhedron.normals, polyhedron.uvs, polyhedron.faces,
-                polyhedron.materials, polyhedron.vertexTransform);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Muscle& muscle) {
-    transferAll(archive, muscle.joint, muscle.vertices);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Node& node) {
-    transferAll(archive, node.type, node.name, node.id, node.layer, node.location, node.rotation, node.transform,
-                node.axes, node.children, node.polyhedron, node.muscles, node.tendon);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Key& key) {
-    transferAll(archive, key.frame, key.location, key.rotation, key.transform);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Clip& clip) {
-    transferAll(archive, clip.name, clip.start, clip.end, clip.length, clip.toggle, clip.loop, clip.enabled, clip.keys);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, Scene& scene) {
-    transferAll(archive, scene.host, scene.layers, scene.materials, scene.nodes, scene.clips);
-}
-
-template <typename Archive>
-void transfer(Archive& archive, LoadResult& result) {
-    transferAll(archive, result.scene, result.error, result.warnings);
-}
+LoadResult failed(const std::string& name, const std::string& error) { return {{}, name + ": " + error, {}}; }
 
 }  // namespace
 
 std::string packResult(const LoadResult& result) {
-    Writer writer;
-    // Writing leaves every value as it is; only the shared field lists ask for changeable ones.
-    transfer(writer, const_cast<LoadResult&>(result));
-    return std::move(writer.bytes);
+    Packer packer;
+    packer.put(result.scene);
+    packer.put(result.error);
+    packer.put(result.warnings);
+    return std::move(packer.bytes);
 }
 
-std::optional<LoadResult> unpackResult(const std::string& bytes) {
-    Reader reader{bytes};
+LoadResult unpackResult(const std::string& bytes, const std::string& name) {
+    Unpacker unpacker(bytes);
     LoadResult result;
-    transfer(reader, result);
-    if (!reader.ok || reader.at != bytes.size()) return std::nullopt;
-    return result;
+    unpacker.take(result.scene);
+    unpacker.take(result.error);
+    unpacker.take(result.warnings);
+    if (unpacker.isTooDeep()) return failed(name, tooDeepText());
+    if (!unpacker.isWhole() || result.scene.has_value() != result.error.empty()) {
+        return failed(name, "makes the reader crash");
+    }
+    if (!result.scene) return result;
+    ScenePlace place;
+    checkScene(*result.scene, place);
+    return place.ok() ? std::move(result) : failed(name, place.error());
 }
 
 }  // namespace marrowfen::standin

@@ -1,9 +1,8 @@
 #pragma once
 
 // A load result as bytes, for the way from the process that reads a model to the one that wants the scene. Both are the
-// same program on the same machine, so the bytes are the values as they lie in memory.
+// same program on the same machine, so numbers are their bytes in memory.
 
-#include <optional>
 #include <string>
 
 #include "standin/host/scene.h"
@@ -12,7 +11,8 @@ namespace marrowfen::standin {
 
 std::string packResult(const LoadResult& result);
 
-// None when the bytes aren't a whole result.
-std::optional<LoadResult> unpackResult(const std::string& bytes);
+// Whatever the bytes are, the scene holds what checkScene asks of one, or there is an error; name stands for the model
+// in it. Memory stays within a small multiple of the bytes.
+LoadResult unpackResult(const std::string& bytes, const std::string& name);
 
 }  // namespace marrowfen::standin
