@@ -4,7 +4,7 @@
 #include <cmath>
 #include <initializer_list>
 
-#include "ground/coding.h"
+#include "ground/math.h"
 #include "mesh/normal_encoding.h"
 
 namespace marrowfen {

@@ -1,6 +1,6 @@
 #include "builder/scan.h"
 #include "builder/tags.h"
-#include "ground/coding.h"
+#include "ground/math.h"
 #include "host/animation.h"
 #include "shape/shape.h"
 

@@ -1,6 +1,6 @@
 #include "builder/passes.h"
 #include "ground/at.h"
-#include "ground/coding.h"
+#include "ground/math.h"
 #include "host/animation.h"
 
 // Clips become sequences: each is played in the host frame by frame, and every bone and marker leaves one key a frame.

@@ -6,25 +6,21 @@
 #include <sstream>
 
 #include "ground/ascii.h"
-#include "ground/coding.h"
-#include "ground/shape_reader.h"
+#include "ground/block_stream.h"
 
 namespace marrowfen::cli {
 
 namespace {
 
-bool endsIgnoringCase(std::string_view text, std::string_view ending) {
-    return text.size() >= ending.size() && equalIgnoringCase(text.substr(text.size() - ending.size()), ending);
-}
-
 // The sizes in the header, which reading has found to fit the file.
 void measureBlocks(const std::string& bytes, ShapeFile& file) {
-    const auto word = [&](size_t i) { return size_t{get32(reinterpret_cast<const unsigned char*>(&bytes[i * 4]))}; };
-    const size_t total = word(1), startOf16 = word(2), startOf8 = word(3);
-    file.words = startOf16 * 4;
-    file.halves = (startOf8 - startOf16) * 4;
-    file.narrow = (total - startOf8) * 4;
-    file.rest = bytes.size() - 16 - total * 4;
+    ReadFault fault;
+    const BlockPlaces places = readBlockPlaces(bytes, fault);
+    assert(fault.none());
+    file.words = places.halves - places.words;
+    file.halves = places.bytes - places.halves;
+    file.narrow = places.end - places.bytes;
+    file.rest = bytes.size() - places.end;
 }
 
 }  // namespace
@@ -38,7 +34,7 @@ std::string loadShapeFile(const std::string& path, ShapeFile& file) {
 
     file.path = path;
     file.bytes = bytes.size();
-    file.kind = endsIgnoringCase(path, ".dsq") ? ShapeFileKind::Dsq : ShapeFileKind::Dts;
+    file.kind = endsWithIgnoringCase(path, ".dsq") ? ShapeFileKind::Dsq : ShapeFileKind::Dts;
     std::istringstream in(bytes);
     if (file.kind == ShapeFileKind::Dsq) {
         file.shape.readDsq(in, &file.surplus);
@@ -46,7 +42,7 @@ std::string loadShapeFile(const std::string& path, ShapeFile& file) {
         file.shape.readDts(in, &file.surplus);
     }
     if (file.shape.hasError()) return path + ": " + file.shape.error();
-    file.version = get32(reinterpret_cast<const unsigned char*>(bytes.data()));
+    file.version = ByteReader(bytes, 0, bytes.size(), fault).read<uint32_t>();
     if (file.kind == ShapeFileKind::Dts) measureBlocks(bytes, file);
     return {};
 }

@@ -18,4 +18,8 @@ inline bool beginsWithIgnoringCase(std::string_view text, std::string_view prefi
     return text.size() >= prefix.size() && equalIgnoringCase(text.substr(0, prefix.size()), prefix);
 }
 
+inline bool endsWithIgnoringCase(std::string_view text, std::string_view ending) {
+    return text.size() >= ending.size() && equalIgnoringCase(text.substr(text.size() - ending.size()), ending);
+}
+
 }  // namespace marrowfen

@@ -4,6 +4,7 @@
 // gives the same bits. Frames are right-handed with Z up.
 
 #include <cmath>
+#include <cstdint>
 
 namespace marrowfen {
 
@@ -28,6 +29,15 @@ struct Quaternion {
 struct Matrix44 {
     float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
 };
+
+// The whole part of value, or the nearest end of the 32-bit range; 0 for a value that isn't a number. (A plain cast
+// of such values is undefined and differs between processors.)
+inline int32_t truncatedToInt32(float value) {
+    if (value != value) return 0;
+    if (value >= 2147483648.0F) return INT32_MAX;
+    if (value <= -2147483648.0F) return INT32_MIN;
+    return static_cast<int32_t>(value);
+}
 
 inline bool operator==(const Point3& a, const Point3& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 inline bool operator==(const Point2D& a, const Point2D& b) { return a.x == b.x && a.y == b.y; }
@@ -91,6 +101,12 @@ inline void widen(Box& box, const Box& other) {
     if (other.max.x > box.max.x) box.max.x = other.max.x;
     if (other.max.y > box.max.y) box.max.y = other.max.y;
     if (other.max.z > box.max.z) box.max.z = other.max.z;
+}
+
+// The point in the middle, halved from the maximum: 32-bit floats round differently from the other end.
+inline Point3 boxCenter(const Box& box) {
+    const auto& [min, max] = box;
+    return {max.x + (min.x - max.x) / 2, max.y + (min.y - max.y) / 2, max.z + (min.z - max.z) / 2};
 }
 
 // Widens box so that it holds p. A coordinate that isn't a number widens nothing.

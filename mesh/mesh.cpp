@@ -18,11 +18,7 @@ void Mesh::computeBounds() {
     for (const Point3& v : vertexes) widen(bounds, v);
 }
 
-void Mesh::computeCenter() {
-    const Point3& min = bounds.min;
-    const Point3& max = bounds.max;
-    center = {max.x + (min.x - max.x) / 2, max.y + (min.y - max.y) / 2, max.z + (min.z - max.z) / 2};
-}
+void Mesh::computeCenter() { center = boxCenter(bounds); }
 
 void Mesh::computeRadius() { radius = transformedRadius({}, {}, center); }
 

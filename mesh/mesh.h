@@ -12,9 +12,9 @@
 
 namespace marrowfen {
 
-class ShapeBuffers;
 class ShapeDumper;
-struct ShapeReader;
+struct BlockReader;
+struct BlockWriter;
 
 enum class MeshType : int32_t { Standard = 0, Skin = 1, Decal = 2, Sorted = 3, Null = 4 };
 
@@ -136,11 +136,12 @@ public:
     // Orders the triangles of a Sorted mesh into clusters that draw back to front (mesh/sort.cpp).
     void sort();
 
-    // Appends the mesh's block of a DTS file to the buffers (mesh/mesh_block.cpp).
-    void writeMeshBlock(ShapeBuffers& buffers) const;
+    // Appends the mesh's block of a DTS file (mesh/mesh_block.cpp). Vertex numbers and element positions fit 16 bits,
+    // and lists that share a length have it.
+    void writeMeshBlock(BlockWriter& file) const;
 
     // Fills this new mesh from its block; the type is the block's (mesh/mesh_block.cpp). Faults are the reader's.
-    void readMeshBlock(ShapeReader& in);
+    void readMeshBlock(BlockReader& file);
 
     // Writes the mesh as indented text (mesh/mesh_dump.cpp).
     void dump(ShapeDumper& out) const;

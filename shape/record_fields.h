@@ -1,49 +1,61 @@
 #pragma once
 
-// The fields of each record in the order in which DTS and DSQ files store them: the one list that the writers and the
-// readers share. forEachField(record, visit) calls visit(field) for each.
+// The fields of each record in the order in which DTS and DSQ files store them: one list, which writing and reading
+// share. exchange(bytes, record) does either: with a ByteWriter and a const record it appends the fields, with a
+// ByteReader it fills the record.
 
+#include "ground/byte_stream.h"
 #include "shape/shape.h"
 
 namespace marrowfen {
 
-template <class Record, class Visit, class... Fields>
-void visitFields(Record& record, Visit& visit, Fields... fields) {
-    (visit(record.*fields), ...);
-}
-
-// Record is the type itself or const.
-template <class Record, class Visit>
-void forEachField(Record& record, Visit visit) {
+// The tables of the 32-bit block whose records are words and nothing else.
+template <class Bytes, class Record>
+void exchange(Bytes& bytes, Record& r) {
     using R = std::remove_const_t<Record>;
-    const auto each = [&](auto... fields) { visitFields(record, visit, fields...); };
     if constexpr (std::is_same_v<R, Shape::Node>) {
-        each(&R::name, &R::parent, &R::firstObject, &R::firstChild, &R::nextSibling);
+        bytes.values(r.name, r.parent, r.firstObject, r.firstChild, r.nextSibling);
     } else if constexpr (std::is_same_v<R, Shape::Object>) {
-        each(&R::name, &R::numMeshes, &R::firstMesh, &R::node, &R::nextSibling, &R::firstDecal);
+        bytes.values(r.name, r.numMeshes, r.firstMesh, r.node, r.nextSibling, r.firstDecal);
     } else if constexpr (std::is_same_v<R, Shape::Decal>) {
-        each(&R::name, &R::numMeshes, &R::firstMesh, &R::object, &R::sibling);
+        bytes.values(r.name, r.numMeshes, r.firstMesh, r.object, r.sibling);
     } else if constexpr (std::is_same_v<R, Shape::IflMaterial>) {
-        each(&R::name, &R::slot, &R::firstFrame, &R::time, &R::numFrames);
+        bytes.values(r.name, r.slot, r.firstFrame, r.time, r.numFrames);
     } else if constexpr (std::is_same_v<R, Shape::ObjectState>) {
-        each(&R::vis, &R::frame, &R::matFrame);
+        bytes.values(r.vis, r.frame, r.matFrame);
     } else if constexpr (std::is_same_v<R, Shape::DecalState>) {
-        each(&R::frame);
+        bytes.values(r.frame);
     } else if constexpr (std::is_same_v<R, Shape::Trigger>) {
-        each(&R::state, &R::pos);
+        bytes.values(r.state, r.pos);
     } else {
         static_assert(std::is_same_v<R, Shape::DetailLevel>);
-        each(&R::name, &R::subshape, &R::objectDetail, &R::size, &R::avgError, &R::maxError, &R::polyCount);
+        bytes.values(r.name, r.subshape, r.objectDetail, r.size, r.avgError, r.maxError, r.polyCount);
     }
 }
 
-// Words of a file that one record takes.
+// Neither writes nor reads, but counts the bytes of the fields that it is given.
+struct FieldCounter {
+    size_t bytes = 0;
+
+    template <class... Fields>
+    void values(const Fields&...) {
+        bytes += (kBytesOf<Fields> + ...);
+    }
+};
+
+// Bytes that one of these records takes.
 template <class Record>
-size_t fieldCount() {
-    Record record;
-    size_t count = 0;
-    forEachField(record, [&](auto&) { ++count; });
-    return count;
+size_t bytesOfRecord() {
+    const Record record;
+    FieldCounter counter;
+    exchange(counter, record);
+    return counter.bytes;
+}
+
+template <class Bytes, class Records>
+void exchangeRecords(Bytes& bytes, int64_t count, Records& records) {
+    bytes.entries(count, bytesOfRecord<typename Records::value_type>(), records,
+                  [&](auto& record) { exchange(bytes, record); });
 }
 
 // Tables of some records are stored column by column: one field of every record, then the next field.
@@ -63,14 +75,5 @@ void forEachMaterialColumn(Visit visit) {
     visit(&M::detailScale);
     visit(&M::reflection);
 }
-
-inline constexpr uint8_t kMaterialListVersion = 1;
-inline constexpr size_t kLongestMaterialName = 255;  // its length is one byte
-
-// The index sets that end a sequence's record.
-inline constexpr IndexSet Shape::Sequence::*kSequenceSets[] = {
-    &Shape::Sequence::rotationMatters, &Shape::Sequence::translationMatters, &Shape::Sequence::scaleMatters,
-    &Shape::Sequence::decalMatters,    &Shape::Sequence::iflMatters,         &Shape::Sequence::visMatters,
-    &Shape::Sequence::frameMatters,    &Shape::Sequence::matFrameMatters};
 
 }  // namespace marrowfen

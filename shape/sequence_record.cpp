@@ -1,85 +1,85 @@
 #include "shape/sequence_record.h"
 
-#include "ground/coding.h"
-#include "shape/record_fields.h"
+#include "ground/block_stream.h"
 
 namespace marrowfen {
 
 namespace {
 
-void putInt(std::string& out, int32_t value) { put32(out, static_cast<uint32_t>(value)); }
+constexpr size_t kWordBits = 32;
 
-void putIndexSet(std::string& out, const IndexSet& set) {
-    std::vector<uint32_t> words((set.size() + 31) / 32);
+// The sets that end a record, in their order.
+constexpr IndexSet Shape::Sequence::*kSets[] = {&Shape::Sequence::rotationMatters, &Shape::Sequence::translationMatters,
+                                                &Shape::Sequence::scaleMatters,    &Shape::Sequence::decalMatters,
+                                                &Shape::Sequence::iflMatters,      &Shape::Sequence::visMatters,
+                                                &Shape::Sequence::frameMatters,    &Shape::Sequence::matFrameMatters};
+
+// What the versions differ in.
+struct Layout {
+    uint32_t version;
+
+    bool hasFlagWord() const { return version > 21; }        // before, three of the flags are bytes
+    bool hasAllSets() const { return version > 21; }         // before, translations and scales have none
+    bool hasSeparateTables() const { return version > 20; }  // before, translations and scales have no base
+
+    bool has(IndexSet Shape::Sequence::*set) const {
+        return hasAllSets() || (set != &Shape::Sequence::translationMatters && set != &Shape::Sequence::scaleMatters);
+    }
+};
+
+// A set is bits in words. The number of words stands there twice, and the second counts.
+void exchangeSet(ByteWriter& bytes, const IndexSet& set) {
+    std::vector<uint32_t> words((set.size() + kWordBits - 1) / kWordBits);
     for (size_t i = 0; i < set.size(); ++i) {
-        if (set.test(i)) words[i / 32] |= uint32_t{1} << (i % 32);
+        if (set.test(i)) words[i / kWordBits] |= uint32_t{1} << (i % kWordBits);
     }
-    // The number of words stands there twice.
-    put32(out, static_cast<uint32_t>(words.size()));
-    put32(out, static_cast<uint32_t>(words.size()));
-    for (const uint32_t word : words) put32(out, word);
+    bytes.count(words);
+    bytes.list(words);
 }
 
-void readIndexSet(ByteReader& in, IndexSet& set) {
-    in.read32();
-    const uint32_t words = in.read32();
-    if (!in.holds(words, 4)) return;
-    set.resize(size_t{words} * 32);
-    for (size_t i = 0; i < words; ++i) {
-        const uint32_t word = in.read32();
-        for (size_t bit = 0; bit < 32; ++bit) set.set(i * 32 + bit, (word >> bit & 1) != 0);
-    }
+void exchangeSet(ByteReader& bytes, IndexSet& set) {
+    std::vector<uint32_t> words;
+    bytes.count(words);
+    bytes.entries(bytes.read<uint32_t>(), words);
+    set.resize(words.size() * kWordBits);
+    for (size_t i = 0; i < set.size(); ++i) set.set(i, (words[i / kWordBits] >> (i % kWordBits) & 1) != 0);
 }
 
-// Older files keep three of the flags as bytes.
-uint32_t readFlagBytes(ByteReader& in) {
+uint32_t readFlagBytes(ByteReader& bytes) {
     uint32_t flags = 0;
     for (const uint32_t flag : {Shape::Blend, Shape::Cyclic, Shape::MakePath}) {
-        if (in.read8() != 0) flags |= flag;
+        if (bytes.read<uint8_t>() != 0) flags |= flag;
     }
     return flags;
 }
 
-}  // namespace
-
-void putSequence(std::string& out, const Shape::Sequence& sequence) {
-    put32(out, sequence.flags);
-    putInt(out, sequence.numKeyFrames);
-    putFloat(out, sequence.duration);
-    for (const int32_t value :
-         {sequence.priority, sequence.firstGroundFrame, sequence.numGroundFrames, sequence.baseRotation,
-          sequence.baseTranslation, sequence.baseScale, sequence.baseObjectState, sequence.baseDecalState,
-          sequence.firstTrigger, sequence.numTriggers}) {
-        putInt(out, value);
+template <class Bytes, class AnySequence>
+void exchangeFields(Bytes& bytes, const Layout& layout, AnySequence& s) {
+    if (layout.hasFlagWord()) bytes.value(s.flags);
+    bytes.values(s.numKeyFrames, s.duration);
+    if constexpr (std::is_same_v<Bytes, ByteReader>) {
+        if (!layout.hasFlagWord()) s.flags = readFlagBytes(bytes);
     }
-    putFloat(out, sequence.toolBegin);
-    for (const auto set : kSequenceSets) putIndexSet(out, sequence.*set);
+    bytes.values(s.priority, s.firstGroundFrame, s.numGroundFrames, s.baseRotation);
+    if (layout.hasSeparateTables()) bytes.values(s.baseTranslation, s.baseScale);
+    bytes.values(s.baseObjectState, s.baseDecalState, s.firstTrigger, s.numTriggers, s.toolBegin);
+    for (const auto set : kSets) {
+        if (layout.has(set)) exchangeSet(bytes, s.*set);
+    }
 }
 
-void readSequence(ByteReader& in, uint32_t version, Shape::Sequence& sequence) {
-    const bool flagWord = version > 21;        // also index sets for translations and scales
-    const bool separateTables = version > 20;  // bases for translations and scales
+}  // namespace
 
-    if (flagWord) sequence.flags = in.read32();
-    sequence.numKeyFrames = in.readInt();
-    sequence.duration = in.readFloat();
-    if (!flagWord) sequence.flags = readFlagBytes(in);
-    sequence.priority = in.readInt();
-    sequence.firstGroundFrame = in.readInt();
-    sequence.numGroundFrames = in.readInt();
-    sequence.baseRotation = in.readInt();
-    sequence.baseTranslation = separateTables ? in.readInt() : sequence.baseRotation;
-    sequence.baseScale = separateTables ? in.readInt() : 0;
-    sequence.baseObjectState = in.readInt();
-    sequence.baseDecalState = in.readInt();
-    sequence.firstTrigger = in.readInt();
-    sequence.numTriggers = in.readInt();
-    sequence.toolBegin = in.readFloat();
-    for (const auto set : kSequenceSets) {
-        const bool newer = set == &Shape::Sequence::translationMatters || set == &Shape::Sequence::scaleMatters;
-        if (flagWord || !newer) readIndexSet(in, sequence.*set);
-    }
-    if (!flagWord) sequence.translationMatters = sequence.rotationMatters;
+void exchangeSequence(ByteWriter& bytes, const Shape::Sequence& sequence) {
+    exchangeFields(bytes, Layout{kFormatVersion}, sequence);
+}
+
+void exchangeSequence(ByteReader& bytes, uint32_t version, Shape::Sequence& sequence) {
+    const Layout layout{version};
+    exchangeFields(bytes, layout, sequence);
+    // Older files have one set for the nodes that move and turn, and one table of keys.
+    if (!layout.hasSeparateTables()) sequence.baseTranslation = sequence.baseRotation;
+    if (!layout.hasAllSets()) sequence.translationMatters = sequence.rotationMatters;
 }
 
 }  // namespace marrowfen

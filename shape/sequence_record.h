@@ -1,21 +1,19 @@
 #pragma once
 
-// The record of an animation sequence, the same in DTS and DSQ files but for its name.
+// The record of an animation sequence after its name, the same in DTS and DSQ files.
 
-#include <string>
-
-#include "ground/shape_reader.h"
+#include "ground/byte_stream.h"
 #include "shape/shape.h"
 
 namespace marrowfen {
 
-// Appends `flags` to `toolBegin` and the eight index sets.
-void putSequence(std::string& out, const Shape::Sequence& sequence);
+// As files of version 24 hold it.
+void exchangeSequence(ByteWriter& bytes, const Shape::Sequence& sequence);
 
-// Reads them back as files of a version from 19 on hold them; the name is left as it is.
-void readSequence(ByteReader& in, uint32_t version, Shape::Sequence& sequence);
+// As files of a version from 19 on hold it.
+void exchangeSequence(ByteReader& bytes, uint32_t version, Shape::Sequence& sequence);
 
-inline constexpr size_t kSmallestSequence =
-    99;  // bytes of a sequence in the shortest of the versions, name index included
+// Bytes of a sequence in the shortest of the versions, its name included: 12 words, three flags and six empty sets.
+inline constexpr size_t kSmallestSequence = 12 * 4 + 3 + 6 * 8;
 
 }  // namespace marrowfen

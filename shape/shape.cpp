@@ -53,11 +53,7 @@ void Shape::computeBounds() {
     });
 }
 
-void Shape::computeCenter() {
-    const Point3& min = bounds.min;
-    const Point3& max = bounds.max;
-    center = {max.x + (min.x - max.x) / 2, max.y + (min.y - max.y) / 2, max.z + (min.z - max.z) / 2};
-}
+void Shape::computeCenter() { center = boxCenter(bounds); }
 
 void Shape::computeRadius() {
     radius = 0;

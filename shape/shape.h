@@ -223,20 +223,20 @@ public:
     // Sorts a translucent mesh into clusters, merges its vertices and leaves one encoded normal per vertex.
     void sortMesh(Mesh& mesh);
 
-    // Writes a DTS file of version 24. Write failures show in the stream's state. (shape/dts_writer.cpp)
+    // Writes a DTS file of version 24. Write failures show in the stream's state. (shape/dts_file.cpp)
     void writeDts(std::ostream& stream, bool includeSequences) const;
 
     // Fills this empty shape from a DTS file of version 19 to 24. A fault is recorded with setError, as
     // "offset N: ...", and leaves the shape empty otherwise. Links between records are taken as they are:
     // findProblems() of shape/shape_check.h tells what is wrong with them. surplus, if given, receives a line about
-    // bytes of the file that belong to nothing, or stays empty. (shape/dts_reader.cpp)
+    // bytes of the file that belong to nothing, or stays empty. (shape/dts_file.cpp)
     void readDts(std::istream& stream, std::string* surplus = nullptr);
 
-    // Writes a DSQ file of version 24 and the debug listing of the translation keys. (shape/dsq_writer.cpp)
+    // Writes a DSQ file of version 24 and the debug listing of the translation keys. (shape/dsq_file.cpp)
     void writeDsq(std::ostream& stream) const;
 
     // Fills this empty shape from a DSQ file of version 24, with faults and surplus as readDts has them. The nodes have
-    // names and nothing else; a sequence's index sets have a member for each. (shape/dsq_reader.cpp)
+    // names and nothing else; a sequence's index sets have a member for each. (shape/dsq_file.cpp)
     void readDsq(std::istream& stream, std::string* surplus = nullptr);
 
     // Writes every table as indented text. (shape/text_dump.cpp)

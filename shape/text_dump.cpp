@@ -1,4 +1,3 @@
-#include "ground/coding.h"
 #include "ground/shape_dumper.h"
 #include "shape/shape.h"
 #include "shape/shape_words.h"

@@ -8,7 +8,7 @@
 #include <random>
 #include <set>
 
-#include "ground/coding.h"
+#include "ground/byte_order.h"
 #include "mesh/mesh.h"
 #include "tests/plain/mesh_makers.h"
 #include "tests/plain/plain_sort.h"

@@ -2,8 +2,8 @@
 
 #include <sstream>
 
-#include "ground/coding.h"
-#include "ground/shape_buffers.h"
+#include "ground/block_stream.h"
+#include "ground/byte_order.h"
 #include "shape/shape.h"
 
 namespace marrowfen {
@@ -19,57 +19,45 @@ void putSet(std::string& out, uint32_t word) {
 
 // One node, one object with one mesh, two keys, a trigger and a name, as a file of an older version holds them.
 std::string tables(uint32_t version, bool scaleMark) {
-    ShapeBuffers out;
-    const auto ints = [&](std::initializer_list<int32_t> values) {
-        for (const int32_t value : values) out.writeInt(value);
-    };
-    ints({1, 1, 0, 1, 0});
-    version < 22 ? ints({1 + 2}) : ints({2, 2, 1, 1, 1});
-    ints({1, 0, 1, 1, 1});
-    if (version < 23) ints({77});  // skins
-    ints({1, 5, 1});               // names and the smallest size and level
+    BlockWriter out;
+    const auto words = [&](auto... values) { out.words.values(values...); };
+    words(1, 1, 0, 1, 0);
+    version < 22 ? words(1 + 2) : words(2, 2, 1, 1, 1);
+    words(1, 0, 1, 1, 1);
+    if (version < 23) words(77);  // skins
+    words(1, 5, 1);               // names and the smallest size and level
     out.checkpoint();
-    for (int i = 0; i < 11; ++i) out.writeFloat(2.5F);
+    for (int i = 0; i < 11; ++i) words(2.5F);
     out.checkpoint();
-    ints({0, -1, -1, -1, -1});
+    words(0, -1, -1, -1, -1);
     out.checkpoint();
-    ints({0, 1, 0, 0, -1, -1});
+    words(0, 1, 0, 0, -1, -1);
+    for (int i = 0; i < 3; ++i) out.checkpoint();
+    words(0, 0, 0);
     out.checkpoint();
+    words(1, 1, 0);
     out.checkpoint();
-    out.checkpoint();
-    ints({0, 0, 0});
-    out.checkpoint();
-    ints({1, 1, 0});
-    out.checkpoint();
-    out.writeQuaternion({});
-    out.writePoint({1, 2, 3});
-    for (int i = 0; i < 2; ++i) out.writePoint({4, 5, 6});
-    for (int i = 0; i < 2; ++i) out.writeQuaternion({1, 0, 0, 0});
+    out.halves.value(Quaternion{});
+    words(Point3{1, 2, 3}, Point3{4, 5, 6}, Point3{4, 5, 6});
+    out.halves.values(Quaternion{1, 0, 0, 0}, Quaternion{1, 0, 0, 0});
     out.checkpoint();
     if (version > 21) {
-        out.writeFloat(7);
-        out.writePoint({8, 8, 8});
-        out.writePoint({9, 9, 9});
-        out.writeQuaternion({});
+        words(7.0F, Point3{8, 8, 8}, Point3{9, 9, 9});
+        out.halves.value(Quaternion{});
     }
     if (scaleMark) out.checkpoint();
-    out.writeFloat(0.5F);
-    ints({0, 0});
+    words(0.5F, 0, 0);
     out.checkpoint();
     out.checkpoint();
-    ints({3});
-    out.writeFloat(0.25F);
+    words(3, 0.25F);
     out.checkpoint();
-    ints({0, 0, 0});
-    for (const float value : {64.0F, -1.0F, -1.0F}) out.writeFloat(value);
-    ints({12});
+    words(0, 0, 0, 64.0F, -1.0F, -1.0F, 12);
     out.checkpoint();
     Mesh mesh;
     mesh.indices = {1, 2, 3};
     mesh.writeMeshBlock(out);
     out.checkpoint();
-    for (const char c : std::string("Root")) out.write8(static_cast<uint8_t>(c));
-    out.write8(0);
+    out.bytes.zeroEnded("Root");
     out.checkpoint();
 
     std::ostringstream stream;

@@ -2,7 +2,7 @@
 
 #include <random>
 
-#include "ground/coding.h"
+#include "ground/byte_order.h"
 #include "shape/shape.h"
 
 namespace marrowfen {

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "ground/coding.h"
+#include "ground/byte_order.h"
 #include "shape/shape.h"
 #include "tests/shape/random_shape.h"
 
@@ -112,7 +112,7 @@ TEST(Readers, FaultsSayWhatAndWhere) {
     withSkin.meshes.emplace_back(MeshType::Skin).boneSlot(0);
     const std::string skin = dts(withSkin);
     // The 32-bit block ends with the skin's bone count, its one bone and three marks.
-    const size_t boneCount = 4 + get32(reinterpret_cast<const unsigned char*>(skin.data()) + 8) - 5;
+    const size_t boneCount = 4 + get32(skin.data() + 8) - 5;
     const std::string old = "The DTS file is of a older, unsupported version";
     const struct {
         std::string file, fault;

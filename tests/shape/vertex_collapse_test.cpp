@@ -4,7 +4,7 @@
 #include <limits>
 #include <random>
 
-#include "ground/coding.h"
+#include "ground/byte_order.h"
 #include "shape/shape.h"
 #include "tests/plain/mesh_makers.h"
 #include "tests/plain/plain_collapse.h"

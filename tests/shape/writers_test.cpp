@@ -6,8 +6,8 @@
 #include <limits>
 #include <sstream>
 
-#include "ground/coding.h"
-#include "ground/shape_buffers.h"
+#include "ground/block_stream.h"
+#include "ground/byte_order.h"
 #include "shape/shape.h"
 
 namespace marrowfen {
@@ -23,9 +23,7 @@ std::string bytesOf(const Words& words) {
 
 Words wordsOf(const std::string& bytes) {
     Words words;
-    for (size_t i = 0; i + 4 <= bytes.size(); i += 4) {
-        words.push_back(get32(reinterpret_cast<const unsigned char*>(bytes.data()) + i));
-    }
+    for (size_t i = 0; i + 4 <= bytes.size(); i += 4) words.push_back(get32(bytes.data() + i));
     return words;
 }
 
@@ -53,7 +51,7 @@ std::string dsq(const Shape& shape) {
     return out.str();
 }
 
-// The three blocks of a file that ShapeBuffers flushed.
+// The three blocks of a file that BlockWriter flushed.
 struct Blocks {
     Words words;
     std::string halves, bytes, rest;
@@ -75,10 +73,10 @@ std::string halvesOf(std::initializer_list<uint16_t> values) {
 }
 
 Blocks blockOf(const Mesh& mesh) {
-    ShapeBuffers buffers;
-    mesh.writeMeshBlock(buffers);
+    BlockWriter blocks;
+    mesh.writeMeshBlock(blocks);
     std::ostringstream out;
-    buffers.flush(out);
+    blocks.flush(out);
     return Blocks(out.str());
 }
 
@@ -96,10 +94,20 @@ TEST(DtsWriter, TablesStandInTheirOrder) {
     shape.nodeDefRotations = {{0.5F, -0.5F, 0.5F, -0.5F}};
     shape.nodeDefTranslations = {{1, 2, 3}};
     shape.objects = {{1, 1, 0, 0, -1, -1}};
+    shape.decals = {{50, 51, 52, 53, 54}};
+    shape.IFLmaterials = {{60, 61, 62, 63, 64}};
     shape.subshapes = {{10, 11, 12, 13, 14, 15}, {20, 21, 22, 23, 24, 25}};
     shape.nodeRotations = {{}};
     shape.nodeTranslations = {{4, 5, 6}};
+    shape.nodeScalesUniform = {0.25F};
+    shape.nodeScalesAligned = {{80, 81, 82}};
+    shape.nodeScalesArbitrary = {{83, 84, 85}};
+    shape.nodeScaleRotsArbitrary = {{}};
+    shape.groundTranslations = {{90, 91, 92}};
+    shape.groundRotations = {{}};
     shape.objectStates = {{1, 7, 8}};
+    shape.decalStates = {{70}};
+    shape.triggers = {{71, 0.5F}};
     shape.detailLevels = {{2, 0, 0, 64, -1, -1, 9}};
     shape.meshes = {Mesh(MeshType::Null)};
     shape.names = {"A", "Bc", ""};
@@ -111,18 +119,25 @@ TEST(DtsWriter, TablesStandInTheirOrder) {
 
     const Blocks file(dts(shape, false));
     constexpr uint32_t none = 0xFFFFFFFF;
-    EXPECT_EQ(file.words, joined({{1, 1, 0, 2, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 1, 1, 3, 2, 1, 0},
+    EXPECT_EQ(file.words, joined({{1, 1, 1, 2, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 2, 1, 0},
                                   floats({2.5F, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
-                                  {1, 0, none, 2, 3, 4, 2, 1, 1, 0, 0, none, none, 3, 4, 5},
+                                  {1, 0, none, 2, 3, 4, 2, 1, 1, 0, 0, none, none, 3},
+                                  {50, 51, 52, 53, 54, 4, 60, 61, 62, 63, 64, 5},
                                   {10, 20, 11, 21, 12, 22, 6, 13, 23, 14, 24, 15, 25, 7},
                                   floats({1, 2, 3, 4, 5, 6}),
-                                  {8, 9, 10},
+                                  {8},
+                                  floats({0.25F, 80, 81, 82, 83, 84, 85}),
+                                  {9},
+                                  floats({90, 91, 92}),
+                                  {10},
                                   floats({1}),
-                                  {7, 8, 11, 12, 13, 2, 0, 0},
+                                  {7, 8, 11, 70, 12, 71},
+                                  floats({0.5F}),
+                                  {13, 2, 0, 0},
                                   floats({64, -1, -1}),
                                   {9, 14, 4, 15, 16}}));
-    EXPECT_EQ(file.halves, halvesOf({0, 1, 2,     3, 4, 5,  6,  7,  16383, 0xC001, 16383, 0xC001, 0,
-                                     0, 0, 32767, 8, 9, 10, 11, 12, 13,    14,     15,    16,     0}));
+    EXPECT_EQ(file.halves, halvesOf({0, 1, 2, 3,     4, 5, 6, 7, 16383, 0xC001, 16383, 0xC001, 0,  0,  0,  32767, 8,
+                                     0, 0, 0, 32767, 9, 0, 0, 0, 32767, 10,     11,    12,     13, 14, 15, 16,    0}));
     EXPECT_EQ(file.bytes.substr(16), std::string("A\0Bc\0\0\20\0", 8));
     EXPECT_EQ(file.rest.substr(0, 11), std::string("\0\0\0\0\1\1\0\0\0\0\0", 11));
 }

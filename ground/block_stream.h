@@ -1,0 +1,49 @@
+#pragma once
+
+// The three packed blocks of a DTS file, one of 32-bit words, one of 16-bit words and one of bytes, which are filled
+// and read side by side and stand in the file one after the other. Writer and reader have the same functions, like
+// those of ground/byte_stream.h.
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+
+#include "ground/byte_stream.h"
+
+namespace marrowfen {
+
+inline constexpr uint32_t kFormatVersion = 24;  // of DTS and DSQ files
+
+struct BlockWriter {
+    ByteWriter words, halves, bytes;
+
+    // Appends the running counter to all three blocks and advances it. Readers step over these marks.
+    void checkpoint();
+
+    void section(const char* name) { words.section(name); }
+
+    // Pads the two narrow blocks to whole 32-bit words and writes the header and the three blocks.
+    void flush(std::ostream& stream);
+
+private:
+    uint32_t nextCheckpoint_ = 0;
+};
+
+struct BlockReader {
+    ByteReader words, halves, bytes;
+
+    // Steps over a mark in each block, whatever its value.
+    void checkpoint();
+
+    void section(const std::string& name) { words.section(name); }
+};
+
+// Where the blocks of a file lie, in bytes from its start; all 0 when the header doesn't tell, which is a fault.
+struct BlockPlaces {
+    size_t words = 0, halves = 0, bytes = 0, end = 0;
+
+    BlockReader open(std::string_view file, ReadFault& fault) const;
+};
+BlockPlaces readBlockPlaces(std::string_view file, ReadFault& fault);
+
+}  // namespace marrowfen
