@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "builder/notices.h"
+#include "shape/shape_questions.h"
 
 namespace marrowfen::cli {
 
@@ -21,13 +22,6 @@ std::string listed(const std::vector<std::string>& names) {
     return text;
 }
 
-// By name: a layer without a size tag is as small as a collision level.
-bool isCollisionLevel(const Shape& shape, const Shape::DetailLevel& level) {
-    const bool hasName = level.name >= 0 && static_cast<size_t>(level.name) < shape.names.size();
-    const std::string name = hasName ? shape.names[static_cast<size_t>(level.name)] : "";
-    return name.starts_with("Collision-") || name.starts_with("LOS-");
-}
-
 }  // namespace
 
 std::string exportSummary(const std::string& output, const Shape& shape, bool isShapeFile, uintmax_t bytes) {
@@ -35,9 +29,10 @@ std::string exportSummary(const std::string& output, const Shape& shape, bool is
     if (isShapeFile) {
         std::string triangles;
         int64_t visible = 0;
+        const std::vector<int64_t> perMesh = trianglesPerMesh(shape);
         for (const Shape::DetailLevel& level : shape.detailLevels) {
-            if (isCollisionLevel(shape, level)) continue;
-            triangles += (visible++ > 0 ? ", " : "") + std::to_string(level.polyCount);
+            if (levelKind(shape, level) != LevelKind::Visible) continue;
+            triangles += (visible++ > 0 ? ", " : "") + std::to_string(countTriangles(shape, level, perMesh));
         }
         const auto hidden = static_cast<int64_t>(shape.detailLevels.size()) - visible;
         parts.push_back(counted(visible, "detail level") + (visible > 0 ? " (" + triangles + " triangles)" : ""));

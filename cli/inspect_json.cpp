@@ -55,20 +55,19 @@ Json objects(const Shape& shape) {
     });
 }
 
-Json meshes(const Shape& shape) {
-    return listOf(shape.meshes, [&](const Mesh& mesh, size_t) {
-        MeshFacts facts;
-        facts.add(mesh);
+Json meshes(const Shape& shape, const ShapeFacts& shapeFacts) {
+    return listOf(shape.meshes, [&](const Mesh& mesh, size_t i) {
+        const MeshFacts facts = shapeFacts.of(i);
         return Json{{"type", meshTypeWord(mesh.type)}, {"triangles", facts.triangles},
                     {"strips", facts.strips},          {"vertices", facts.vertices},
                     {"bones", mesh.nodeIndex.size()},  {"clusters", mesh.clusters.size()},
-                    {"frames", mesh.numFrames},        {"flags", flagWords(mesh.flags, kMeshFlagWords)}};
+                    {"frames", mesh.numFrames},        {"flags", allFlagWords(mesh.flags, kMeshFlagWords)}};
     });
 }
 
-Json detailLevels(const Shape& shape) {
+Json detailLevels(const Shape& shape, const ShapeFacts& shapeFacts) {
     const auto make = [&](const Shape::DetailLevel& level, size_t) {
-        const LevelFacts facts = factsOf(shape, level);
+        const LevelFacts facts = shapeFacts.of(level);
         return Json{{"name", nameAt(shape, level.name)},
                     {"kind", kindWord(levelKind(shape, level))},
                     {"size", level.size},
@@ -87,7 +86,7 @@ Json detailLevels(const Shape& shape) {
 Json materials(const Shape& shape) {
     return listOf(shape.materials, [&](const Shape::Material& material, size_t) {
         return Json{{"name", material.name},
-                    {"flags", flagWords(material.flags, kMaterialFlagWords)},
+                    {"flags", allFlagWords(material.flags, kMaterialFlagWords)},
                     {"reflectance", material.reflectance},
                     {"bump", material.bump},
                     {"detail", material.detail},
@@ -103,7 +102,7 @@ Json sequences(const Shape& shape) {
                     {"seconds", sequence.duration},
                     {"rate", frameRate(sequence)},
                     {"priority", sequence.priority},
-                    {"flags", flagWords(sequence.flags, kSequenceFlagWords)},
+                    {"flags", allFlagWords(sequence.flags, kSequenceFlagWords)},
                     {"nodes", animatedNodes(sequence)},
                     {"triggers", sequence.numTriggers},
                     {"groundFrames", sequence.numGroundFrames}};
@@ -134,8 +133,9 @@ void addShape(Json& json, const ShapeFile& file) {
     json["smallestSize"] = shape.smallestSize;
     json["smallestDetailLevel"] = shape.smallestDetailLevel;
     json["objects"] = objects(shape);
-    json["meshes"] = meshes(shape);
-    json["detailLevels"] = detailLevels(shape);
+    const ShapeFacts facts(shape);
+    json["meshes"] = meshes(shape, facts);
+    json["detailLevels"] = detailLevels(shape, facts);
     json["materials"] = materials(shape);
 }
 

@@ -3,6 +3,7 @@
 
 #include "cli/inspect_report.h"
 #include "cli/shape_facts.h"
+#include "ground/at.h"
 
 namespace marrowfen::cli {
 
@@ -103,9 +104,9 @@ std::string objectsText(const Shape& shape) {
     if (shape.objects.empty()) return {};
     Table table({"name", "node", ">meshes", ">first mesh"});
     for (const Shape::Object& object : shape.objects) {
-        const bool onNode = object.node >= 0 && static_cast<size_t>(object.node) < shape.nodes.size();
+        const bool onNode = hasIndex(shape.nodes, object.node);
         table.add({shown(nameAt(shape, object.name)),
-                   onNode ? shown(nameAt(shape, shape.nodes[static_cast<size_t>(object.node)].name)) : "?",
+                   onNode ? shown(nameAt(shape, at(shape.nodes, object.node).name)) : "?",
                    std::to_string(object.numMeshes), std::to_string(object.firstMesh)});
     }
     return headline("Objects", shape.objects.size()) + table.text();
@@ -114,20 +115,21 @@ std::string objectsText(const Shape& shape) {
 std::string meshWords(const Shape& shape, const std::vector<int32_t>& meshes) {
     std::vector<std::string> words;
     for (const int32_t i : meshes) {
-        const Mesh& mesh = shape.meshes[static_cast<size_t>(i)];
+        const Mesh& mesh = at(shape.meshes, i);
         words.emplace_back(meshTypeWord(mesh.type));
-        for (std::string& word : flagWords(mesh.flags, kMeshFlagWords)) words.push_back(std::move(word));
+        for (std::string& word : allFlagWords(mesh.flags, kMeshFlagWords)) words.push_back(std::move(word));
     }
     return joined(words);
 }
 
 // The levels of some kinds.
-std::string levelsText(const Shape& shape, const char* title, std::initializer_list<LevelKind> kinds) {
+std::string levelsText(const Shape& shape, const ShapeFacts& shapeFacts, const char* title,
+                       std::initializer_list<LevelKind> kinds) {
     Table table({"name", ">size", ">triangles", ">strips", ">vertices", ">materials", "meshes"});
     size_t count = 0;
     for (const Shape::DetailLevel& level : shape.detailLevels) {
         if (std::count(kinds.begin(), kinds.end(), levelKind(shape, level)) == 0 || ++count > kMostLevels) continue;
-        const LevelFacts facts = factsOf(shape, level);
+        const LevelFacts facts = shapeFacts.of(level);
         table.add({shown(nameAt(shape, level.name)), number(level.size), std::to_string(facts.triangles),
                    std::to_string(facts.strips), std::to_string(facts.vertices), std::to_string(facts.materials.size()),
                    meshWords(shape, facts.meshes)});
@@ -140,7 +142,7 @@ std::string materialsText(const Shape& shape) {
     Table table({">#", "name", "flags"});
     for (size_t i = 0; i < shape.materials.size(); ++i) {
         const Shape::Material& material = shape.materials[i];
-        table.add({std::to_string(i), shown(material.name), joined(flagWords(material.flags, kMaterialFlagWords))});
+        table.add({std::to_string(i), shown(material.name), joined(allFlagWords(material.flags, kMaterialFlagWords))});
     }
     return headline("Materials", shape.materials.size()) + table.text();
 }
@@ -151,7 +153,7 @@ std::string sequencesText(const Shape& shape) {
     for (const Shape::Sequence& sequence : shape.sequences) {
         table.add({shown(nameAt(shape, sequence.nameIndex)), std::to_string(sequence.numKeyFrames),
                    number(sequence.duration), number(frameRate(sequence)), std::to_string(sequence.priority),
-                   std::to_string(animatedNodes(sequence)), joined(flagWords(sequence.flags, kSequenceFlagWords))});
+                   std::to_string(animatedNodes(sequence)), joined(allFlagWords(sequence.flags, kSequenceFlagWords))});
     }
     return headline("Sequences", shape.sequences.size()) + table.text();
 }
@@ -173,8 +175,9 @@ std::string inspectText(const ShapeFile& file, const std::vector<ShapeProblem>& 
     if (file.kind == ShapeFileKind::Dts) text += boundsText(shape);
     text += nodesText(shape);
     text += objectsText(shape);
-    text += levelsText(shape, "Detail levels", {LevelKind::Visible});
-    text += levelsText(shape, "Collision levels", {LevelKind::Collision, LevelKind::LineOfSight});
+    const ShapeFacts facts(shape);
+    text += levelsText(shape, facts, "Detail levels", {LevelKind::Visible});
+    text += levelsText(shape, facts, "Collision levels", {LevelKind::Collision, LevelKind::LineOfSight});
     text += materialsText(shape);
     text += sequencesText(shape);
     return text + problemsText(file, problems);

@@ -2,52 +2,37 @@
 
 #include <algorithm>
 
+#include "ground/at.h"
+
 namespace marrowfen::cli {
 
-namespace {
-
-int64_t trianglesOf(const Primitive& primitive) {
-    const int64_t elements = primitive.numElements;
-    const bool triangles = (primitive.material & Primitive::TypeMask) == Primitive::Triangles;
-    return triangles ? elements / 3 : std::max<int64_t>(elements - 2, 0);
-}
-
-template <class Table>
-bool isIn(int64_t i, const Table& table) {
-    return i >= 0 && i < static_cast<int64_t>(table.size());
-}
-
-}  // namespace
-
-void MeshFacts::add(const Mesh& mesh) {
-    vertices += static_cast<int64_t>(mesh.vertexes.size());
+void MeshFacts::add(const Mesh& mesh, int64_t drawn) {
+    triangles += drawn;
+    vertices += count32(mesh.vertexes);
     for (const Primitive& primitive : mesh.primitives) {
-        triangles += trianglesOf(primitive);
         if ((primitive.material & Primitive::Strip) != 0) ++strips;
         if ((primitive.material & Primitive::NoMaterial) == 0)
             materials.insert(primitive.material & Primitive::MaterialMask);
     }
 }
 
-LevelFacts factsOf(const Shape& shape, const Shape::DetailLevel& level) {
+MeshFacts ShapeFacts::of(size_t mesh) const {
+    MeshFacts facts;
+    facts.add(at(shape_.meshes, mesh), at(triangles_, mesh));
+    return facts;
+}
+
+LevelFacts ShapeFacts::of(const Shape::DetailLevel& level) const {
     LevelFacts facts;
-    if (!isIn(level.subshape, shape.subshapes)) return facts;
-    const Shape::SubShape& subshape = shape.subshapes[static_cast<size_t>(level.subshape)];
-    const int64_t first = std::max<int64_t>(subshape.firstObject, 0);
-    const int64_t end = std::min<int64_t>(first + subshape.numObjects, static_cast<int64_t>(shape.objects.size()));
-    for (int64_t i = first; i < end; ++i) {
-        const Shape::Object& object = shape.objects[static_cast<size_t>(i)];
-        const int64_t mesh = int64_t{object.firstMesh} + level.objectDetail;
-        if (level.objectDetail < 0 || level.objectDetail >= object.numMeshes || !isIn(mesh, shape.meshes)) continue;
-        if (shape.meshes[static_cast<size_t>(mesh)].type == MeshType::Null) continue;
-        facts.meshes.push_back(static_cast<int32_t>(mesh));
-        facts.add(shape.meshes[static_cast<size_t>(mesh)]);
+    for (const LevelMesh& part : meshesOf(shape_, level)) {
+        facts.meshes.push_back(part.mesh);
+        facts.add(at(shape_.meshes, part.mesh), at(triangles_, part.mesh));
     }
     return facts;
 }
 
 std::string nameAt(const Shape& shape, int32_t index) {
-    return isIn(index, shape.names) ? shape.names[static_cast<size_t>(index)] : "?";
+    return hasIndex(shape.names, index) ? at(shape.names, index) : "?";
 }
 
 std::vector<TreeNode> nodeTree(const Shape& shape) {
@@ -55,8 +40,8 @@ std::vector<TreeNode> nodeTree(const Shape& shape) {
     std::vector<TreeNode> open;  // a stack: the next node of the walk is at its end
     for (size_t i = shape.nodes.size(); i-- > 0;) {
         const int32_t parent = shape.nodes[i].parent;
-        if (isIn(parent, shape.nodes)) {
-            children[static_cast<size_t>(parent)].push_back(i);
+        if (hasIndex(shape.nodes, parent)) {
+            at(children, parent).push_back(i);
         } else {
             open.push_back({i, 0});
         }

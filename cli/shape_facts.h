@@ -4,11 +4,12 @@
 
 #include <cstdint>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "mesh/mesh_words.h"
-#include "shape/shape_check.h"
+#include "shape/shape_questions.h"
 #include "shape/shape_words.h"
 
 namespace marrowfen::cli {
@@ -19,7 +20,7 @@ struct MeshFacts {
     int64_t vertices = 0;
     std::set<uint32_t> materials;
 
-    void add(const Mesh& mesh);
+    void add(const Mesh& mesh, int64_t drawn);
 };
 
 // All meshes of one detail level.
@@ -27,23 +28,31 @@ struct LevelFacts : MeshFacts {
     std::vector<int32_t> meshes;
 };
 
-LevelFacts factsOf(const Shape& shape, const Shape::DetailLevel& level);
+// Counts the triangles once for all that is asked. The shape is borrowed.
+class ShapeFacts {
+public:
+    explicit ShapeFacts(const Shape& shape) : shape_(shape), triangles_(trianglesPerMesh(shape)) {}
+
+    MeshFacts of(size_t mesh) const;
+    LevelFacts of(const Shape::DetailLevel& level) const;
+
+private:
+    const Shape& shape_;
+    std::vector<int64_t> triangles_;
+};
 
 // An entry of the name table, or "?" for none.
 std::string nameAt(const Shape& shape, int32_t index);
 
 // The words of the flags that are set; bits without a word as one hexadecimal number.
 template <size_t N>
-std::vector<std::string> flagWords(uint32_t flags, const FlagWord (&words)[N]) {
-    std::vector<std::string> found;
-    for (const auto& [bit, word] : words) {
-        if ((flags & bit) != 0) found.emplace_back(word);
-        flags &= ~bit;
-    }
+std::vector<std::string> allFlagWords(uint32_t flags, const FlagWord (&words)[N]) {
+    std::vector<std::string> found = flagWords(flags, words);
+    for (const FlagWord& known : words) flags &= ~known.bit;
     if (flags != 0) {
-        char text[16];
-        std::snprintf(text, sizeof text, "0x%x", static_cast<unsigned>(flags));
-        found.emplace_back(text);
+        std::ostringstream text;
+        text << "0x" << std::hex << flags;
+        found.push_back(text.str());
     }
     return found;
 }

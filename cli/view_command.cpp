@@ -1,13 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <string_view>
 
 #include "cli/command.h"
 #include "cli/shape_file.h"
 #include "ground/ascii.h"
+#include "ground/whole_file.h"
 #include "view/added_sequences.h"
 #include "view/page_file.h"
 #include "view/shape_gltf.h"
@@ -23,18 +21,6 @@ struct ViewOptions {
     std::string output;
     std::vector<std::string> sequences;
 };
-
-bool endsWith(std::string_view text, std::string_view ending) {
-    return text.size() >= ending.size() && equalIgnoringCase(text.substr(text.size() - ending.size()), ending);
-}
-
-// The whole file; empty when it can't be read.
-std::string readWholeFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream all;
-    all << file.rdbuf();
-    return all.str();
-}
 
 Outcome writePage(const ViewOptions& options, const std::string& glb, const std::string& title) {
     std::error_code failure;
@@ -54,14 +40,14 @@ Outcome writePage(const ViewOptions& options, const std::string& glb, const std:
 std::string addFrom(const ShapeFile& added, Shape& shape, std::vector<std::string>& warnings) {
     if (added.kind != ShapeFileKind::Dsq) return added.path + ": --sequences takes .dsq files";
     std::vector<std::string> found;
-    const std::string fault = view::addSequences(shape, added.shape, found);
+    const std::string fault = view::appendSequences(shape, added.shape, found);
     for (const std::string& warning : found) warnings.push_back(added.path + ": " + warning);
     return fault.empty() ? fault : added.path + ": " + fault;
 }
 
 Outcome view(const Session& session, const ViewOptions& options) {
-    const bool asPage = endsWith(options.output, ".html");
-    if (!asPage && !endsWith(options.output, ".glb")) {
+    const bool asPage = endsWithIgnoringCase(options.output, ".html");
+    if (!asPage && !endsWithIgnoringCase(options.output, ".glb")) {
         return {WrongUsage, options.output + ": the output's name must end in .glb or .html"};
     }
     ShapeFile file;

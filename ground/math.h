@@ -56,6 +56,8 @@ inline Point3 cross(const Point3& a, const Point3& b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
+inline bool isFinite(const Point3& a) { return std::isfinite(a.x) && std::isfinite(a.y) && std::isfinite(a.z); }
+
 inline float squaredLength(const Point3& a) { return dot(a, a); }
 inline float length(const Point3& a) { return std::sqrt(squaredLength(a)); }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -14,6 +15,9 @@ public:
 
     void set(size_t i, bool member = true) { bits_[i] = member; }
     bool test(size_t i) const { return bits_[i]; }
+
+    // How many members there are.
+    size_t count() const { return static_cast<size_t>(std::count(bits_.begin(), bits_.end(), true)); }
 
     bool operator==(const IndexSet&) const = default;
 

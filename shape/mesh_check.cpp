@@ -62,7 +62,7 @@ void checkWeights(const Mesh& mesh, size_t i, ProblemList& list) {
     if (mesh.vindex.empty()) return list.odd("skin without weights", [&] { return place("mesh", i); });
     std::vector<float> sums(mesh.vertexes.size());
     for (size_t w = 0; w < mesh.vindex.size(); ++w) {
-        if (isIndex(mesh.vindex[w], sums)) sums[static_cast<size_t>(mesh.vindex[w])] += mesh.vweight[w];
+        if (hasIndex(sums, mesh.vindex[w])) sums[static_cast<size_t>(mesh.vindex[w])] += mesh.vweight[w];
     }
     if (!all(sums, [](float sum) { return std::fabs(sum - 1) <= kWeightTolerance; })) {
         list.odd("skin with vertices whose weights don't add up to 1", [&] { return place("mesh", i); });
@@ -70,11 +70,11 @@ void checkWeights(const Mesh& mesh, size_t i, ProblemList& list) {
 }
 
 void checkSkin(const Shape& shape, const Mesh& mesh, size_t i, ProblemList& list) {
-    if (!all(mesh.nodeIndex, [&](int32_t node) { return isIndex(node, shape.nodes); })) {
+    if (!all(mesh.nodeIndex, [&](int32_t node) { return hasIndex(shape.nodes, node); })) {
         list.broken("skin with a bone that isn't there", [&] { return place("mesh", i); });
     }
-    if (!all(mesh.vindex, [&](int32_t vertex) { return isIndex(vertex, mesh.vertexes); }) ||
-        !all(mesh.vbone, [&](int32_t bone) { return isIndex(bone, mesh.nodeIndex); })) {
+    if (!all(mesh.vindex, [&](int32_t vertex) { return hasIndex(mesh.vertexes, vertex); }) ||
+        !all(mesh.vbone, [&](int32_t bone) { return hasIndex(mesh.nodeIndex, bone); })) {
         list.broken("weight of a vertex or bone that isn't there", [&] { return place("mesh", i); });
     }
     checkWeights(mesh, i, list);
@@ -86,7 +86,7 @@ bool hasCircle(const std::vector<Cluster>& clusters) {
     std::vector<int> predecessors(clusters.size());
     const auto forNext = [&](const Cluster& cluster, auto visit) {
         for (const int32_t next : {cluster.frontCluster, cluster.backCluster}) {
-            if (isIndex(next, clusters)) visit(static_cast<size_t>(next));
+            if (hasIndex(clusters, next)) visit(static_cast<size_t>(next));
         }
     };
     for (const Cluster& cluster : clusters) forNext(cluster, [&](size_t next) { ++predecessors[next]; });
@@ -114,7 +114,7 @@ void checkSorted(const Mesh& mesh, size_t i, ProblemList& list) {
     if (hasCircle(mesh.clusters)) list.broken("circle of clusters", at);
 
     // A mesh without faces keeps no cluster, and its walk starts at the end.
-    const auto isStart = [&](int32_t c) { return isIndex(c, mesh.clusters) || (c == 0 && mesh.clusters.empty()); };
+    const auto isStart = [&](int32_t c) { return hasIndex(mesh.clusters, c) || (c == 0 && mesh.clusters.empty()); };
     bool frames = mesh.frameFirstVertex.size() == mesh.frameVertexCount.size() &&
                   all(mesh.frameStartCluster, isStart) &&
                   all(mesh.frameFirstTexVertex, [&](int32_t t) { return isRange(t, 0, mesh.texturevertexes); });

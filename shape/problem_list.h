@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "ground/at.h"
 #include "shape/shape_check.h"
 
 namespace marrowfen {
@@ -56,13 +57,8 @@ std::string place(const char* record, size_t i, const char* field, Value value) 
 }
 
 template <class Table>
-bool isIndex(int64_t i, const Table& table) {
-    return i >= 0 && i < static_cast<int64_t>(table.size());
-}
-
-template <class Table>
 bool isIndexOrNone(int64_t i, const Table& table) {
-    return i == -1 || isIndex(i, table);
+    return i == -1 || hasIndex(table, i);
 }
 
 // Whether entries first to first + count - 1 are all there.
@@ -70,8 +66,6 @@ template <class Table>
 bool isRange(int64_t first, int64_t count, const Table& table) {
     return first >= 0 && count >= 0 && first + count <= static_cast<int64_t>(table.size());
 }
-
-inline bool isFinite(const Point3& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
 
 // Parts of findProblems.
 void checkMeshes(const Shape& shape, ProblemList& list);                         // shape/mesh_check.cpp

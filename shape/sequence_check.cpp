@@ -6,12 +6,6 @@ namespace marrowfen {
 
 namespace {
 
-int64_t memberCount(const IndexSet& set) {
-    int64_t count = 0;
-    for (size_t i = 0; i < set.size(); ++i) count += set.test(i) ? 1 : 0;
-    return count;
-}
-
 // Whether all members are below the size of a table; sets are stored in whole words, so they may be longer.
 template <class Table>
 bool isSetOf(const IndexSet& set, const Table& table) {
@@ -26,7 +20,7 @@ template <class Bad>
 void forEachBadBlock(const Shape& shape, const Shape::Sequence& s, Bad bad) {
     const int64_t keys = s.numKeyFrames;
     const auto block = [&](int32_t base, const IndexSet& members, const auto& table, const char* name) {
-        const int64_t count = memberCount(members);
+        const auto count = static_cast<int64_t>(members.count());
         if (count > 0 && !isRange(base, count * keys, table)) bad(name);
     };
     block(s.baseRotation, s.rotationMatters, shape.nodeRotations, "rotation");
@@ -53,7 +47,7 @@ void forEachBadStateBlock(const Shape& shape, const Shape::Sequence& s, Bad bad)
     }
     const int64_t keys = s.numKeyFrames;
     if (objects > 0 && !isRange(s.baseObjectState, objects * keys, shape.objectStates)) bad("object state");
-    const int64_t decals = memberCount(s.decalMatters);
+    const auto decals = static_cast<int64_t>(s.decalMatters.count());
     if (decals > 0 && !isRange(s.baseDecalState, decals * keys, shape.decalStates)) bad("decal state");
 }
 
@@ -72,7 +66,7 @@ void checkSequences(const Shape& shape, ShapeFileKind kind, ProblemList& list) {
     for (size_t i = 0; i < shape.sequences.size(); ++i) {
         const Shape::Sequence& s = shape.sequences[i];
         const auto at = [&] { return place("sequence", i); };
-        if (!isIndex(s.nameIndex, shape.names)) {
+        if (!hasIndex(shape.names, s.nameIndex)) {
             list.broken("sequence with a name that isn't there",
                         [&] { return place("sequence", i, "name", s.nameIndex); });
         }

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "ground/ascii.h"
+#include "ground/at.h"
 #include "shape/problem_list.h"
+#include "shape/shape_questions.h"
 
 namespace marrowfen {
 
@@ -19,7 +20,7 @@ constexpr size_t kLevelsLookedInto = 256;
 template <class Record>
 void checkNames(const Shape& shape, const char* record, const std::vector<Record>& records, ProblemList& list) {
     for (size_t i = 0; i < records.size(); ++i) {
-        if (isIndex(records[i].name, shape.names)) continue;
+        if (hasIndex(shape.names, records[i].name)) continue;
         list.broken("record with a name that isn't there", [&] { return place(record, i, "name", records[i].name); });
     }
 }
@@ -30,11 +31,11 @@ void checkCycles(const std::vector<Shape::Node>& nodes, ProblemList& list) {
     std::vector<size_t> walks(nodes.size(), kNoWalk);
     for (size_t start = 0; start < nodes.size(); ++start) {
         int32_t n = static_cast<int32_t>(start);
-        while (isIndex(n, nodes) && walks[static_cast<size_t>(n)] == kNoWalk) {
-            walks[static_cast<size_t>(n)] = start;
-            n = nodes[static_cast<size_t>(n)].parent;
+        while (hasIndex(nodes, n) && at(walks, n) == kNoWalk) {
+            at(walks, n) = start;
+            n = at(nodes, n).parent;
         }
-        if (isIndex(n, nodes) && walks[static_cast<size_t>(n)] == start) {
+        if (hasIndex(nodes, n) && at(walks, n) == start) {
             list.broken("circle of parents", [&] { return place("node", static_cast<size_t>(n)); });
         }
     }
@@ -104,7 +105,7 @@ void checkMaterials(const Shape& shape, ProblemList& list) {
     checkNames(shape, "IFL material", shape.IFLmaterials, list);
     for (size_t i = 0; i < shape.IFLmaterials.size(); ++i) {
         const int32_t slot = shape.IFLmaterials[i].slot;
-        if (isIndex(slot, shape.materials)) continue;
+        if (hasIndex(shape.materials, slot)) continue;
         list.broken("IFL material for a slot that isn't there", [&] { return place("IFL material", i, "slot", slot); });
     }
 }
@@ -120,28 +121,13 @@ void checkSubShapes(const Shape& shape, ProblemList& list) {
     }
 }
 
-// Whether an object of the level's subshape has a mesh with faces for it.
-bool drawsAnything(const Shape& shape, const Shape::DetailLevel& level) {
-    const Shape::SubShape& subshape = shape.subshapes[static_cast<size_t>(level.subshape)];
-    for (int32_t i = 0; i < subshape.numObjects; ++i) {
-        if (!isIndex(int64_t{subshape.firstObject} + i, shape.objects)) return false;
-        const Shape::Object& object = shape.objects[static_cast<size_t>(subshape.firstObject + i)];
-        const int64_t mesh = int64_t{object.firstMesh} + level.objectDetail;
-        if (level.objectDetail >= 0 && level.objectDetail < object.numMeshes && isIndex(mesh, shape.meshes) &&
-            !shape.meshes[static_cast<size_t>(mesh)].primitives.empty()) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // Levels are tried in their order: one shows from its size up to where an earlier one takes over.
 void checkDetailLevels(const Shape& shape, ProblemList& list) {
     checkNames(shape, "detail level", shape.detailLevels, list);
     float taken = INFINITY;
     for (size_t i = 0; i < shape.detailLevels.size(); ++i) {
         const Shape::DetailLevel& level = shape.detailLevels[i];
-        if (!isIndex(level.subshape, shape.subshapes)) {
+        if (!hasIndex(shape.subshapes, level.subshape)) {
             list.broken("detail level of a subshape that isn't there",
                         [&] { return place("detail level", i, "subshape", level.subshape); });
         } else if (i < kLevelsLookedInto && !drawsAnything(shape, level)) {
@@ -160,19 +146,13 @@ void checkDetailLevels(const Shape& shape, ProblemList& list) {
 }
 
 void checkBounds(const Shape& shape, ProblemList& list) {
+    if (drawsWithoutEnd(shape)) list.odd("more triangles than can be counted", [] { return std::string("shape"); });
     const auto [min, max] = shape.bounds;
     const bool whole = isFinite(min) && isFinite(max) && min.x <= max.x && min.y <= max.y && min.z <= max.z;
     if (!whole) list.odd("bounds that hold nothing", [] { return std::string("shape"); });
 }
 
 }  // namespace
-
-LevelKind levelKind(const Shape& shape, const Shape::DetailLevel& level) {
-    if (!isIndex(level.name, shape.names)) return LevelKind::Visible;
-    const std::string& name = shape.names[static_cast<size_t>(level.name)];
-    if (beginsWithIgnoringCase(name, "Collision")) return LevelKind::Collision;
-    return beginsWithIgnoringCase(name, "LOS") ? LevelKind::LineOfSight : LevelKind::Visible;
-}
 
 std::string ShapeProblem::text() const {
     std::string line = what + ": ";

@@ -20,10 +20,6 @@ struct ShapeProblem {
     std::string text() const;  // one line
 };
 
-// What a detail level is for, which its name says.
-enum class LevelKind { Visible, Collision, LineOfSight };
-LevelKind levelKind(const Shape& shape, const Shape::DetailLevel& level);
-
 // What a file holds of a shape: a DSQ file has no default pose, objects, states and meshes.
 enum class ShapeFileKind { Dts, Dsq };
 

@@ -4,6 +4,8 @@
 #include <limits>
 #include <string_view>
 
+#include "ground/byte_order.h"
+
 namespace marrowfen::view {
 
 namespace {
@@ -23,22 +25,6 @@ size_t componentsOf(std::string_view type) {
     if (type == "SCALAR") return 1;
     if (type == "MAT4") return 16;
     return static_cast<size_t>(type.back() - '0');  // VEC2, VEC3, VEC4
-}
-
-void putWord(std::string& out, uint32_t word) {
-    for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<char>(word >> shift & 0xFF));
-}
-
-void putHalf(std::string& out, uint32_t half) {
-    out.push_back(static_cast<char>(half & 0xFF));
-    out.push_back(static_cast<char>(half >> 8 & 0xFF));
-}
-
-uint32_t bitsOf(float value) {
-    uint32_t bits = 0;
-    static_assert(sizeof bits == sizeof value);
-    std::copy_n(reinterpret_cast<const char*>(&value), sizeof bits, reinterpret_cast<char*>(&bits));
-    return bits;
 }
 
 void padTo4(std::string& out, char filler) { out.resize((out.size() + 3) / 4 * 4, filler); }
@@ -65,7 +51,7 @@ int32_t GltfFile::addFloats(const char* type, const std::vector<float>& values, 
     const size_t components = componentsOf(type);
     std::string bytes;
     bytes.reserve(values.size() * sizeof(float));
-    for (const float value : values) putWord(bytes, bitsOf(value));
+    for (const float value : values) put32(bytes, floatBits(value));
     const int32_t accessor = addAccessor(type, kFloat, values.size() / components, bytes, use);
     if (bounds == Bounds::Given) {
         std::vector<float> min(components, std::numeric_limits<float>::max());
@@ -85,14 +71,14 @@ int32_t GltfFile::addIndices(const std::vector<uint32_t>& values) {
     const bool shorts = *std::max_element(values.begin(), values.end()) <= kLargestShortIndex;
     std::string bytes;
     bytes.reserve(values.size() * (shorts ? 2 : 4));
-    for (const uint32_t value : values) shorts ? putHalf(bytes, value) : putWord(bytes, value);
+    for (const uint32_t value : values) shorts ? put16(bytes, static_cast<uint16_t>(value)) : put32(bytes, value);
     return addAccessor("SCALAR", shorts ? kUnsignedShort : kUnsignedInt, values.size(), bytes, Use::Indices);
 }
 
 int32_t GltfFile::addJoints(const std::vector<uint16_t>& values) {
     std::string bytes;
     bytes.reserve(values.size() * 2);
-    for (const uint16_t value : values) putHalf(bytes, value);
+    for (const uint16_t value : values) put16(bytes, value);
     return addAccessor("VEC4", kUnsignedShort, values.size() / 4, bytes, Use::Vertices);
 }
 
@@ -112,12 +98,12 @@ std::string GltfFile::glb() const {
     out.reserve(total);
     for (const uint32_t word :
          {kGlbMagic, kGlbVersion, static_cast<uint32_t>(total), static_cast<uint32_t>(text.size()), kJsonChunk}) {
-        putWord(out, word);
+        put32(out, word);
     }
     out += text;
     if (!binary.empty()) {
-        putWord(out, static_cast<uint32_t>(binary.size()));
-        putWord(out, kBinaryChunk);
+        put32(out, static_cast<uint32_t>(binary.size()));
+        put32(out, kBinaryChunk);
         out += binary;
     }
     return out;

@@ -68,15 +68,6 @@ Color colorOf(const std::string& name) {
     return linear(named != nullptr ? *named : hueOf(hashOf(lower)));
 }
 
-// The flags that glTF has no word for, and those that decided the material, in words.
-nlohmann::json flagWords(uint32_t flags) {
-    nlohmann::json words = nlohmann::json::array();
-    for (const auto& [flag, word] : kMaterialFlagWords) {
-        if ((flags & flag) != 0) words.push_back(word);
-    }
-    return words;
-}
-
 nlohmann::json surface(const Color& color, double alpha) {
     return {{"baseColorFactor", {color[0], color[1], color[2], alpha}},
             {"metallicFactor", 0},
@@ -89,7 +80,7 @@ nlohmann::json describe(const Shape::Material& material) {
     const Color color = colorOf(material.name);
     nlohmann::json entry = {{"name", material.name},
                             {"pbrMetallicRoughness", surface(color, seeThrough ? kTranslucentAlpha : 1)},
-                            {"extras", {{"flags", flagWords(material.flags)}}}};
+                            {"extras", {{"flags", flagWords(material.flags, kMaterialFlagWords)}}}};
     if (seeThrough) entry["alphaMode"] = "BLEND";
     if ((material.flags & Shape::SelfIlluminating) != 0) entry["emissiveFactor"] = color;
     return entry;

@@ -4,15 +4,14 @@
 #include <array>
 #include <cmath>
 
-#include "view/triangles.h"
+#include "ground/at.h"
+#include "shape/drawn_triangles.h"
 
 namespace marrowfen::view {
 
 namespace {
 
 constexpr size_t kJointsPerVertex = 4;  // glTF's first set of joints
-
-bool isFinite(const Point3& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
 
 // Leaves out triangles that glTF can't hold; returns how many.
 size_t dropUnplacedTriangles(const Mesh& mesh, std::vector<TriangleRun>& runs) {
@@ -93,7 +92,7 @@ std::vector<std::vector<Influence>> influencesOf(const Mesh& mesh) {
     std::vector<std::vector<Influence>> influences(mesh.vertexes.size());
     for (size_t i = 0; i < mesh.vindex.size(); ++i) {
         if (!(mesh.vweight[i] > 0) || !std::isfinite(mesh.vweight[i])) continue;
-        std::vector<Influence>& of = influences[static_cast<size_t>(mesh.vindex[i])];
+        std::vector<Influence>& of = at(influences, mesh.vindex[i]);
         const auto joint = static_cast<uint16_t>(mesh.vbone[i]);
         const auto same = std::find_if(of.begin(), of.end(), [&](const Influence& in) { return in.joint == joint; });
         if (same == of.end()) of.push_back({joint, mesh.vweight[i]});
@@ -160,10 +159,10 @@ nlohmann::json addPrimitives(GltfFile& file, const std::vector<TriangleRun>& run
     for (const TriangleRun& run : runs) {
         std::vector<uint32_t> indices;
         indices.reserve(run.triangles.size() * 3);
-        for (const Triangle& t : run.triangles) indices.insert(indices.end(), t.begin(), t.end());
+        // Clockwise in a shape, counter-clockwise in glTF.
+        for (const Triangle& t : run.triangles) indices.insert(indices.end(), {t[0], t[2], t[1]});
         nlohmann::json primitive = {{"attributes", attributes}, {"indices", file.addIndices(indices)}};
-        const int32_t material =
-            run.material < 0 ? materials.withoutMaterial : materials.ofShape[static_cast<size_t>(run.material)];
+        const int32_t material = run.material < 0 ? materials.withoutMaterial : at(materials.ofShape, run.material);
         if (material >= 0) primitive["material"] = material;
         primitives.push_back(std::move(primitive));
     }

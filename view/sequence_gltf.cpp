@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "ground/at.h"
+
 namespace marrowfen::view {
 
 namespace {
@@ -101,16 +103,14 @@ nlohmann::json sequenceFacts(const Shape::Sequence& s) {
 bool animatesMoreThanNodes(const Shape::Sequence& s) {
     for (const IndexSet* set :
          {&s.scaleMatters, &s.decalMatters, &s.iflMatters, &s.visMatters, &s.frameMatters, &s.matFrameMatters}) {
-        for (size_t i = 0; i < set->size(); ++i) {
-            if (set->test(i)) return true;
-        }
+        if (set->count() != 0) return true;
     }
     return s.numGroundFrames > 0 || s.numTriggers > 0;
 }
 
 void addSequence(GltfFile& file, const Shape& shape, const Shape::Sequence& sequence,
                  const std::vector<std::vector<int32_t>>& placements, std::vector<std::string>& warnings) {
-    const std::string& name = shape.names[static_cast<size_t>(sequence.nameIndex)];
+    const std::string& name = at(shape.names, sequence.nameIndex);
     nlohmann::json samplers = nlohmann::json::array();
     nlohmann::json channels = nlohmann::json::array();
     if (sequence.numKeyFrames > 0) {
@@ -150,8 +150,8 @@ Point3 finiteTranslation(const Point3& p) {
     return {std::isfinite(p.x) ? p.x : 0, std::isfinite(p.y) ? p.y : 0, std::isfinite(p.z) ? p.z : 0};
 }
 
-void addSequences(GltfFile& file, const Shape& shape, const std::vector<std::vector<int32_t>>& placements,
-                  std::vector<std::string>& warnings) {
+void addAnimations(GltfFile& file, const Shape& shape, const std::vector<std::vector<int32_t>>& placements,
+                   std::vector<std::string>& warnings) {
     for (const Shape::Sequence& sequence : shape.sequences) {
         addSequence(file, shape, sequence, placements, warnings);
     }

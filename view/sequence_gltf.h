@@ -18,7 +18,7 @@ Point3 finiteTranslation(const Point3& p);
 
 // Adds each sequence as an animation: key j at second j * duration / numKeyFrames, as it was sampled. placements[n]
 // lists the glTF nodes that stand for node n; all of them move. The shape has passed findFault.
-void addSequences(GltfFile& file, const Shape& shape, const std::vector<std::vector<int32_t>>& placements,
-                  std::vector<std::string>& warnings);
+void addAnimations(GltfFile& file, const Shape& shape, const std::vector<std::vector<int32_t>>& placements,
+                   std::vector<std::string>& warnings);
 
 }  // namespace marrowfen::view

@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include "shape/shape.h"
+#include "shape/shape_check.h"
 
 namespace marrowfen::view {
 
-// The first thing that keeps a shape from being drawn, as one line ("mesh 2: index 7 names vertex 80 of 12"): a link
-// out of range, nodes in a circle, key tables that are too short, more triangles than any file means. Empty for none.
-std::string findFault(const Shape& shape);
+// What keeps a shape from being drawn, as one line: the first broken problem of findProblems(), or more levels, bones,
+// triangles or keys than glTF or a page can hold. Empty for nothing.
+std::string findFault(const Shape& shape, ShapeFileKind kind = ShapeFileKind::Dts);
 
 }  // namespace marrowfen::view

@@ -6,6 +6,9 @@
 #include <string_view>
 
 #include "ground/ascii.h"
+#include "ground/at.h"
+#include "mesh/mesh_words.h"
+#include "shape/shape_questions.h"
 #include "view/gltf_file.h"
 #include "view/materials_gltf.h"
 #include "view/mesh_gltf.h"
@@ -20,8 +23,6 @@ namespace marrowfen::view {
 namespace {
 
 using nlohmann::json;
-
-enum class LevelKind { Detail, Collision, LineOfSight };
 
 // The glTF nodes of one scene.
 struct Tree {
@@ -41,14 +42,7 @@ struct Builder {
     std::vector<const char*> nodeKinds;            // shape node -> what it is to a person
 };
 
-const std::string& nameOf(const Shape& shape, int32_t index) { return shape.names[static_cast<size_t>(index)]; }
-
-LevelKind kindOf(const Shape& shape, const Shape::DetailLevel& level) {
-    const std::string& name = nameOf(shape, level.name);
-    if (beginsWithIgnoringCase(name, "collision")) return LevelKind::Collision;
-    if (beginsWithIgnoringCase(name, "los")) return LevelKind::LineOfSight;
-    return LevelKind::Detail;
-}
+const std::string& nameOf(const Shape& shape, int32_t index) { return at(shape.names, index); }
 
 // The level that a viewer should see: the largest of the visible ones; else, as sizes below 0 never show, the first
 // one that isn't for collisions; else the first one.
@@ -56,48 +50,22 @@ size_t defaultLevel(const Shape& shape) {
     size_t best = shape.detailLevels.size();
     for (size_t i = 0; i < shape.detailLevels.size(); ++i) {
         const Shape::DetailLevel& level = shape.detailLevels[i];
-        if (kindOf(shape, level) != LevelKind::Detail) continue;
+        if (levelKind(shape, level) != LevelKind::Visible) continue;
         if (best == shape.detailLevels.size() || level.size > shape.detailLevels[best].size) best = i;
     }
     return best == shape.detailLevels.size() ? 0 : best;
 }
 
-// A mesh of a level with the object that it belongs to.
-struct Part {
-    const Shape::Object* object = nullptr;
-    int32_t mesh = -1;
-};
-
-std::vector<Part> partsOf(const Shape& shape, const Shape::DetailLevel& level) {
-    size_t first = 0;
-    size_t count = shape.objects.size();
-    if (level.subshape >= 0 && !shape.subshapes.empty()) {
-        const Shape::SubShape& subshape = shape.subshapes[static_cast<size_t>(level.subshape)];
-        first = static_cast<size_t>(subshape.firstObject);
-        count = static_cast<size_t>(subshape.numObjects);
-    }
-    std::vector<Part> parts;
-    for (size_t i = first; i < first + count; ++i) {
-        const Shape::Object& object = shape.objects[i];
-        if (level.objectDetail < 0 || level.objectDetail >= object.numMeshes) continue;
-        const int32_t mesh = object.firstMesh + level.objectDetail;
-        if (shape.meshes[static_cast<size_t>(mesh)].type != MeshType::Null) parts.push_back({&object, mesh});
-    }
-    return parts;
-}
-
 // Marks a node and its ancestors.
 void need(const Shape& shape, int32_t node, std::vector<bool>& needed) {
-    for (int32_t n = node; n >= 0 && !needed[static_cast<size_t>(n)]; n = shape.nodes[static_cast<size_t>(n)].parent) {
-        needed[static_cast<size_t>(n)] = true;
-    }
+    for (int32_t n = node; n >= 0 && !at(needed, n); n = at(shape.nodes, n).parent) at(needed, n) = true;
 }
 
-std::vector<bool> neededNodes(const Shape& shape, const std::vector<Part>& parts, bool all) {
+std::vector<bool> neededNodes(const Shape& shape, const std::vector<LevelMesh>& parts, bool all) {
     std::vector<bool> needed(shape.nodes.size(), all);
-    for (const Part& part : parts) {
-        const Mesh& mesh = shape.meshes[static_cast<size_t>(part.mesh)];
-        if (mesh.type != MeshType::Skin) need(shape, part.object->node, needed);
+    for (const LevelMesh& part : parts) {
+        const Mesh& mesh = at(shape.meshes, part.mesh);
+        if (mesh.type != MeshType::Skin) need(shape, at(shape.objects, part.object).node, needed);
         for (const int32_t bone : mesh.nodeIndex) {
             if (mesh.type == MeshType::Skin) need(shape, bone, needed);
         }
@@ -115,7 +83,7 @@ json describeNode(const Builder& b, size_t node) {
 }
 
 void addChild(GltfFile& file, int32_t parent, int32_t child) {
-    file.json["nodes"][static_cast<size_t>(parent)]["children"].push_back(child);
+    at(file.json["nodes"], parent)["children"].push_back(child);
 }
 
 Tree addTree(Builder& b, const std::string& name, const std::vector<bool>& needed) {
@@ -132,7 +100,7 @@ Tree addTree(Builder& b, const std::string& name, const std::vector<bool>& neede
     for (size_t n = 0; n < b.shape.nodes.size(); ++n) {
         if (!needed[n]) continue;
         const int32_t parent = b.shape.nodes[n].parent;
-        addChild(b.file, parent < 0 ? tree.root : tree.placed[static_cast<size_t>(parent)], tree.placed[n]);
+        addChild(b.file, parent < 0 ? tree.root : at(tree.placed, parent), tree.placed[n]);
     }
     return tree;
 }
@@ -150,34 +118,35 @@ MaterialMap materialsFor(Builder& b, LevelKind kind) {
     return map;
 }
 
-const GltfMesh& meshOf(Builder& b, const Part& part, const std::string& name, LevelKind kind) {
+const GltfMesh& meshOf(Builder& b, const LevelMesh& part, const std::string& name, LevelKind kind) {
     const auto known = b.meshes.find(part.mesh);
     if (known != b.meshes.end()) return known->second;
-    const Mesh& mesh = b.shape.meshes[static_cast<size_t>(part.mesh)];
+    const Mesh& mesh = at(b.shape.meshes, part.mesh);
     return b.meshes[part.mesh] = addMesh(b.file, mesh, name, materialsFor(b, kind), b.warnings);
 }
 
 int32_t addSkin(Builder& b, const Tree& tree, const Mesh& mesh, const GltfMesh& made) {
     json joints = json::array();
-    for (const int32_t bone : mesh.nodeIndex) joints.push_back(tree.placed[static_cast<size_t>(bone)]);
+    for (const int32_t bone : mesh.nodeIndex) joints.push_back(at(tree.placed, bone));
     if (made.hasShapeJoint) joints.push_back(tree.root);
     return b.file.add("skins", {{"joints", joints}, {"inverseBindMatrices", made.inverseBindMatrices}});
 }
 
 json meshFacts(const Mesh& mesh, const std::string& object) {
-    constexpr const char* kTypes[] = {"standard", "skin", "decal", "sorted", "null"};
-    const auto type = static_cast<size_t>(mesh.type);
-    json facts = {{"type", type < std::size(kTypes) ? kTypes[type] : "unknown"}, {"object", object}};
+    const char* type = meshTypeWord(mesh.type);
+    json facts = {{"type", *type == '\0' ? "unknown" : type}, {"object", object}};
     if ((mesh.flags & (Billboard | BillboardZ)) != 0)
         facts["billboard"] = (mesh.flags & BillboardZ) != 0 ? "z" : "free";
     return facts;
 }
 
 // Places the mesh below its object's node or, skinned, among the scene's roots: glTF ignores a skinned node's parents.
-void placePart(Builder& b, const Part& part, const std::string& name, LevelKind kind, const Tree& tree, json& scene) {
-    const Mesh& mesh = b.shape.meshes[static_cast<size_t>(part.mesh)];
+void placePart(Builder& b, const LevelMesh& part, const std::string& name, LevelKind kind, const Tree& tree,
+               json& scene) {
+    const Mesh& mesh = at(b.shape.meshes, part.mesh);
+    const Shape::Object& object = at(b.shape.objects, part.object);
     const GltfMesh made = meshOf(b, part, name, kind);
-    json node = {{"name", name}, {"extras", meshFacts(mesh, nameOf(b.shape, part.object->name))}};
+    json node = {{"name", name}, {"extras", meshFacts(mesh, nameOf(b.shape, object.name))}};
     if (made.mesh >= 0) node["mesh"] = made.mesh;
     const bool skinned = made.mesh >= 0 && mesh.type == MeshType::Skin;
     if (skinned) node["skin"] = addSkin(b, tree, mesh, made);
@@ -185,8 +154,8 @@ void placePart(Builder& b, const Part& part, const std::string& name, LevelKind 
     if (skinned) {
         scene["nodes"].push_back(index);
     } else {
-        const int32_t under = mesh.type == MeshType::Skin ? -1 : part.object->node;
-        addChild(b.file, under < 0 ? tree.root : tree.placed[static_cast<size_t>(under)], index);
+        const int32_t under = mesh.type == MeshType::Skin ? -1 : object.node;
+        addChild(b.file, under < 0 ? tree.root : at(tree.placed, under), index);
     }
     json& facts = scene["extras"];
     facts["triangles"] = facts["triangles"].get<size_t>() + made.triangles;
@@ -196,9 +165,9 @@ void placePart(Builder& b, const Part& part, const std::string& name, LevelKind 
 
 void addLevel(Builder& b, const Shape::DetailLevel& level, bool isDefault) {
     constexpr const char* kKinds[] = {"detail", "collision", "los"};
-    const LevelKind kind = kindOf(b.shape, level);
+    const LevelKind kind = levelKind(b.shape, level);
     const std::string& name = nameOf(b.shape, level.name);
-    const std::vector<Part> parts = partsOf(b.shape, level);
+    const std::vector<LevelMesh> parts = meshesOf(b.shape, level);
     const Tree tree = addTree(b, name + " (Z up)", neededNodes(b.shape, parts, isDefault));
     json scene = {{"name", name},
                   {"nodes", {tree.root}},
@@ -208,8 +177,9 @@ void addLevel(Builder& b, const Shape::DetailLevel& level, bool isDefault) {
                     {"triangles", 0},
                     {"vertices", 0},
                     {"primitives", 0}}}};
-    for (const Part& part : parts) {
-        const std::string partName = parts.size() == 1 ? name : name + " " + nameOf(b.shape, part.object->name);
+    for (const LevelMesh& part : parts) {
+        const std::string partName =
+            parts.size() == 1 ? name : name + " " + nameOf(b.shape, at(b.shape.objects, part.object).name);
         placePart(b, part, partName, kind, tree, scene);
     }
     b.file.add("scenes", std::move(scene));
@@ -238,12 +208,12 @@ std::vector<const char*> kindsOfNodes(const Shape& shape) {
         kinds.push_back(node.parent >= 0 ? "bone" : isRoot ? "root" : "marker");
     }
     for (const Shape::Node& node : shape.nodes) {
-        if (node.parent >= 0) kinds[static_cast<size_t>(node.parent)] = "bone";
+        if (node.parent >= 0) at(kinds, node.parent) = "bone";
     }
     for (const Mesh& mesh : shape.meshes) {
         if (mesh.type != MeshType::Skin) continue;
         for (const int32_t bone : mesh.nodeIndex) {
-            const char*& kind = kinds[static_cast<size_t>(bone)];
+            const char*& kind = at(kinds, bone);
             if (std::string_view(kind) == "marker") kind = "bone";
         }
     }
@@ -275,7 +245,7 @@ GltfResult shapeToGltf(const Shape& shape, const std::string& title) {
                    {"extras", shapeFacts(shape, title)}};
     b.materials = addMaterials(b.file, shape);
     addScenes(b);
-    addSequences(b.file, shape, b.placements, b.warnings);
+    addAnimations(b.file, shape, b.placements, b.warnings);
 
     result.glb = b.file.glb();
     if (result.glb.empty()) result.error = "too large for a binary glTF file";

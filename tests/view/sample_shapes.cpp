@@ -95,6 +95,8 @@ void addLevel(Shape& shape, const std::string& name, float size) {
     shape.detailLevels.push_back(level);
 }
 
+namespace {
+
 // Two triangles in the XZ plane that face along -Y, clockwise from there.
 //   1---2
 //   | / |
@@ -115,6 +117,8 @@ Mesh quadMesh(MeshType type, float half, uint32_t drawType) {
     mesh.computeRadius();
     return mesh;
 }
+
+}  // namespace
 
 Shape riggedShape() {
     Shape shape;
@@ -160,7 +164,8 @@ Shape oddShape() {
     mesh.vertexes.push_back({kNan, 0, 0});
     mesh.vertexes.push_back({1e30F, -1e30F, 0});
     mesh.normals = {{0, 0, 0}, {kNan, 0, 0}, {1e30F, 0, 0}, {1e-30F, 0, 0}, {0, 3, 4}};
-    mesh.texturevertexes = {{kInfinity, 0}, {1e30F, 0}};
+    mesh.texturevertexes = {{kInfinity, 0}, {1e30F, 0}, {}, {}, {}, {}};
+    mesh.setNumFrames(1);
     mesh.indices.insert(mesh.indices.end(), {0, 1, 4, 2, 2, 2, 3, 5, 0});
     mesh.primitives.push_back({4, 6, Primitive::Strip | Primitive::Indexed, 0});
     mesh.primitives.push_back({10, 3, Primitive::Triangles | Primitive::Indexed | Primitive::NoMaterial, 0});
@@ -178,8 +183,9 @@ Shape oddShape() {
     addSequence(shape, "still", 0, 3);
     addSequence(shape, "never", 0, 0);
     shape.sequences[0].duration = -1;
-    shape.sequences[0].visMatters.resize(40);
-    shape.sequences[0].visMatters.set(3);
+    shape.sequences[0].numTriggers = 1;
+    shape.triggers.resize(1);
+    finish(shape);
     shape.nodeRotations.assign(shape.nodeRotations.size(), {0, 0, kNan, 0});
     return shape;
 }
@@ -250,6 +256,7 @@ Shape randomShape(std::mt19937& random) {
         }
         addObject(shape, "o" + std::to_string(object), upTo(numNodes) - 1, meshes);
     }
+    finish(shape);
     for (int32_t s = upTo(2); s > 0; --s) addSequence(shape, "s" + std::to_string(upTo(9)), random() % 64, upTo(5));
     return shape;
 }

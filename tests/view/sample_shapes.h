@@ -25,6 +25,5 @@ Shape randomShape(std::mt19937& random);
 // Appends to the shape's tables.
 int32_t addNode(Shape& shape, const std::string& name, int32_t parent, Quaternion rotation, Point3 translation);
 void addLevel(Shape& shape, const std::string& name, float size);
-Mesh quadMesh(MeshType type, float half, uint32_t drawType);
 
 }  // namespace marrowfen::test

@@ -1,0 +1,95 @@
+#include "shape/shape_questions.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "shape/drawn_triangles.h"
+
+namespace marrowfen {
+namespace {
+
+constexpr uint32_t kStrip = Primitive::Strip | Primitive::Indexed;
+constexpr uint32_t kFan = Primitive::Fan | Primitive::Indexed;
+constexpr uint32_t kList = Primitive::Triangles | Primitive::Indexed;
+
+Mesh meshOf(std::vector<uint32_t> indices, std::vector<Primitive> primitives, MeshType type = MeshType::Standard) {
+    Mesh mesh(type);
+    mesh.vertexes.resize(6);
+    mesh.indices = std::move(indices);
+    mesh.primitives = std::move(primitives);
+    return mesh;
+}
+
+// A sorted mesh whose clusters draw its first two primitives in both orders, and its third in none.
+Mesh sortedMesh() {
+    Mesh mesh = meshOf({0, 1, 2, 0, 2, 3, 3, 0, 2, 2, 0, 1, 0, 1, 3}, {{0, 6, kList}, {6, 6, kList}, {12, 3, kList}},
+                       MeshType::Sorted);
+    mesh.clusters = {{0, 0, {}, 0, 1, 2}, {0, 1, {}, 0, -1, -1}, {1, 2, {}, 0, -1, -1}, {2, 3, {}, 0, 0, 0}};
+    mesh.frameStartCluster = {0};
+    return mesh;
+}
+
+TEST(DrawnTriangles, AreTheSameFacesInEveryForm) {
+    Mesh damaged = sortedMesh();
+    damaged.clusters[1].endPrimitive = 99;
+    damaged.clusters[2].frontCluster = 77;
+    const std::vector<Triangle> quad = {{0, 1, 2}, {0, 2, 3}};
+    const struct {
+        const char* name;
+        Mesh mesh;
+        std::vector<Triangle> faces;
+    } cases[] = {
+        {"list", meshOf({0, 1, 2, 0, 2, 3}, {{0, 6, kList}}), quad},
+        {"strip", meshOf({1, 2, 0, 3}, {{0, 4, kStrip}}), quad},
+        {"fan", meshOf({0, 1, 2, 3}, {{0, 4, kFan}}), quad},
+        {"without indices", meshOf({}, {{1, 3, Primitive::Triangles}}), {{1, 2, 3}}},
+        // 0 1 2, then 1 2 1 and two at the end that aren't drawn.
+        {"joined strip", meshOf({0, 1, 2, 1, 3, 3, 4}, {{0, 7, kStrip}}), {{0, 1, 2}, {1, 3, 2}}},
+        {"sorted", sortedMesh(), quad},
+        {"sorted without clusters", meshOf({0, 1, 2, 0, 2, 3}, {{0, 6, kList}}, MeshType::Sorted), quad},
+        {"elements that aren't there", meshOf({0, 1, 2, 0, 2, 3}, {{0, 99, kList}, {7, 3, kList}}), quad},
+        {"clusters that aren't there", damaged, {{0, 1, 2}, {0, 1, 3}, {0, 2, 3}}},
+    };
+    for (const auto& [name, mesh, faces] : cases) {
+        std::vector<Triangle> drawn;
+        for (const TriangleRun& run : trianglesOf(mesh))
+            drawn.insert(drawn.end(), run.triangles.begin(), run.triangles.end());
+        for (Triangle& t : drawn) std::rotate(t.begin(), std::min_element(t.begin(), t.end()), t.end());
+        std::sort(drawn.begin(), drawn.end());
+        EXPECT_EQ(drawn, faces) << name;
+        EXPECT_EQ(countTriangles(mesh), static_cast<int64_t>(faces.size())) << name;
+    }
+}
+
+TEST(ShapeQuestions, LevelsAreKnownByTheirNamesAndCountTheirMeshes) {
+    Shape shape;
+    shape.names = {"Detail8", "collision-1", "LOS-9", "Glossary"};
+    shape.subshapes = {{0, 0, 0, 0, 3, 0}};
+    shape.objects = {{0, 2, 0}, {0, 1, 2}, {0, 9, 2}};
+    shape.meshes = {sortedMesh(), meshOf({1, 2, 0, 3}, {{0, 4, kStrip}}), Mesh(MeshType::Null), sortedMesh()};
+    const struct {
+        Shape::DetailLevel level;  // name, subshape, mesh of each object
+        LevelKind kind;
+        std::vector<int32_t> meshes;
+        int64_t triangles;
+    } cases[] = {
+        {{0, 0, 0}, LevelKind::Visible, {0}, 2},    {{1, 0, 1}, LevelKind::Collision, {1, 3}, 4},
+        {{2, 0, 2}, LevelKind::LineOfSight, {}, 0}, {{3, 7, 0}, LevelKind::Visible, {}, 0},
+        {{-1, -1, -1}, LevelKind::Visible, {}, 0},
+    };
+    const std::vector<int64_t> perMesh = trianglesPerMesh(shape);
+    for (const auto& [level, kind, meshes, triangles] : cases) {
+        EXPECT_EQ(levelKind(shape, level), kind) << level.name;
+        std::vector<int32_t> found;
+        for (const LevelMesh& part : meshesOf(shape, level)) found.push_back(part.mesh);
+        EXPECT_EQ(found, meshes) << level.name;
+        EXPECT_EQ(countTriangles(shape, level, perMesh), triangles) << level.name;
+        EXPECT_EQ(drawsAnything(shape, level), triangles != 0) << level.name;
+    }
+    shape.meshes[0].primitives.assign(9'000'000, {0, 6, kList});
+    EXPECT_EQ(trianglesPerMesh(shape), std::vector<int64_t>(4));
+}
+
+}  // namespace
+}  // namespace marrowfen
