@@ -1,13 +1,14 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
+#include "ground/version.h"
 
 int main(int argc, char** argv) {
     using namespace marrowfen::cli;
 
     Session session;
     CLI::App app{"Marrowfen turns a 3D scene into the DTS and DSQ files that a game engine loads.", "marrowfen"};
-    app.set_version_flag("--version", "marrowfen 1.1.0");
+    app.set_version_flag("--version", std::string("marrowfen ") + marrowfen::kVersion);
     app.add_flag("-q,--quiet", session.quiet, "only errors on standard error");
     app.add_flag("-v,--verbose", session.verbose, "details on standard error");
     app.require_subcommand(1);

@@ -2,10 +2,12 @@
 
 #include <ostream>
 
+#include "ground/version.h"
+
 namespace marrowfen::plugin {
 
 void ExportLog::writeBanner(short hostMajor, short hostMinor) {
-    *this << "Marrowfen v1.1.0" << std::endl << std::endl;
+    *this << "Marrowfen v" << kVersion << std::endl << std::endl;
     *this << "trueSpace major=" << hostMajor << " minor=" << hostMinor << std::endl << std::endl;
 }
 

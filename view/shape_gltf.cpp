@@ -7,6 +7,7 @@
 
 #include "ground/ascii.h"
 #include "ground/at.h"
+#include "ground/version.h"
 #include "mesh/mesh_words.h"
 #include "shape/shape_questions.h"
 #include "view/gltf_file.h"
@@ -240,7 +241,7 @@ GltfResult shapeToGltf(const Shape& shape, const std::string& title) {
 
     Builder b{shape, {}, {}, {}, -1, -1, {}, {}, kindsOfNodes(shape)};
     b.placements.resize(shape.nodes.size());
-    b.file.json = {{"asset", {{"version", "2.0"}, {"generator", "Marrowfen 1.1.0"}}},
+    b.file.json = {{"asset", {{"version", "2.0"}, {"generator", std::string("Marrowfen ") + kVersion}}},
                    {"scene", 0},
                    {"extras", shapeFacts(shape, title)}};
     b.materials = addMaterials(b.file, shape);
