@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr size_t kPathSize = 4096;
+constexpr size_t kLongestName = 32;  // that the folder's files have, with a margin
 
 // What a signal handler removes; it can't use anything that allocates.
 char theFolder[kPathSize] = "";
@@ -93,7 +94,7 @@ OutputFolder::OutputFolder(const std::string& output) {
 
     const fs::path target = target_;
     std::string folder = (target.parent_path() / ".marrowfen-XXXXXX").string();
-    if (folder.size() >= kPathSize - 32) {
+    if (folder.size() >= kPathSize - kLongestName) {
         made_ = fault(output, std::strerror(ENAMETOOLONG));
     } else if (mkdtemp(folder.data()) == nullptr) {
         made_ = fault(output, std::strerror(errno));

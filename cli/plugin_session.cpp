@@ -11,7 +11,7 @@ namespace marrowfen::cli {
 PluginSession::PluginSession(standin::Scene scene, headless::HeadlessUser& user)
     : host_(std::move(scene)), desktop_(user, headless::readDialogs(plugin::kResourceText)) {
     DllMain(desktop_.library(), DLL_PROCESS_ATTACH, nullptr);
-    std::array<char, 100> description;
+    std::array<char, plugin::kDataBlockSize> description;
     tsxGetData(description.data(), nullptr);
     plugin::listenToExports([this](const Message& message) { messages_.push_back(message); });
 }

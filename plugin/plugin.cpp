@@ -19,14 +19,15 @@ constexpr int32_t kInterfaceVersion = 650;
 constexpr int32_t kClickAccepted = 2;
 constexpr int32_t kClickRefused = 0;
 
-constexpr std::array<char, 100> kDataBlock = [] {
+constexpr std::array<char, kDataBlockSize> kDataBlock = [] {
     constexpr char kName[] = "marrowfen";
     constexpr char kMaker[] = "Quelland";
-    std::array<char, 100> block{};
+    constexpr size_t kMakerOffset = 32, kIconOffset = 96, kOneOffset = 98;
+    std::array<char, kDataBlockSize> block{};
     for (size_t i = 0; i + 1 < sizeof kName; ++i) block[i] = kName[i];
-    for (size_t i = 0; i + 1 < sizeof kMaker; ++i) block[32 + i] = kMaker[i];
-    block[96] = IDB_ICON;
-    block[98] = 1;
+    for (size_t i = 0; i + 1 < sizeof kMaker; ++i) block[kMakerOffset + i] = kMaker[i];
+    block[kIconOffset] = IDB_ICON;
+    block[kOneOffset] = 1;
     return block;
 }();
 
