@@ -30,6 +30,7 @@ void createSubShape(Shape& shape) {
 void takeBoundsOf(const SceneNode& object, Shape& shape) {
     const PlacedVertices vertices(object, object.name());
     if (!vertices.error().empty()) return shape.setError(vertices.error());
+    if (vertices.count() == 0) return shape.setError("Bounds object can only be a cube.");
     shape.bounds = emptyBox();
     for (int32_t v = 0; v < vertices.count(); ++v) widen(shape.bounds, vertices[v]);
 }
