@@ -1,16 +1,10 @@
 // The built command on the examples: what `marrowfen inspect` tells about each exported file is compared with
 // EXAMPLE.facts beside this test, which MARROWFEN_REGENERATE writes anew as in export_test.cpp.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "shape/shape.h"
+#include "tests/files.h"
 
 namespace marrowfen {
 namespace {
@@ -19,33 +13,13 @@ namespace fs = std::filesystem;
 
 const fs::path kSource = MARROWFEN_SOURCE_DIR;
 
-std::string fileText(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// A folder of its own for each test, gone with it.
-class ExamplesOf : public testing::TestWithParam<const char*> {
+class ExamplesOf : public testing::TestWithParam<const char*>, protected test::TestFolder {
 protected:
-    ExamplesOf() : folder_(fs::path(testing::TempDir()) / ("marrowfen-" + std::to_string(getpid()))) {
-        fs::create_directories(folder_);
-    }
-    ~ExamplesOf() override { fs::remove_all(folder_); }
-
-    // Runs the command in the folder; both of its streams go into output.
-    int run(const std::string& arguments, std::string& output) const {
-        const std::string line =
-            "cd '" + folder_.string() + "' && " MARROWFEN_COMMAND " " + arguments + " >output.txt 2>&1";
-        const int status = std::system(line.c_str());
-        output = fileText(folder_ / "output.txt");
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    test::ProgramResult run(const std::string& arguments) const {
+        return test::runIn(folder, MARROWFEN_COMMAND " " + arguments);
     }
 
     static std::string scene() { return "'" + (kSource / "examples" / GetParam()).string() + ".scene.json'"; }
-
-    fs::path folder_;
 };
 
 // Calls visit(a, b, c) with the vertex numbers of each triangle, strips unrolled and their turning points left out.
@@ -63,19 +37,19 @@ void forEachTriangle(const Mesh& mesh, Visit visit) {
 }
 
 TEST_P(ExamplesOf, GiveTheExpectedFacts) {
-    std::string output, facts;
-    ASSERT_EQ(run("export -q " + scene() + " out.dts --with-animation", output), 0) << output;
-    ASSERT_EQ(run("inspect out.dts", facts), 0) << facts;
+    const test::ProgramResult facts =
+        run("export -q " + scene() + " out.dts --with-animation && " MARROWFEN_COMMAND " inspect out.dts");
+    ASSERT_EQ(facts.code, 0) << facts.text;
 
     const fs::path expectedFile = kSource / "tests/export" / (std::string(GetParam()) + ".facts");
-    if (std::getenv("MARROWFEN_REGENERATE") != nullptr) std::ofstream(expectedFile, std::ios::binary) << facts;
-    EXPECT_EQ(fileText(expectedFile), facts);
+    if (std::getenv("MARROWFEN_REGENERATE") != nullptr) test::writeFile(expectedFile, facts.text);
+    EXPECT_EQ(test::readFile(expectedFile), facts.text);
 }
 
 TEST_P(ExamplesOf, LookOutwardInTheFile) {
-    std::string output;
-    ASSERT_EQ(run("export -q " + scene() + " out.dts", output), 0) << output;
-    std::ifstream file(folder_ / "out.dts", std::ios::binary);
+    const test::ProgramResult exported = run("export -q " + scene() + " out.dts");
+    ASSERT_EQ(exported.code, 0) << exported.text;
+    std::ifstream file(folder / "out.dts", std::ios::binary);
     Shape shape;
     shape.readDts(file);
     ASSERT_EQ(shape.error(), "");
@@ -92,22 +66,6 @@ TEST_P(ExamplesOf, LookOutwardInTheFile) {
     });
     // Where a sharp edge is smoothed, a normal may lean away from a sliver beside it.
     EXPECT_LE(disagree * 50, agree) << disagree << " triangles look inward";
-}
-
-TEST_P(ExamplesOf, LeaveTheOldOutputWhenTheSceneIsRefused) {
-    std::string output;
-    ASSERT_EQ(run("export -q " + scene() + " out.dsq", output), 0) << output;
-    const std::string old = fileText(folder_ / "out.dsq");
-    ASSERT_FALSE(old.empty());
-
-    std::string refused = fileText(kSource / "examples" / (std::string(GetParam()) + ".scene.json"));
-    const size_t bounds = refused.find("\"nodes\"");
-    ASSERT_NE(bounds, std::string::npos);
-    refused.replace(bounds, 7, "\"bounds again\"");
-    std::ofstream(folder_ / "refused.scene.json", std::ios::binary) << refused;
-    EXPECT_EQ(run("export refused.scene.json out.dsq", output), 1) << output;
-    EXPECT_NE(output.find("More than one bounds"), std::string::npos) << output;
-    EXPECT_EQ(fileText(folder_ / "out.dsq"), old);
 }
 
 INSTANTIATE_TEST_SUITE_P(Examples, ExamplesOf, testing::Values("lighthouse", "greenhouse", "creature"));

@@ -7,18 +7,14 @@
 // where a section is "log" or one of shapeText(). Everything after them is the expected text, which a run with the
 // environment variable MARROWFEN_REGENERATE set writes anew; what it wrote has to be reviewed before it is committed.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "builder/shape_builder.h"
 #include "standin/host/host.h"
 #include "standin/host/scene_file.h"
 #include "tests/export/shape_text.h"
+#include "tests/files.h"
 
 namespace marrowfen {
 namespace {
@@ -36,13 +32,6 @@ std::vector<std::string> situations() {
     }
     std::sort(found.begin(), found.end());
     return found;
-}
-
-std::string fileText(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
 }
 
 // The rest of the line that begins with the key.
@@ -83,13 +72,13 @@ class ExportOf : public testing::TestWithParam<std::string> {};
 
 TEST_P(ExportOf, GivesTheExpectedText) {
     const fs::path expectedFile = kFolder / (GetParam() + ".expected");
-    const std::string expected = fileText(expectedFile);
+    const std::string expected = test::readFile(expectedFile);
     const std::string actual =
         exported(kFolder / (GetParam() + kSceneEnding), headerValue(expected, "mode"), headerValue(expected, "show"));
     if (std::getenv("MARROWFEN_REGENERATE") != nullptr) {
-        std::ofstream(expectedFile, std::ios::binary) << actual;
+        test::writeFile(expectedFile, actual);
     }
-    EXPECT_EQ(fileText(expectedFile), actual);
+    EXPECT_EQ(test::readFile(expectedFile), actual);
 }
 
 std::string testName(const testing::TestParamInfo<std::string>& info) {

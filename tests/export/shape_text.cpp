@@ -1,8 +1,10 @@
 #include "tests/export/shape_text.h"
 
 #include <sstream>
-#include <utility>
-#include <vector>
+
+#include "ground/at.h"
+#include "mesh/mesh_words.h"
+#include "shape/shape_words.h"
 
 namespace marrowfen {
 namespace {
@@ -18,34 +20,12 @@ std::ostream& operator<<(std::ostream& out, const Quaternion& q) {
 
 std::ostream& operator<<(std::ostream& out, const Box& box) { return out << box.min << " to " << box.max; }
 
-struct Words {
-    uint32_t bits;
-    const std::vector<std::pair<uint32_t, const char*>>& table;
-};
-
-std::ostream& operator<<(std::ostream& out, const Words& words) {
-    out << '{';
-    const char* separator = "";
-    for (const auto& [bit, word] : words.table) {
-        if ((words.bits & bit) != 0) out << std::exchange(separator, " ") << word;
-    }
-    return out << '}';
+// Without the blanks that the dump has inside.
+template <size_t Count>
+std::string flagWords(uint32_t flags, const FlagWord (&words)[Count]) {
+    const std::string text = flagsText(flags, words);
+    return text == "( )" ? "{}" : "{" + text.substr(2, text.size() - 4) + "}";
 }
-
-const std::vector<std::pair<uint32_t, const char*>> kMeshWords = {
-    {Billboard, "billboard"}, {HasDetail, "hasdetail"}, {BillboardZ, "billboardz"}, {EncodedNormals, "encodednormals"}};
-const std::vector<std::pair<uint32_t, const char*>> kMaterialWords = {{Shape::Translucent, "translucent"},
-                                                                      {Shape::Additive, "additive"},
-                                                                      {Shape::Subtractive, "subtractive"},
-                                                                      {Shape::SelfIlluminating, "selfilluminating"},
-                                                                      {Shape::NeverEnvMap, "neverenvmap"},
-                                                                      {Shape::NoMipMap, "nomipmap"},
-                                                                      {Shape::MipMapZeroBorder, "mipmapzeroborder"},
-                                                                      {Shape::DetailMapFlag, "detailmap"},
-                                                                      {Shape::BumpMapFlag, "bumpmap"},
-                                                                      {Shape::ReflectionMapFlag, "reflectionmap"}};
-const std::vector<std::pair<uint32_t, const char*>> kSequenceWords = {
-    {Shape::UniformScale, "uniformscale"}, {Shape::Blend, "blend"}, {Shape::Cyclic, "cyclic"}};
 
 class Writer {
 public:
@@ -112,8 +92,8 @@ private:
             out_ << '\n';
             return;
         }
-        out_ << ' ' << Words{m.flags, kMeshWords} << " frames " << m.numFrames << " parent " << m.parent << " bounds "
-             << m.bounds << " center " << m.center << " radius " << m.radius << '\n';
+        out_ << ' ' << flagWords(m.flags, kMeshFlagWords) << " frames " << m.numFrames << " parent " << m.parent
+             << " bounds " << m.bounds << " center " << m.center << " radius " << m.radius << '\n';
         for (size_t v = 0; v < m.vertexes.size(); ++v) {
             out_ << "    " << v << ": " << m.vertexes[v] << " uv (" << m.texturevertexes[v].x << ' '
                  << m.texturevertexes[v].y << ')';
@@ -155,15 +135,15 @@ private:
     void materials() {
         for (size_t i = 0; i < shape_.materials.size(); ++i) {
             const Shape::Material& m = shape_.materials[i];
-            out_ << i << " \"" << m.name << "\" " << Words{m.flags, kMaterialWords} << " reflectance " << m.reflectance
-                 << " bump " << m.bump << " detail " << m.detail << " detailScale " << m.detailScale << " reflection "
-                 << m.reflection << '\n';
+            out_ << i << " \"" << m.name << "\" " << flagWords(m.flags, kMaterialFlagWords) << " reflectance "
+                 << m.reflectance << " bump " << m.bump << " detail " << m.detail << " detailScale " << m.detailScale
+                 << " reflection " << m.reflection << '\n';
         }
     }
 
     void sequences() {
         for (const Shape::Sequence& s : shape_.sequences) {
-            out_ << quoted(s.nameIndex) << ' ' << Words{s.flags, kSequenceWords} << " keys " << s.numKeyFrames
+            out_ << quoted(s.nameIndex) << ' ' << flagWords(s.flags, kSequenceFlagWords) << " keys " << s.numKeyFrames
                  << " duration " << s.duration << " priority " << s.priority << " base " << s.baseRotation << ' '
                  << s.baseTranslation << " matters " << s.rotationMatters.size() << ' ' << s.translationMatters.size()
                  << '\n';

@@ -1,17 +1,9 @@
 // `marrowfen export` and `marrowfen add-node` as a person runs them: exit codes, texts, and what is left on disk.
 
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "standin/host/scene_file.h"
+#include "tests/files.h"
 #include "tests/plugin/panel_cases.h"
 
 namespace marrowfen::test {
@@ -20,22 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string readFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return std::move(content).str();
-}
-
-struct Result {
-    int code = -1;
-    std::string text;  // standard output and error
-};
-
-struct CommandTest : testing::Test {
+struct CommandTest : testing::Test, TestFolder {
     CommandTest() {
-        fs::remove_all(folder);
-        fs::create_directories(folder);
         write("good.scene.json", sceneText({}, ""));
         PanelCase refused;
         refused.layers = R"([null, "collision", "nodes"])";
@@ -49,23 +27,12 @@ struct CommandTest : testing::Test {
         write("old.scene.json", sceneText(old, ""));
         write("broken.scene.json", "{");
     }
-    ~CommandTest() override { fs::remove_all(folder); }
 
-    void write(const std::string& name, const std::string& content) {
-        std::ofstream(folder / name, std::ios::binary) << content;
-    }
+    void write(const std::string& name, const std::string& content) { writeFile(folder / name, content); }
 
-    // Runs in the folder; before is a shell command in front.
-    Result run(const std::string& arguments, const std::string& before = "true") const {
-        const std::string line =
-            "cd '" + folder.string() + "' && " + before + " && exec " MARROWFEN_COMMAND " " + arguments + " 2>&1";
-        std::FILE* pipe = popen(line.c_str(), "r");
-        Result result;
-        char text[4096];
-        while (const size_t n = std::fread(text, 1, sizeof text, pipe)) result.text.append(text, n);
-        const int status = pclose(pipe);
-        result.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        return result;
+    // before: a shell command in front.
+    ProgramResult run(const std::string& arguments, const std::string& before = "true") const {
+        return runIn(folder, before + " && exec " MARROWFEN_COMMAND " " + arguments);
     }
 
     std::string files() const {
@@ -79,8 +46,6 @@ struct CommandTest : testing::Test {
         for (const std::string& name : names) all += (all.empty() ? "" : " ") + name;
         return all;
     }
-
-    const fs::path folder = fs::path(testing::TempDir()) / ("export_command" + std::to_string(getpid()));
 };
 
 }  // namespace
@@ -127,7 +92,7 @@ TEST_F(CommandTest, EndsAsTheSituationAsks) {
              {"add-node none.scene.json eye", 3, "none.scene.json"},
              {"add-node good.scene.json eye -o missing/b.scene.json", 4, "missing/b.scene.json"},
          }) {
-        const Result result = run(c.arguments);
+        const ProgramResult result = run(c.arguments);
         EXPECT_EQ(result.code, c.code) << c.arguments << "\n" << result.text;
         EXPECT_NE(result.text.find(c.text), std::string::npos) << c.arguments << "\n" << result.text;
         if (c.text.empty()) {
@@ -154,7 +119,7 @@ TEST_F(CommandTest, WriteFailuresLeaveTheOldFiles) {
     const std::string log = readFile(folder / "a.dts.log");
     // Files of at most 1 KiB and at most 0: the shape is cut, then the log too.
     for (const char* limit : {"ulimit -f 1", "ulimit -f 0"}) {
-        const Result result = run("export good.scene.json a.dts --with-animation", limit);
+        const ProgramResult result = run("export good.scene.json a.dts --with-animation", limit);
         EXPECT_NE(result.text.find("error: a.dts: incomplete"), std::string::npos) << result.text;
         EXPECT_NE(result.text.find("File too large"), std::string::npos) << result.text;
         EXPECT_EQ(readFile(folder / "a.dts"), shape);
