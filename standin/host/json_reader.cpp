@@ -1,19 +1,17 @@
 #include "standin/host/json_reader.h"
 
-#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
+
+#include "ground/near_word.h"
 
 namespace marrowfen::standin {
 namespace {
 
 // Up to here, comparing all keys of an object with one another is cheaper than a set.
 constexpr uint32_t kFewKeys = 16;
-
-// A key that is further from every known one isn't meant to be any of them.
-constexpr size_t kFarthestGuess = 2;
 
 const char* kindWord(JsonValue::Kind kind) {
     switch (kind) {
@@ -30,38 +28,6 @@ const char* kindWord(JsonValue::Kind kind) {
         default:
             return "an object";
     }
-}
-
-// Letters to add, drop or change to make one word of the other.
-size_t editDistance(const std::string& a, const std::string& b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row[b.size()];
-}
-
-// The known key that is nearest to this one, null if none is near.
-const char* nearestKey(const std::string& key, std::span<const char* const> known) {
-    const char* nearest = nullptr;
-    size_t distance = std::min(kFarthestGuess, key.size() / 2) + 1;
-    for (const char* candidate : known) {
-        const std::string word = candidate;
-        if (key.size() > word.size() + kFarthestGuess) continue;
-        const size_t candidateDistance = editDistance(key, word);
-        if (candidateDistance < distance) {
-            nearest = candidate;
-            distance = candidateDistance;
-        }
-    }
-    return nearest;
 }
 
 }  // namespace
@@ -173,9 +139,9 @@ void JsonRecord::refuseUnknownKeys() {
     for (uint32_t member = index_ + 1; member < reader_.at(index_).end; member = reader_.at(member).end, bit <<= 1) {
         if (asked_ & bit) continue;
         const std::string& key = reader_.document().keyOf(reader_.at(member));
-        const char* guess = nearestKey(key, {known_.data(), knownCount_});
+        const std::string guess(nearWord(key, {known_.begin(), known_.begin() + knownCount_}));
         reader_.place().fail("unknown key " + jsonQuoted(key) +
-                             (guess ? ", did you mean " + jsonQuoted(guess) + "?" : ""));
+                             (guess.empty() ? "" : ", did you mean " + jsonQuoted(guess) + "?"));
         return;
     }
 }
