@@ -59,17 +59,11 @@ struct Control {
     int id = -1;
     std::string kind;  // as in the resource script: "GROUPBOX", ...; the window class of a "CONTROL"
     std::string text;
-    std::vector<std::string> styles;
-    int x = 0, y = 0, width = 0, height = 0;  // dialog units
 };
 
 struct DialogTemplate {
     int id = 0;
     std::string caption;
-    std::string font;
-    int fontSize = 0;
-    std::vector<std::string> styles;
-    int width = 0, height = 0;  // dialog units
     std::vector<Control> controls;
 };
 

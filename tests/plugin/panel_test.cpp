@@ -181,36 +181,6 @@ TEST_F(PanelFixture, DataBlockDescribesThePlugin) {
     EXPECT_EQ(person.desktop().openDialogs().size(), 1U);
 }
 
-TEST_F(PanelFixture, DialogsAreLaidOutAsGiven) {
-    std::string text;
-    for (const auto& dialog : headless::readDialogs(plugin::kResourceText)) {
-        text += std::to_string(dialog.id) + " " + dialog.caption + " " + dialog.font + " " +
-                std::to_string(dialog.fontSize) + " " + std::to_string(dialog.width) + "x" +
-                std::to_string(dialog.height) + "\n";
-        for (const auto& c : dialog.controls) {
-            text += "  " + std::to_string(c.id) + " " + c.kind + " '" + c.text + "'";
-            for (const int number : {c.x, c.y, c.width, c.height}) text += " " + std::to_string(number);
-            text += "\n";
-        }
-    }
-    EXPECT_EQ(text,
-              "107 Marrowfen MS Sans Serif 8 194x94\n"
-              "  1005 GROUPBOX 'Node Helper' 7 7 180 28\n"
-              "  1000 COMBOBOX '' 13 17 108 69\n"
-              "  1001 PUSHBUTTON 'Add Node' 128 16 50 14\n"
-              "  1004 GROUPBOX 'Export Shape' 7 38 93 49\n"
-              "  1006 AUTOCHECKBOX 'Export With Animation' 13 47 84 11\n"
-              "  1002 DEFPUSHBUTTON 'Export' 21 65 59 13\n"
-              "  1013 PUSHBUTTON 'Export DSQ' 112 46 62 14\n"
-              "  1003 PUSHBUTTON 'About' 113 68 60 12\n"
-              "109 Exporting... MS Sans Serif 8 186x38\n"
-              "  1010 LTEXT '' 7 7 172 12\n"
-              "  1009 msctls_progress32 '' 7 20 172 11\n"
-              "112 Dialog MS Sans Serif 8 256x110\n"
-              "  -1 Static 'IDB_ABOUT' 7 7 242 82\n"
-              "  1 DEFPUSHBUTTON 'OK' 103 90 50 14\n");
-}
-
 TEST_F(PanelFixture, SaveDialogIsAskedAsStated) {
     HeadlessPerson person({}, folder, "");
     person.play({"left click", "cancel", "press Export"});
