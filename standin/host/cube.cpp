@@ -26,7 +26,7 @@ std::string hexByte(uint8_t byte) {
 constexpr int32_t kUnpainted = -1;  // no material number: the host can't give such a face's material
 
 // A key that no material has, such as "color-00ff00ff".
-std::string newKey(const Material& material, const KeyedMaterials& materials) {
+std::string newKey(const HostMaterial& material, const KeyedMaterials& materials) {
     std::string base = "color-";
     for (const uint8_t byte : material.color) base += hexByte(byte);
     std::string key = base;
@@ -37,7 +37,7 @@ std::string newKey(const Material& material, const KeyedMaterials& materials) {
     return key;
 }
 
-std::string keyOf(const Material& material, KeyedMaterials& materials) {
+std::string keyOf(const HostMaterial& material, KeyedMaterials& materials) {
     const auto found =
         std::find_if(materials.begin(), materials.end(), [&](const auto& entry) { return entry.second == material; });
     if (found != materials.end()) return found->first;
@@ -62,7 +62,7 @@ Node cubeNode(const Vec3& size) {
     return cube;
 }
 
-Node savedCube(const Node& cube, const std::vector<const Material*>& paints, KeyedMaterials& materials) {
+Node savedCube(const Node& cube, const std::vector<const HostMaterial*>& paints, KeyedMaterials& materials) {
     Node saved = cube;
     std::vector<std::optional<std::string>>& keys = saved.polyhedron.materials;
     for (Face& face : saved.polyhedron.faces) {

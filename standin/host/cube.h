@@ -15,7 +15,7 @@ Node cubeNode(const Vec3& size);
 
 // The cube as a node of a scene file. Its faces' materials, by number, are found among the scene's or added to them
 // under new keys; those that no face has are left out.
-using KeyedMaterials = std::vector<std::pair<std::string, Material>>;
-Node savedCube(const Node& cube, const std::vector<const Material*>& paints, KeyedMaterials& materials);
+using KeyedMaterials = std::vector<std::pair<std::string, HostMaterial>>;
+Node savedCube(const Node& cube, const std::vector<const HostMaterial*>& paints, KeyedMaterials& materials);
 
 }  // namespace marrowfen::standin

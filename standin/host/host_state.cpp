@@ -93,7 +93,7 @@ void HostState::indexClips(const NodesById& byId) {
     }
 }
 
-const Pose& HostState::poseOf(HostNode& node) {
+const NodePose& HostState::poseOf(HostNode& node) {
     if (node.poseStamp == poseStamp_) return node.pose;
     if (node.keysStamp != clipsStamp_) {
         const auto isEnabled = [this](const HostNode::Track& track) { return scene.clips[track.clip].enabled; };
@@ -192,7 +192,7 @@ TsxMaterial* HostState::makeScratch() {
     return handles.add<TsxMaterial>(HandleKind::Material, object, std::move(scratch));
 }
 
-void HostState::setScratch(ScratchMaterial& scratch, const Material* material) {
+void HostState::setScratch(ScratchMaterial& scratch, const HostMaterial* material) {
     if (scratch.shader != nullptr) handles.remove(scratch.shader);
     for (const TsxParameterValue* value : scratch.values) handles.remove(value);
     scratch.shader = nullptr;
@@ -222,13 +222,13 @@ PolyhedronArrays& HostState::arraysOf(HostNode& node) {
     return *node.arrays;
 }
 
-const Material* HostState::painted(const Material& material) {
+const HostMaterial* HostState::painted(const HostMaterial& material) {
     const auto found = std::find(paints_.begin(), paints_.end(), material);
     return found == paints_.end() ? &paints_.emplace_back(material) : &*found;
 }
 
-void HostState::paintFaces(HostNode& cube, size_t first, size_t count, const Material& material) {
-    const Material* paint = painted(material);
+void HostState::paintFaces(HostNode& cube, size_t first, size_t count, const HostMaterial& material) {
+    const HostMaterial* paint = painted(material);
     const auto known = std::find(cube.materials.begin(), cube.materials.end(), paint);
     const auto number = static_cast<int32_t>(known - cube.materials.begin());
     if (known == cube.materials.end()) cube.materials.push_back(paint);

@@ -37,13 +37,13 @@ struct HostNode {
     std::vector<Track> tracks;               // by clip, rising
     const std::vector<Key>* keys = nullptr;  // of the winning clip as of keysStamp, null for none
     uint64_t keysStamp = 0;
-    Pose pose;  // as of poseStamp
+    NodePose pose;  // as of poseStamp
     uint64_t poseStamp = 0;
 
     // Of a polyhedron.
-    std::unique_ptr<PolyhedronArrays> arrays;  // made when first asked for
-    std::vector<const Material*> materials;    // by material number, null for one that can't be given
-    Transform vertexTransform{};               // of a triangulated copy
+    std::unique_ptr<PolyhedronArrays> arrays;    // made when first asked for
+    std::vector<const HostMaterial*> materials;  // by material number, null for one that can't be given
+    Transform vertexTransform{};                 // of a triangulated copy
 
     // The vertices that a muscle or tendon holds on each polyhedron.
     using Held = std::vector<std::pair<const HostNode*, const std::vector<int32_t>*>>;
@@ -59,8 +59,8 @@ struct HostNode {
 
 // A material that the plug-in has made to read into or to paint with.
 struct ScratchMaterial {
-    const Material* material = nullptr;  // one of the scene's or a painted one, or edited
-    Material edited;
+    const HostMaterial* material = nullptr;  // one of the scene's or a painted one, or edited
+    HostMaterial edited;
     TsxShaderInfo* shader = nullptr;         // handed out for the material as it is
     std::vector<TsxParameterValue*> values;  // likewise, by parameter
 };
@@ -88,7 +88,7 @@ public:
     int liveHandles() const { return liveHandles_ + static_cast<int>(blocks_.size()); }
 
     // Poses follow the active time and the clips' enabled states at the next question.
-    const Pose& poseOf(HostNode& node);
+    const NodePose& poseOf(HostNode& node);
     void setActiveTime(float frame);
     void setClipEnabled(Clip& clip, bool enabled);
     void forgetPose(HostNode& node) { node.poseStamp = 0; }
@@ -103,7 +103,7 @@ public:
     void addToScene(HostNode& cube);
     void release(HostNode& node);
     TsxMaterial* makeScratch();
-    void setScratch(ScratchMaterial& scratch, const Material* material);
+    void setScratch(ScratchMaterial& scratch, const HostMaterial* material);
     void releaseScratch(TsxMaterial* handle, ScratchMaterial& scratch);
     void* allocate(size_t bytes);
     bool releaseBlock(void* block);  // false if it isn't the caller's
@@ -111,14 +111,14 @@ public:
     static Transform vertexTransformOf(const HostNode& polyhedron);
     PolyhedronArrays& arraysOf(HostNode& polyhedron);
     bool canPaint(const HostNode& node) const { return node.ownNode && node.owner != HostNode::CallersCopy; }
-    void paintFaces(HostNode& cube, size_t first, size_t count, const Material& material);
+    void paintFaces(HostNode& cube, size_t first, size_t count, const HostMaterial& material);
 
 private:
     std::deque<HostNode> sceneNodes_;
     std::vector<HostNode*> addedNodes_;
     HostNode* lastNode_ = nullptr;  // top-level
-    std::unordered_map<std::string, const Material*> materials_;
-    std::deque<Material> paints_;  // each once; polyhedra point to them
+    std::unordered_map<std::string, const HostMaterial*> materials_;
+    std::deque<HostMaterial> paints_;  // each once; polyhedra point to them
     std::vector<std::vector<char>> clipNameBytes_;
     std::unordered_map<std::string, size_t> clips_;  // by the text before the ':'
     std::unordered_map<void*, std::unique_ptr<std::byte[]>> blocks_;
@@ -133,7 +133,7 @@ private:
     void linkHeldVertices(const NodesById& byId);
     void resolveMaterials(HostNode& node) const;
     TsxNode* handOut(std::shared_ptr<HostNode> node);
-    const Material* painted(const Material& material);
+    const HostMaterial* painted(const HostMaterial& material);
 };
 
 }  // namespace marrowfen::standin

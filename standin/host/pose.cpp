@@ -6,8 +6,8 @@
 namespace marrowfen::standin {
 namespace {
 
-Pose keyPose(const Node& node, const Key& key) {
-    Pose pose;
+NodePose keyPose(const Node& node, const Key& key) {
+    NodePose pose;
     pose.location = key.location.value_or(node.location);
     pose.rotation = key.rotation.value_or(node.rotation);
     pose.transform = key.transform ? *key.transform : transformFrom(pose.location, pose.rotation);
@@ -40,20 +40,20 @@ Transform transformFrom(const Vec3& location, const Vec3& rotation) {
     return transform;
 }
 
-Pose ownPose(const Node& node) {
+NodePose ownPose(const Node& node) {
     return {node.location, node.rotation,
             node.transform ? *node.transform : transformFrom(node.location, node.rotation)};
 }
 
-Pose poseAt(const Node& node, const std::vector<Key>& keys, float frame) {
+NodePose poseAt(const Node& node, const std::vector<Key>& keys, float frame) {
     const auto isBefore = [](float time, const Key& key) { return time < key.frame; };
     const auto after = std::upper_bound(keys.begin(), keys.end(), frame, isBefore);
     if (after == keys.begin()) return keyPose(node, keys.front());
     const Key& before = *(after - 1);
-    Pose pose = keyPose(node, before);
+    NodePose pose = keyPose(node, before);
     if (after == keys.end() || before.frame == frame) return pose;
 
-    const Pose next = keyPose(node, *after);
+    const NodePose next = keyPose(node, *after);
     const float t = (frame - before.frame) / (after->frame - before.frame);
     interpolate(pose.location, next.location, t);
     interpolate(pose.rotation, next.rotation, t);

@@ -8,7 +8,7 @@
 
 namespace marrowfen::standin {
 
-struct Pose {
+struct NodePose {
     Vec3 location{};
     Vec3 rotation{};        // radians
     Transform transform{};  // scene-from-node
@@ -18,10 +18,10 @@ struct Pose {
 // double precision; each number is rounded once.
 Transform transformFrom(const Vec3& location, const Vec3& rotation);
 
-Pose ownPose(const Node& node);
+NodePose ownPose(const Node& node);
 
 // The pose at a frame: a key's at its frame and beyond the ends, and between two keys each number of theirs
 // interpolated. The keys' frames rise; there is at least one.
-Pose poseAt(const Node& node, const std::vector<Key>& keys, float frame);
+NodePose poseAt(const Node& node, const std::vector<Key>& keys, float frame);
 
 }  // namespace marrowfen::standin

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -19,6 +18,11 @@ namespace marrowfen::standin {
 using Vec2 = std::array<float, 2>;
 using Vec3 = std::array<float, 3>;
 using Transform = std::array<float, 12>;  // three rows of four, the translation in the fourth column
+
+// The host counts slots of layers and the corners of a face in signed 16 bits.
+inline constexpr size_t kMostLayers = 32767;
+inline constexpr size_t kMostCorners = 32767;
+inline constexpr size_t kFewestCorners = 3;
 
 struct HostSettings {
     int16_t major = 660;
@@ -49,13 +53,13 @@ struct Shader {
     bool operator==(const Shader&) const = default;
 };
 
-struct Material {
+struct HostMaterial {
     std::array<uint8_t, 4> color = {255, 255, 255, 255};  // the fourth is the opacity
     std::string texture;
     std::array<float, 4> reflection = {0, 0, 0, 0};
     std::optional<Shader> shader;
 
-    bool operator==(const Material&) const = default;
+    bool operator==(const HostMaterial&) const = default;
 };
 
 struct Corner {
@@ -135,7 +139,7 @@ struct Clip {
 struct Scene {
     HostSettings host;
     std::vector<std::optional<std::string>> layers;  // slot by slot; none is a slot that holds no layer
-    std::vector<std::pair<std::string, Material>> materials;
+    std::vector<std::pair<std::string, HostMaterial>> materials;
     std::vector<Node> nodes;  // top-level, in the host's order
     std::vector<Clip> clips;
 

@@ -7,11 +7,8 @@
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <string>
 #include <tuple>
 #include <type_traits>
-#include <utility>
-#include <vector>
 
 #include "standin/host/scene.h"
 #include "standin/host/scene_words.h"
@@ -20,6 +17,9 @@ namespace marrowfen::standin {
 
 // Every walk through the nodes is recursive, the plug-in's too.
 inline constexpr int kDeepestNode = 1000;
+
+// The host keeps the material of a face in signed 16 bits.
+inline constexpr WholeBounds kMaterialNumbers = {-32768, 32767};
 
 struct FieldRules {
     bool isRequired = false;                 // in a file; other keys are left out where they hold their default
@@ -70,18 +70,17 @@ inline constexpr std::tuple kFields<Shader>{
 };
 
 template <>
-inline constexpr std::tuple kFields<Material>{
-    Field{"color", &Material::color},
-    Field{"texture", &Material::texture},
-    Field{"reflection", &Material::reflection},
-    Field{"shader", &Material::shader},
+inline constexpr std::tuple kFields<HostMaterial>{
+    Field{"color", &HostMaterial::color},
+    Field{"texture", &HostMaterial::texture},
+    Field{"reflection", &HostMaterial::reflection},
+    Field{"shader", &HostMaterial::shader},
 };
 
-// The host counts the corners of a face and its material, and layers, in signed 16 bits.
 template <>
 inline constexpr std::tuple kFields<Face>{
-    Field{"corners", &Face::corners, {.isRequired = true, .count = {3, 32767, "a face"}}},
-    Field{"material", &Face::material, {.whole = {-32768, 32767}}},
+    Field{"corners", &Face::corners, {.isRequired = true, .count = {kFewestCorners, kMostCorners, "a face"}}},
+    Field{"material", &Face::material, {.whole = kMaterialNumbers}},
 };
 
 template <>
@@ -139,7 +138,7 @@ inline constexpr std::tuple kFields<Clip>{
 template <>
 inline constexpr std::tuple kFields<Scene>{
     Field{"host", &Scene::host},
-    Field{"layers", &Scene::layers, {.isRequired = true, .count = {0, 32767, "a host"}}},
+    Field{"layers", &Scene::layers, {.isRequired = true, .count = {0, kMostLayers, "a host"}}},
     Field{"materials", &Scene::materials},
     Field{"nodes", &Scene::nodes, {.isRequired = true}},
     Field{"clips", &Scene::clips},

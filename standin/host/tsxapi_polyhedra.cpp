@@ -27,7 +27,7 @@ ScratchMaterial* scratchOf(const TsxMaterial* handle, const char* caller) {
     return host().handles.find<ScratchMaterial>(HandleKind::Material, handle, caller);
 }
 
-const Material* materialOf(const TsxMaterial* handle, const char* caller) {
+const HostMaterial* materialOf(const TsxMaterial* handle, const char* caller) {
     const ScratchMaterial* scratch = scratchOf(handle, caller);
     return scratch ? scratch->material : nullptr;
 }
@@ -108,12 +108,12 @@ void tsxPolyhInitializeMaterials(TsxNode* handle) {
     HostNode* node = paintableOf(handle, __func__);
     if (node == nullptr) return;
     node->materials.clear();
-    host().paintFaces(*node, 0, node->node->polyhedron.faces.size(), Material{});
+    host().paintFaces(*node, 0, node->node->polyhedron.faces.size(), HostMaterial{});
 }
 
 void tsxPolyhPaint(TsxNode* handle, TsxMaterial* material) {
     HostNode* node = paintableOf(handle, __func__);
-    const Material* paint = materialOf(material, __func__);
+    const HostMaterial* paint = materialOf(material, __func__);
     if (node != nullptr && paint != nullptr) {
         host().paintFaces(*node, 0, node->node->polyhedron.faces.size(), *paint);
     }
@@ -121,7 +121,7 @@ void tsxPolyhPaint(TsxNode* handle, TsxMaterial* material) {
 
 void tsxPolyhPaintFace(TsxNode* handle, int face, TsxMaterial* material, int) {
     HostNode* node = paintableOf(handle, __func__);
-    const Material* paint = materialOf(material, __func__);
+    const HostMaterial* paint = materialOf(material, __func__);
     if (node == nullptr || paint == nullptr) return;
     const size_t count = node->node->polyhedron.faces.size();
     if (face >= 0 && static_cast<size_t>(face) < count) {
@@ -136,7 +136,7 @@ int tsxPolyhGetMaterial(TsxNode* polyhedron, short number, TsxMaterial* into) {
     ScratchMaterial* scratch = scratchOf(into, __func__);
     if (node == nullptr || scratch == nullptr) return 0;
     if (number < 0 || static_cast<size_t>(number) >= node->materials.size()) return 0;
-    const Material* material = node->materials[static_cast<size_t>(number)];
+    const HostMaterial* material = node->materials[static_cast<size_t>(number)];
     if (material == nullptr) return 0;
     host().setScratch(*scratch, material);
     return 1;
@@ -150,8 +150,8 @@ void tsxMaterialDestroy(TsxMaterial* material) {
 }
 
 void tsxMaterialGetColor(TsxMaterial* handle, unsigned char* rgba) {
-    const Material* material = materialOf(handle, __func__);
-    const Material none;
+    const HostMaterial* material = materialOf(handle, __func__);
+    const HostMaterial none;
     std::copy_n((material ? material : &none)->color.data(), 4, rgba);
 }
 
@@ -164,12 +164,12 @@ void tsxMaterialSetColor(TsxMaterial* handle, const unsigned char* rgba) {
 }
 
 void tsxMaterialGetTextureFilename(TsxMaterial* handle, char* buffer, int size) {
-    const Material* material = materialOf(handle, __func__);
+    const HostMaterial* material = materialOf(handle, __func__);
     copyText(material ? material->texture : "", buffer, size);
 }
 
 void tsxMaterialGetReflectionProps(TsxMaterial* handle, float* first, float* second, float* third, float* fourth) {
-    const Material* material = materialOf(handle, __func__);
+    const HostMaterial* material = materialOf(handle, __func__);
     const std::array<float, 4> properties = material ? material->reflection : std::array<float, 4>{};
     *first = properties[0];
     *second = properties[1];
@@ -178,12 +178,12 @@ void tsxMaterialGetReflectionProps(TsxMaterial* handle, float* first, float* sec
 }
 
 int tsxMaterialIsShaderBoxNull(TsxMaterial* handle) {
-    const Material* material = materialOf(handle, __func__);
+    const HostMaterial* material = materialOf(handle, __func__);
     return material != nullptr && material->shader ? 0 : 1;
 }
 
 int tsxMaterialIsShaderBoxValid(TsxMaterial* handle) {
-    const Material* material = materialOf(handle, __func__);
+    const HostMaterial* material = materialOf(handle, __func__);
     return material != nullptr && material->shader && material->shader->valid ? 1 : 0;
 }
 

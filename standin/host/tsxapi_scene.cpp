@@ -7,8 +7,6 @@ using namespace marrowfen::standin;
 
 namespace {
 
-constexpr size_t kMostLayers = 32767;  // slots are counted in signed 16 bits
-
 std::optional<std::string>* layerSlot(short layer) {
     std::vector<std::optional<std::string>>& layers = host().scene.layers;
     return layer >= 0 && static_cast<size_t>(layer) < layers.size() ? &layers[static_cast<size_t>(layer)] : nullptr;

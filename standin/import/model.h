@@ -1,7 +1,7 @@
 #pragma once
 
-// A model between Assimp and the host scene: what the passes of the import share. The passes run in the order of this
-// file; each may set the error, which ends the import.
+// A model between Assimp and the host scene: what the passes of the import share. runPasses in model_reader.cpp has
+// their order; each may set the error, which ends the import.
 
 #include <assimp/scene.h>
 

@@ -117,7 +117,7 @@ void convertMaterials(Model& model) {
         source.Get(AI_MATKEY_NAME, given);
         const std::string name = cleanText(given);
 
-        Material material;
+        HostMaterial material;
         material.color = colorOf(source);
         material.texture = textureName(model, source, name);
         material.shader = emissionShader(source);

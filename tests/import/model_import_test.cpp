@@ -196,7 +196,7 @@ TEST(ModelImport, Materials) {
                                            "usemtl glass.001\nf 1 2 4\nusemtl lamp\nf 2 3 4\n");
     const LoadResult result = importModel(model, {});
     ASSERT_TRUE(result.scene.has_value()) << result.error;
-    std::map<std::string, Material> found(result.scene->materials.begin(), result.scene->materials.end());
+    std::map<std::string, HostMaterial> found(result.scene->materials.begin(), result.scene->materials.end());
     ASSERT_EQ(found.size(), 3U);
     EXPECT_EQ(found["board"].texture, "wood.grain.png");
     EXPECT_EQ(found["board"].color, (std::array<uint8_t, 4>{255, 128, 0, 255}));

@@ -43,8 +43,8 @@ TEST(SceneFile, EveryKeyIsRead) {
     ASSERT_EQ(scene.materials.size(), 3U);
     EXPECT_EQ(scene.materials[0].first, "wood");  // in the file's order, not the alphabet's
     EXPECT_EQ(scene.materials[0].second,
-              (Material{{1, 2, 3, 4}, "D:\\wood.bmp", {0.1F, 0.2F, 0.3F, 0.4F}, std::nullopt}));
-    EXPECT_EQ(scene.materials[1].second, Material{});
+              (HostMaterial{{1, 2, 3, 4}, "D:\\wood.bmp", {0.1F, 0.2F, 0.3F, 0.4F}, std::nullopt}));
+    EXPECT_EQ(scene.materials[1].second, HostMaterial{});
     const Shader glass{"c_envr_map",
                        false,
                        {{"on", 1, true},
