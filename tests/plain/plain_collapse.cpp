@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "tests/plain/plain_math.h"
+
 namespace marrowfen::plain {
 namespace {
 
@@ -75,7 +77,8 @@ void merge(Mesh& mesh, std::vector<int32_t>& groups, std::vector<int32_t>& remap
     }
 }
 
-Point3 unit(const Point3& v) { return squaredLength(v) > kLeastSquaredLength ? normalized(v) : v; }
+// A vector that is too short to have a direction stays as it is.
+Point3 direction(const Point3& v) { return inner(v, v) > kLeastSquaredLength ? unit(v) : v; }
 
 }  // namespace
 
@@ -102,20 +105,20 @@ std::string computeNormals(const Mesh& mesh, const std::vector<int32_t>& groups,
             if ((primitive.material & Primitive::TypeMask) != 0) return "Assertion error while computing normals";
             const uint32_t* corner = &mesh.indices[primitive.firstElement];
             const Point3 p0 = v[base + corner[0]];
-            const Point3 n = cross(unit(v[base + corner[2]] - p0), unit(v[base + corner[1]] - p0));
-            if (!(squaredLength(n) > kLeastSquaredLength)) continue;
+            const Point3 n = outer(direction(v[base + corner[2]] - p0), direction(v[base + corner[1]] - p0));
+            if (!(inner(n, n) > kLeastSquaredLength)) continue;
             for (size_t m = 0; m < perFrame; ++m) {
                 for (size_t c = 0; c < 3; ++c) {
                     const int32_t a = groups[corner[c]], b = groups[m];
                     if (!same(v[base + m], v[base + corner[c]]) || ((a & b) == 0 && a != b)) continue;
-                    normals[base + m] = normals[base + m] + normalized(n);
+                    normals[base + m] = normals[base + m] + unit(n);
                     ++counts[base + m];
                 }
             }
         }
     }
     for (size_t k = 0; k < v.size(); ++k) {
-        if (counts[k] > 0) normals[k] = unit(normals[k]);
+        if (counts[k] > 0) normals[k] = direction(normals[k]);
     }
     for (const bool ofSameGroup : {true, false}) {
         for (size_t k = 0; k < v.size(); ++k) {

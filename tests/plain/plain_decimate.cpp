@@ -4,6 +4,8 @@
 #include <limits>
 #include <list>
 
+#include "tests/plain/plain_math.h"
+
 namespace marrowfen::plain {
 namespace {
 
@@ -37,9 +39,7 @@ struct Face {
 
     void computeNormal() {
         const Point3 p0 = vertices[0]->position, p1 = vertices[1]->position, p2 = vertices[2]->position;
-        normal = cross(p2 - p1, p1 - p0);
-        const float len = length(normal);
-        if (len != 0) normal = {normal.x / len, normal.y / len, normal.z / len};
+        normal = unit(outer(p2 - p1, p1 - p0));
     }
 
     void connect() {
@@ -91,13 +91,13 @@ struct Decimator {
             float m = 1;
             for (const Face* s : u->faces) {
                 if (!s->uses(v)) continue;
-                const float turn = (1.0F - dot(f->normal, s->normal)) / 2.0F;
+                const float turn = (1.0F - inner(f->normal, s->normal)) / 2.0F;
                 if (turn < m) m = turn;
             }
             if (m > curvature) curvature = m;
         }
         if (isOnBorder(u)) curvature = 1;
-        return length(v->position - u->position) * curvature;
+        return measure(v->position - u->position) * curvature;
     }
 
     static void computeCollapse(Vertex* u) {

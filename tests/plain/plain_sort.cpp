@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <memory>
 
+#include "tests/plain/plain_math.h"
+
 namespace marrowfen::plain {
 namespace {
 
 constexpr int kMaxDepth = 2;
-constexpr float kTolerance = 0.0001F;
+constexpr float kOnPlane = 0.0001F;
 constexpr float kExclusion = 0.99F;
 
 using Set = std::vector<bool>;
@@ -33,7 +35,6 @@ struct SortNode {
 
 bool none(const Set& set) { return std::find(set.begin(), set.end(), true) == set.end(); }
 bool has(const Set& set, size_t f) { return f < set.size() && set[f]; }
-Point3 unit(const Point3& v) { return normalized(v); }
 
 struct Sorter {
     std::vector<Primitive> primitives;
@@ -52,16 +53,16 @@ struct Sorter {
     SortFace makeFace(size_t f) const {
         const Point3 p0 = point(f, 0), p1 = point(f, 1), p2 = point(f, 2);
         const Point3 e0 = p1 - p0, e1 = p2 - p1, e2 = p0 - p2;
-        const float d0 = dot(e0, e0), d1 = dot(e1, e1), d2 = dot(e2, e2);
+        const float d0 = inner(e0, e0), d1 = inner(e1, e1), d2 = inner(e2, e2);
         SortFace face;
         if (d1 <= d0 && d2 <= d0) {
-            face.normal = unit(-cross(e1, e2));
+            face.normal = unit(-outer(e1, e2));
         } else if (d2 <= d1 && d0 <= d1) {
-            face.normal = unit(-cross(e2, e0));
+            face.normal = unit(-outer(e2, e0));
         } else {
-            face.normal = unit(-cross(e0, e1));
+            face.normal = unit(-outer(e0, e1));
         }
-        face.constant = dot(face.normal, p0);
+        face.constant = inner(face.normal, p0);
         return face;
     }
 
@@ -74,10 +75,10 @@ struct Sorter {
             if (g == f || node.faces[g].used) continue;
             bool front = false, behind = false;
             for (size_t corner = 0; corner < 3; ++corner) {
-                const float d = dot(face.normal, point(g, corner));
-                if (d > face.constant + kTolerance) {
+                const float d = inner(face.normal, point(g, corner));
+                if (d > face.constant + kOnPlane) {
                     front = true;
-                } else if (d < face.constant - kTolerance) {
+                } else if (d < face.constant - kOnPlane) {
                     behind = true;
                 }
             }
@@ -150,8 +151,8 @@ struct Sorter {
         float d[3];
         bool apart = true;
         for (size_t i = 0; i < 3; ++i) {
-            d[i] = dot(n, point(g, i));
-            apart = apart && std::fabs(d[i] - k) >= kTolerance;
+            d[i] = inner(n, point(g, i));
+            apart = apart && std::fabs(d[i] - k) >= kOnPlane;
         }
         size_t first = 0;
         if (apart) {
@@ -159,7 +160,7 @@ struct Sorter {
             if (mask == 0 || mask == 7) return;
             first = mask == 1 || mask == 6 ? 0 : mask == 2 || mask == 5 ? 1 : 2;
         } else {
-            while (std::fabs(d[first] - k) >= kTolerance) ++first;
+            while (std::fabs(d[first] - k) >= kOnPlane) ++first;
         }
         const size_t second = (first + 1) % 3, third = (first + 2) % 3;
         const uint32_t a = index(g, first), b = index(g, second), e = index(g, third);
@@ -199,7 +200,7 @@ struct Sorter {
         child->faces = node.faces;
         const SortFace& plane = node.faces[chosen];
         for (size_t f = 0; f < node.faces.size(); ++f) {
-            const float facing = dot(node.faces[f].normal, plane.normal);
+            const float facing = inner(node.faces[f].normal, plane.normal);
             const bool faces = isFront ? facing > 0 : facing < 0;
             const bool active =
                 has(isFront ? plane.front : plane.behind, f) || ((has(plane.coplanar, f) || f == chosen) && faces);
@@ -256,7 +257,7 @@ struct Sorter {
                 }
                 const Point3 normal = makeFace(f).normal;
                 if (std::any_of(exclusions.begin(), exclusions.end(),
-                                [&](const Point3& e) { return dot(normal, e) > kExclusion; })) {
+                                [&](const Point3& e) { return inner(normal, e) > kExclusion; })) {
                     continue;
                 }
                 if (!isOpen) outPrimitives.push_back({static_cast<uint32_t>(outIndices.size()), 0, material, 0});
