@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "builder/collision_primitives.h"
 #include "builder/mesh_limits.h"
 #include "builder/passes.h"

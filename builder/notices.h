@@ -3,7 +3,6 @@
 // What the builder tells: the export log's lines, and beside those that an artist should know of, messages.
 
 #include <ostream>
-#include <string>
 #include <string_view>
 
 #include "ground/message.h"

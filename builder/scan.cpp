@@ -1,6 +1,8 @@
 #include "builder/scan.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "builder/tags.h"
 #include "ground/ascii.h"

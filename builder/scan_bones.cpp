@@ -1,4 +1,5 @@
 #include <set>
+#include <utility>
 
 #include "builder/scan.h"
 #include "ground/at.h"

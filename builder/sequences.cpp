@@ -18,7 +18,7 @@ constexpr int64_t kMostKeys = int64_t{1} << 24;
 // Frames to sample, in order: forward, then back for a clip that toggles; at most `most` of them.
 std::vector<float> framesOf(const ClipInfo& clip, int32_t most) {
     std::vector<float> frames;
-    const auto isRoom = [&] { return frames.size() < static_cast<size_t>(most); };
+    const auto isRoom = [&] { return count32(frames) < most; };
     for (int64_t f = truncatedToInt32(clip.start); isRoom() && static_cast<float>(f) <= clip.end; ++f) {
         frames.push_back(static_cast<float>(f));
     }

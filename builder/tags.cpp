@@ -1,6 +1,7 @@
 #include "builder/tags.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <vector>
 

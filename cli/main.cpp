@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <string>
 
 #include "cli/command.h"
 #include "ground/version.h"

@@ -1,9 +1,10 @@
 #include "host/materials.h"
 
-#include <algorithm>
 #include <cmath>
 #include <sstream>
+#include <utility>
 
+#include "ground/at.h"
 #include "host/host_text.h"
 #include "host/scratch_material.h"
 #include "host/tsxapi.h"
@@ -82,6 +83,14 @@ uint32_t blendFlags(float thirdReflectionProp) {
     return flags;
 }
 
+// Whether an entry of the same name has the values that are wanted.
+bool serves(const Shape::Material& entry, const Shape::Material& wanted) {
+    return (wanted.reflectance == -1 || entry.reflectance == wanted.reflectance) && entry.flags == wanted.flags &&
+           entry.bump == wanted.bump && entry.detail == wanted.detail &&
+           std::fabs(entry.detailScale - wanted.detailScale) < kValueTolerance &&
+           std::fabs(entry.reflection - wanted.reflection) < kValueTolerance;
+}
+
 }  // namespace
 
 std::string_view reducedFileName(std::string_view fileName) {
@@ -93,7 +102,7 @@ std::string_view reducedFileName(std::string_view fileName) {
 MaterialConversion::MaterialConversion(std::vector<Shape::Material>& materials, std::ostream& log,
                                        const TextureOptions& options)
     : materials_(materials), log_(log), options_(options) {
-    for (size_t i = 0; i < materials.size(); ++i) byName_[materials[i].name].push_back(static_cast<int32_t>(i));
+    for (int32_t i = 0; i < count32(materials); ++i) byName_[at(materials, i).name].push_back(i);
 }
 
 const MaterialConversion::HostMaterial& MaterialConversion::hostMaterial(const SceneNode& polyhedron,
@@ -122,53 +131,46 @@ uint32_t MaterialConversion::faceMaterial(const SceneNode& polyhedron, int16_t m
     if (!material.logText.empty()) log_ << material.logText << std::flush;
 
     const MaterialInfo& info = material.info;
-    uint32_t flags = 0;
-    int32_t reflectance = -1;
-    float reflection = 0;
+    Shape::Material wanted;
+    wanted.name = info.textureName;
     if (info.mirrorFactor > 0) {
-        reflection = info.mirrorFactor;
+        wanted.reflection = info.mirrorFactor;
         if (!info.envMapName.empty() && info.envMapName != info.textureName) {
-            reflectance = findOrAddMaterial(info.envMapName, Shape::ReflectionMapFlag, -1, -1, -1, 1, 1);
+            Shape::Material map;
+            map.name = info.envMapName;
+            map.flags = Shape::ReflectionMapFlag;
+            map.reflection = 1;
+            wanted.reflectance = findOrAddMaterial(std::move(map));
         }
     } else {
-        flags |= Shape::NeverEnvMap;
+        wanted.flags |= Shape::NeverEnvMap;
     }
-    if (info.ambientFactor > 0) flags |= Shape::SelfIlluminating;
-    if (material.opacity < kOpaqueFrom) flags |= blendFlags(info.thirdReflectionProp);
-
-    return static_cast<uint32_t>(findOrAddMaterial(info.textureName, flags, reflectance, -1, -1, 1, reflection));
+    if (info.ambientFactor > 0) wanted.flags |= Shape::SelfIlluminating;
+    if (material.opacity < kOpaqueFrom) wanted.flags |= blendFlags(info.thirdReflectionProp);
+    return static_cast<uint32_t>(findOrAddMaterial(std::move(wanted)));
 }
 
-bool MaterialConversion::isEntry(int32_t index, uint32_t flags, int32_t reflectance, int32_t bump, int32_t detail,
-                                 float detailScale, float reflection) const {
-    const Shape::Material& entry = materials_[static_cast<size_t>(index)];
-    return (reflectance == -1 || entry.reflectance == reflectance) && entry.flags == flags && entry.bump == bump &&
-           entry.detail == detail && std::fabs(entry.detailScale - detailScale) < kValueTolerance &&
-           std::fabs(entry.reflection - reflection) < kValueTolerance;
-}
-
-int32_t MaterialConversion::findOrAddMaterial(const std::string& name, uint32_t flags, int32_t reflectance,
-                                              int32_t bump, int32_t detail, float detailScale, float reflection) {
-    const bool isMap = (flags & kMapFlags) != 0;
-    const bool isTranslucent = (flags & Shape::Translucent) != 0;
-    if (options_.noMipmap || (options_.noMipmapTrans && isTranslucent)) flags |= Shape::NoMipMap;
+int32_t MaterialConversion::findOrAddMaterial(Shape::Material wanted) {
+    const bool isMap = (wanted.flags & kMapFlags) != 0;
+    const bool isTranslucent = (wanted.flags & Shape::Translucent) != 0;
+    if (options_.noMipmap || (options_.noMipmapTrans && isTranslucent)) wanted.flags |= Shape::NoMipMap;
     // The smaller levels of a cut-out texture bleed its border colour into the edge: that is what the option is for,
     // and opaque textures have no such edge.
-    if (options_.noBlackBorder && isTranslucent) flags |= Shape::MipMapZeroBorder;
+    if (options_.noBlackBorder && isTranslucent) wanted.flags |= Shape::MipMapZeroBorder;
 
-    std::vector<int32_t>& sameName = byName_[name];
+    std::vector<int32_t>& sameName = byName_[wanted.name];
     for (const int32_t index : sameName) {
-        Shape::Material& entry = materials_[static_cast<size_t>(index)];
+        Shape::Material& entry = at(materials_, index);
         if (isMap && (entry.flags & kMapFlags) != 0) {
             entry.flags |= kMapFlags;
             return index;
         }
-        if (isEntry(index, flags, reflectance, bump, detail, detailScale, reflection)) return index;
+        if (serves(entry, wanted)) return index;
     }
 
-    const auto added = static_cast<int32_t>(materials_.size());
-    if (reflectance == -1 && !isMap) reflectance = added;
-    materials_.push_back({name, flags, reflectance, bump, detail, detailScale, reflection});
+    const int32_t added = count32(materials_);
+    if (wanted.reflectance == -1 && !isMap) wanted.reflectance = added;
+    materials_.push_back(std::move(wanted));
     sameName.push_back(added);
     return added;
 }

@@ -47,9 +47,8 @@ public:
     // can't give the face's material. Shader parameters are logged once a face.
     uint32_t faceMaterial(const SceneNode& polyhedron, int16_t materialNumber);
 
-    // Index of the entry with these values, appended when there is none.
-    int32_t findOrAddMaterial(const std::string& name, uint32_t flags, int32_t reflectance, int32_t bump,
-                              int32_t detail, float detailScale, float reflection);
+    // Index of the entry with these values, appended when there is none. A reflectance of -1 is any.
+    int32_t findOrAddMaterial(Shape::Material wanted);
 
 private:
     // A host material as read for the first face that has it.
@@ -61,8 +60,6 @@ private:
     };
 
     const HostMaterial& hostMaterial(const SceneNode& polyhedron, int16_t materialNumber);
-    bool isEntry(int32_t index, uint32_t flags, int32_t reflectance, int32_t bump, int32_t detail, float detailScale,
-                 float reflection) const;
 
     std::vector<Shape::Material>& materials_;
     std::ostream& log_;

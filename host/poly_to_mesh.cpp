@@ -1,5 +1,6 @@
 #include "host/poly_to_mesh.h"
 
+#include "ground/at.h"
 #include "mesh/normal_encoding.h"
 
 // Corners are merged by a hash of vertex and texture coordinate, so that a corner is found without a search through all
@@ -13,8 +14,7 @@ namespace {
 std::vector<int32_t> nodesOfVertices(const PolyInfo& poly, int32_t vertexCount, int32_t defaultNode) {
     std::vector<int32_t> nodes(static_cast<size_t>(vertexCount), defaultNode);
     for (auto influence = poly.influences.rbegin(); influence != poly.influences.rend(); ++influence) {
-        const bool isVertex = influence->vertex >= 0 && influence->vertex < vertexCount;
-        if (isVertex) nodes[static_cast<size_t>(influence->vertex)] = influence->node;
+        if (hasIndex(nodes, influence->vertex)) at(nodes, influence->vertex) = influence->node;
     }
     return nodes;
 }
@@ -39,9 +39,7 @@ struct PolyToMesh::HostPoly {
 PolyToMesh::PolyToMesh(const std::vector<PolyInfo>& polys, bool sorted, int32_t defaultNode,
                        MaterialConversion& materials, std::ostream& log) {
     log << "Preparing to export " << polys.size() << " poly to mesh..." << std::endl;
-    for (size_t i = 0; i < polys.size(); ++i) {
-        addPoly(polys[i], static_cast<int32_t>(i), defaultNode, materials, log);
-    }
+    for (int32_t i = 0; i < count32(polys); ++i) addPoly(at(polys, i), i, defaultNode, materials, log);
 
     if (sorted) {
         type = MeshType::Sorted;
@@ -101,10 +99,10 @@ uint32_t PolyToMesh::cornerVertex(HostPoly& poly, int32_t vertex, int32_t uv) {
 }
 
 void PolyToMesh::addVertex(const HostPoly& poly, int32_t vertex, int32_t uv) {
-    const int32_t node = poly.nodeOfVertex[static_cast<size_t>(vertex)];
+    const int32_t node = at(poly.nodeOfVertex, vertex);
     const auto [slot, isNew] = slotOfNode_.try_emplace(node);
     if (isNew) slot->second = boneSlot(node);
-    vindex.push_back(static_cast<int32_t>(vertexes.size()));
+    vindex.push_back(count32(vertexes));
     vbone.push_back(slot->second);
     vweight.push_back(1);
 

@@ -14,8 +14,8 @@ extern "C" {
 // The plug-in interface version that the plug-in is built for.
 int32_t tsxGetVersion();
 
-// Copies the block of kDataBlockSize bytes that describes the plug-in to the destination and asks the host for its main view window,
-// which will own the panel. The second word is kept; nothing looks at it. Answers 0.
+// Copies the block that describes the plug-in, of kDataBlockSize bytes, to the destination and asks the host for its
+// main view window, which will own the panel. The second word is kept; nothing looks at it. Answers 0.
 //   0: module name, 32 bytes, zero-padded;  32: maker's name, 64 bytes, zero-padded
 //   96: resource number of the icon bitmap, unsigned 16-bit;  98: 1, unsigned 16-bit
 int32_t tsxGetData(void* destination, void* secondWord);
