@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Holds the code to the table of folders in docs/design.md: no include goes against it or around in a circle, its rows
-stand in order, and each header compiles on its own.
+stand in order, each header compiles on its own, and links lead from the README to every page.
 
     check_layout.py COMPILER [LAUNCHER]
 """
@@ -83,6 +83,18 @@ def faults_of_headers(headers, compiler):
         yield from filter(None, pool.map(lambda name: fault_of_header(name, [*compiler, *flags], scratch), headers))
 
 
+def faults_of_pages():
+    reached, found = [TOP / "README.md"], []
+    for page in reached:
+        for link in re.findall(r"\]\(([^)#:]+)\)", page.read_text()):
+            target = (page.parent / link).resolve()
+            if not target.exists():
+                found.append(f"{page.relative_to(TOP)} links to {link}, which is not there")
+            elif target.suffix == ".md" and target not in reached:
+                reached.append(target)
+    return found + [f"docs/{page.name}: no link leads there" for page in (TOP / "docs").glob("*.md") if page not in reached]
+
+
 def main():
     compiler = sys.argv[2:] + sys.argv[1:2]
     names = sources()
@@ -92,7 +104,7 @@ def main():
     # The headers of the stand-in for Windows bear Windows' names; those of the Wine tests want the real ones.
     headers = [name for name in names if name.endswith(".h") and not name.startswith(("standin/windows/include/", "tests/wine/"))]
     faults = [*faults_of_includes(folders, includes), *faults_of_order(folders), *faults_of_circles(includes),
-              *faults_of_headers(headers, compiler)]
+              *faults_of_headers(headers, compiler), *faults_of_pages()]
     for fault in faults:
         print(fault)
     print(f"{len(folders)} folders, {len(names)} files, {len(headers)} headers: {len(faults)} faults")
