@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <windows.h>
 
 #include <cstdio>
@@ -37,6 +38,16 @@ std::string nodeListPath() {
     for (char& c : result) c = c == '\\' ? '/' : c;
 #endif
     return result;
+}
+
+// Reading anything else, such as a FIFO, might never end.
+bool isFile(const std::string& path) {
+#ifdef _WIN32
+    return !path.empty();
+#else
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+#endif
 }
 
 // Text mode, the same on every platform: CR LF is a line end, Ctrl-Z is the end. -1 at the end.
@@ -87,7 +98,7 @@ TsxNode* makeMarkerCube() {
 
 void loadNodeList(HWND panel) {
     const std::string path = nodeListPath();
-    if (path.empty()) return;
+    if (!isFile(path)) return;
     std::ifstream file(path, std::ios::binary);
     if (!file) return;
     SendDlgItemMessageA(panel, IDC_NODE_NAME, WM_SETREDRAW, FALSE, 0);

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <system_error>
 
 // The parser of nlohmann-json reports what it meets, event by event, and keeps no stack of its own but one bit a level.
@@ -34,6 +35,7 @@ public:
     explicit DocumentBuilder(JsonDocument& into) : document(into) {}
 
     std::string error;
+    size_t errorAt = 0;  // the number of bytes read; none for nesting that is too deep
 
     bool null() { return add(JsonValue::Null); }
 
@@ -68,18 +70,14 @@ public:
     bool end_object() { return close(); }
     bool end_array() { return close(); }
 
-    bool parse_error(size_t, const std::string&, const nlohmann::detail::exception& exception) {
+    bool parse_error(size_t at, const std::string&, const nlohmann::detail::exception& exception) {
         // The parser writes "[...] parse error at line L, column C: TEXT", and other errors as "[...] TEXT".
         std::string text = exception.what();
-        const size_t place = text.find(" at line ");
-        const size_t column = text.find(", column ");
-        if (place != std::string::npos && column != std::string::npos) {
-            text = text.substr(place + 9, column - place - 9) + ":" + text.substr(column + 9);
-        } else if (text.find("] ") != std::string::npos) {
-            text.erase(0, text.find("] ") + 2);
-        }
+        text.erase(0, text.find("] ") + 2);
+        if (text.starts_with("parse error at ")) text.erase(0, text.find(": ") + 2);
         if (text.size() > kLongestMessage) text = text.substr(0, kLongestMessage) + "...";
         error = text;
+        errorAt = at;
         return false;
     }
 
@@ -129,6 +127,30 @@ private:
     }
 };
 
+// The number of bytes up to the bracket that opens one level too many.
+size_t tooDeepAt(const std::string& text) {
+    size_t depth = 0;
+    bool isQuoted = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '"') isQuoted = !isQuoted;
+        if (isQuoted) {
+            if (text[i] == '\\') ++i;
+            continue;
+        }
+        if (text[i] == ']' || text[i] == '}') --depth;
+        if ((text[i] == '[' || text[i] == '{') && ++depth > kDeepestNesting) return i + 1;
+    }
+    return text.size();
+}
+
+// "line:column" of the last of so many bytes.
+std::string placeInText(const std::string& text, size_t bytes) {
+    const std::string_view read = std::string_view(text).substr(0, bytes);
+    const size_t lineEnd = read.rfind('\n');
+    const size_t column = lineEnd == std::string_view::npos ? bytes : bytes - lineEnd - 1;
+    return std::to_string(1 + std::count(read.begin(), read.end(), '\n')) + ":" + std::to_string(column);
+}
+
 template <class Float>
 std::string shortestText(Float number) {
     if (!std::isfinite(number)) return "null";
@@ -148,7 +170,7 @@ std::string parseJson(const std::string& text, JsonDocument& into) {
     into.values.reserve(std::min(starts + 1, kMostReserved));
     DocumentBuilder builder(into);
     if (nlohmann::json::sax_parse(text.begin(), text.end(), &builder)) return {};
-    return builder.error;
+    return placeInText(text, builder.errorAt > 0 ? builder.errorAt : tooDeepAt(text)) + ": " + builder.error;
 }
 
 std::string jsonText(const JsonDocument& document, uint32_t index) {

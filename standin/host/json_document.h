@@ -33,7 +33,7 @@ struct JsonDocument {
     const std::string& keyOf(const JsonValue& value) const { return texts[value.key]; }
 };
 
-// Empty on success; else "line:column: what is wrong", or what is wrong where that has no place.
+// Empty on success; else "line:column: what is wrong". Columns are bytes.
 std::string parseJson(const std::string& text, JsonDocument& into);
 
 // The value with the given index as compact JSON text.

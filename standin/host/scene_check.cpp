@@ -170,8 +170,8 @@ void ReferenceChecker::checkAll() {
 
 void checkReferences(const Scene& scene, ScenePlace& place) { ReferenceChecker(scene, place).checkAll(); }
 
-void checkScene(const Scene& scene, ScenePlace& place) {
-    checkValues(scene, place);
+void checkScene(const Scene& scene, ScenePlace& place, std::vector<std::string>& warnings) {
+    checkValues(scene, place, warnings);
     if (place.ok()) checkReferences(scene, place);
 }
 

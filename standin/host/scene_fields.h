@@ -25,6 +25,7 @@ struct FieldRules {
     bool isRequired = false;                 // in a file; other keys are left out where they hold their default
     std::optional<TsxNodeType> onlyOf = {};  // only a record of this type has it
     std::span<const TypeWord> words = {};    // of a type code: the words for the known ones
+    bool isPlace = false;                    // points of the scene, or matrices that lead to them
     WholeBounds whole = {};                  // of a whole number, within what its own type holds
     CountBounds count = {};                  // of a list
 };
@@ -85,8 +86,8 @@ inline constexpr std::tuple kFields<Face>{
 
 template <>
 inline constexpr std::tuple kFields<Polyhedron>{
-    Field{"vertexTransform", &Polyhedron::vertexTransform},
-    Field{"vertices", &Polyhedron::vertices, {.isRequired = true}},
+    Field{"vertexTransform", &Polyhedron::vertexTransform, {.isPlace = true}},
+    Field{"vertices", &Polyhedron::vertices, {.isRequired = true, .isPlace = true}},
     Field{"normals", &Polyhedron::normals},
     Field{"uvs", &Polyhedron::uvs},
     Field{"faces", &Polyhedron::faces},
@@ -105,10 +106,10 @@ inline constexpr std::tuple kFields<Node>{
     Field{"name", &Node::name},
     Field{"id", &Node::id},
     Field{"layer", &Node::layer},
-    Field{"location", &Node::location},
+    Field{"location", &Node::location, {.isPlace = true}},
     Field{"rotation", &Node::rotation},
-    Field{"transform", &Node::transform},
-    Field{"axes", &Node::axes},
+    Field{"transform", &Node::transform, {.isPlace = true}},
+    Field{"axes", &Node::axes, {.isPlace = true}},
     Field{nullptr, &Node::polyhedron, {.onlyOf = TsxPolyhedron}},
     Field{"muscles", &Node::muscles, {.onlyOf = TsxBone}},
     Field{"tendon", &Node::tendon, {.onlyOf = TsxJoint}},
@@ -118,9 +119,9 @@ inline constexpr std::tuple kFields<Node>{
 template <>
 inline constexpr std::tuple kFields<Key>{
     Field{"frame", &Key::frame, {.isRequired = true}},
-    Field{"location", &Key::location},
+    Field{"location", &Key::location, {.isPlace = true}},
     Field{"rotation", &Key::rotation},
-    Field{"transform", &Key::transform},
+    Field{"transform", &Key::transform, {.isPlace = true}},
 };
 
 template <>

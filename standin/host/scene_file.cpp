@@ -189,15 +189,14 @@ LoadResult parseScene(const std::string& text, const std::string& name) {
     JsonDocument document;
     const std::string syntaxError = parseJson(text, document);
     if (!syntaxError.empty()) {
-        const bool hasPlace = syntaxError[0] >= '0' && syntaxError[0] <= '9';
-        result.error = name + (hasPlace ? ":" : ": ") + syntaxError;
+        result.error = name + ":" + syntaxError;
         return result;
     }
 
     ScenePlace place;
     Scene scene;
     SceneReader(document, place).readScene(scene);
-    if (place.ok()) checkScene(scene, place);
+    if (place.ok()) checkScene(scene, place, result.warnings);
     if (place.ok()) {
         result.scene = std::move(scene);
     } else {

@@ -29,6 +29,7 @@ public:
     void fail(const std::string& what);
     void failOutside(double number, WholeBounds bounds);
 
+    std::string path() const;
     bool ok() const { return error_.empty(); }
     const std::string& error() const { return error_; }
 
@@ -40,8 +41,6 @@ private:
 
     std::vector<Part> steps_;
     std::string error_;
-
-    std::string path() const;
 };
 
 }  // namespace marrowfen::standin

@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "standin/host/json_document.h"
 #include "standin/host/scene_check.h"
 #include "standin/host/scene_fields.h"
 
@@ -7,6 +8,9 @@
 
 namespace marrowfen::standin {
 namespace {
+
+// The square of a distance beyond about ten times this is no 32-bit float any more: bounds and radii come out infinite.
+constexpr float kFarthestPlace = 1e18F;
 
 class ValueChecker {
 public:
@@ -19,13 +23,22 @@ public:
         });
     }
 
+    // Empty if every place is near enough.
+    std::string farPlaces() const {
+        return farCount_ > 1 ? firstFar_ + " (" + std::to_string(farCount_) + " such numbers)" : firstFar_;
+    }
+
 private:
     ScenePlace& place_;
+    bool isPlace_ = false;  // what is checked
+    std::string firstFar_;
+    size_t farCount_ = 0;
 
     template <class T>
     void checkField(const T& value, const char* key, const FieldRules& rules) {
         if (key == nullptr) return check(value);
         const ScenePlace::Step step(place_, key);
+        isPlace_ = rules.isPlace;
         checkRules(value, key, rules);
         if (place_.ok()) check(value);
     }
@@ -53,6 +66,9 @@ private:
 
     void check(float number) {
         if (!std::isfinite(number)) place_.fail("a number that isn't finite");
+        if (!isPlace_ || std::abs(number) <= kFarthestPlace || farCount_++ > 0) return;
+        firstFar_ = place_.path() + ": " + numberText(number) + " is beyond " + numberText(kFarthestPlace) +
+                    ", where distances don't fit 32-bit floats";
     }
 
     void check(const std::string& text) {
@@ -96,6 +112,10 @@ private:
 
 }  // namespace
 
-void checkValues(const Scene& scene, ScenePlace& place) { ValueChecker(place).check(scene); }
+void checkValues(const Scene& scene, ScenePlace& place, std::vector<std::string>& warnings) {
+    ValueChecker checker(place);
+    checker.check(scene);
+    if (const std::string far = checker.farPlaces(); !far.empty()) warnings.push_back(far);
+}
 
 }  // namespace marrowfen::standin

@@ -218,7 +218,7 @@ LoadResult unpackResult(const std::string& bytes, const std::string& name) {
     }
     if (!result.scene) return result;
     ScenePlace place;
-    checkScene(*result.scene, place);
+    checkScene(*result.scene, place, result.warnings);
     return place.ok() ? std::move(result) : failed(name, place.error());
 }
 

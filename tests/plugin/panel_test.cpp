@@ -246,7 +246,11 @@ TEST_F(PanelFixture, NodeListPathThatDoesNotFitIsNoList) {
 }
 
 TEST_F(PanelFixture, UnreadableNodeListIsEmpty) {
-    fs::create_directories(folder / "tsx/marrowfen/node_list.txt");
+    const fs::path list = folder / "tsx/marrowfen/node_list.txt";
+    fs::create_directories(list);
+    EXPECT_EQ(listShown(folder.string()), "panel: name \"\", animation off, list []");
+    fs::remove(list);
+    ASSERT_EQ(mkfifo(list.c_str(), 0600), 0);
     EXPECT_EQ(listShown(folder.string()), "panel: name \"\", animation off, list []");
 }
 
