@@ -120,13 +120,14 @@ void Stripper::considerBestOf(FaceQueue& queue, StartFace& best) const {
     if (face != kNone) consider(static_cast<uint32_t>(face), best);
 }
 
-// The faces of hubs aren't all looked at. The best one with no other vertex lately emitted is the one with the most
-// neighbours; one with another is met at that vertex or, if that is a hub too, on the edge between the two.
+// The faces of hubs aren't all looked at. The best one with no other corner lately emitted is the one with the most
+// neighbours; one with another is met at that vertex or, if that is a hub too, on the edge between the two. The other
+// corner may be the hub again: then the edge leads from the hub to itself.
 void Stripper::considerHubs(const std::vector<uint32_t>& hubs, StartFace& best) {
     for (const uint32_t hub : hubs) {
         considerBestOf(facesOfHub(hub), best);
         for (const uint32_t other : hubs) {
-            if (other != hub) adjacency_.visitEdge(hub, other, [&](uint32_t face) { consider(face, best); });
+            adjacency_.visitEdge(hub, other, [&](uint32_t face) { consider(face, best); });
         }
     }
 }

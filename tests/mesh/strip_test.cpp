@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "tests/mesh/varied_meshes.h"
 #include "tests/plain/plain_strip.h"
@@ -112,6 +113,29 @@ TEST(Strip, SameAsThePlainMethod) {
             fast.strip();
             plain::strip(plain);
             ASSERT_EQ(listing(fast), listing(plain)) << "seed " << seed;
+            failures += fast.hasError() ? 1 : 0;
+        }
+    }
+    EXPECT_GT(failures, 0) << "degenerate faces should have met an error at times";
+}
+
+// Around a vertex with more edges than are looked at one by one, with triangles that name it several times. The number
+// of rounds can be raised from outside.
+TEST(Strip, DegenerateFacesAtHubsSameAsThePlainMethod) {
+    const char* rounds = std::getenv("MARROWFEN_STRIP_ROUNDS");
+    int failures = 0;
+    for (uint32_t seed = 0; seed < (rounds == nullptr ? 300U : static_cast<uint32_t>(std::atoi(rounds))); ++seed) {
+        std::mt19937 random(seed);
+        const uint32_t size = 30 + makers::pick(random, 61), degenerates = 1 + makers::pick(random, 4);
+        const Mesh meshes[] = {makers::fan(size, true), makers::fan(size, false), makers::book(size),
+                               makers::soup(2 * size, 3 + makers::pick(random, 20), seed, seed % 2 == 0)};
+        for (const Mesh& mesh : meshes) {
+            Mesh fast = makers::withDegenerates(mesh, makers::pick(random, 2), degenerates, seed);
+            if (seed % 3 == 0) fast = makers::shuffled(fast, seed);
+            Mesh plain = fast;
+            fast.strip();
+            plain::strip(plain);
+            ASSERT_EQ(listing(fast), listing(plain)) << "seed " << seed << ", mesh " << &mesh - meshes;
             failures += fast.hasError() ? 1 : 0;
         }
     }

@@ -140,6 +140,25 @@ inline Mesh soup(uint32_t triangleCount, uint32_t pointCount, uint32_t seed, boo
     return fromTriangles(points, triangles);
 }
 
+// The mesh with degenerate triangles put in at random places: each names the hub and mostly itself again.
+inline Mesh withDegenerates(Mesh mesh, uint32_t hub, uint32_t count, uint32_t seed) {
+    std::mt19937 random(seed);
+    const auto vertexCount = static_cast<uint32_t>(mesh.vertexes.size());
+    std::vector<Triangle> triangles;
+    for (const Primitive& p : mesh.primitives) {
+        const uint32_t* v = &mesh.indices[p.firstElement];
+        triangles.push_back({v[0], v[1], v[2]});
+    }
+    for (uint32_t i = 0; i < count; ++i) {
+        Triangle t{hub, hub, hub};
+        for (uint32_t corner = pick(random, 3), others = pick(random, 6) / 2; others > 0; --others) {
+            t[(corner + others) % 3] = pick(random, vertexCount);
+        }
+        triangles.insert(triangles.begin() + pick(random, static_cast<uint32_t>(triangles.size() + 1)), t);
+    }
+    return fromTriangles(mesh.vertexes, triangles);
+}
+
 // Moves every vertex by up to amount on each axis.
 inline Mesh noisy(Mesh mesh, float amount, uint32_t seed) {
     std::mt19937 random(seed);
