@@ -22,7 +22,7 @@ std::ostream& operator<<(std::ostream& out, const Box& box) { return out << box.
 
 // Without the blanks that the dump has inside.
 template <size_t Count>
-std::string flagWords(uint32_t flags, const FlagWord (&words)[Count]) {
+std::string bracedWords(uint32_t flags, const FlagWord (&words)[Count]) {
     const std::string text = flagsText(flags, words);
     return text == "( )" ? "{}" : "{" + text.substr(2, text.size() - 4) + "}";
 }
@@ -92,7 +92,7 @@ private:
             out_ << '\n';
             return;
         }
-        out_ << ' ' << flagWords(m.flags, kMeshFlagWords) << " frames " << m.numFrames << " parent " << m.parent
+        out_ << ' ' << bracedWords(m.flags, kMeshFlagWords) << " frames " << m.numFrames << " parent " << m.parent
              << " bounds " << m.bounds << " center " << m.center << " radius " << m.radius << '\n';
         for (size_t v = 0; v < m.vertexes.size(); ++v) {
             out_ << "    " << v << ": " << m.vertexes[v] << " uv (" << m.texturevertexes[v].x << ' '
@@ -135,7 +135,7 @@ private:
     void materials() {
         for (size_t i = 0; i < shape_.materials.size(); ++i) {
             const Shape::Material& m = shape_.materials[i];
-            out_ << i << " \"" << m.name << "\" " << flagWords(m.flags, kMaterialFlagWords) << " reflectance "
+            out_ << i << " \"" << m.name << "\" " << bracedWords(m.flags, kMaterialFlagWords) << " reflectance "
                  << m.reflectance << " bump " << m.bump << " detail " << m.detail << " detailScale " << m.detailScale
                  << " reflection " << m.reflection << '\n';
         }
@@ -143,7 +143,7 @@ private:
 
     void sequences() {
         for (const Shape::Sequence& s : shape_.sequences) {
-            out_ << quoted(s.nameIndex) << ' ' << flagWords(s.flags, kSequenceFlagWords) << " keys " << s.numKeyFrames
+            out_ << quoted(s.nameIndex) << ' ' << bracedWords(s.flags, kSequenceFlagWords) << " keys " << s.numKeyFrames
                  << " duration " << s.duration << " priority " << s.priority << " base " << s.baseRotation << ' '
                  << s.baseTranslation << " matters " << s.rotationMatters.size() << ' ' << s.translationMatters.size()
                  << '\n';
