@@ -9,13 +9,13 @@
 #include <cstdio>
 #include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "cli/command.h"
 #include "cli/export_report.h"
 #include "cli/output_folder.h"
 #include "cli/plugin_session.h"
 #include "ground/ascii.h"
+#include "ground/whole_file.h"
 #include "plugin/resources/resource.h"
 
 namespace marrowfen::cli {
@@ -92,13 +92,6 @@ private:
     std::string lastMessage_;  // of any kind
 };
 
-std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return std::move(content).str();
-}
-
 // Presses the button. messages: what the exporter told.
 Outcome pressExport(standin::Scene scene, const ExportOptions& options, ExportUser& user,
                     std::vector<Message>& messages) {
@@ -115,7 +108,7 @@ Outcome pressExport(standin::Scene scene, const ExportOptions& options, ExportUs
 
 Outcome deliverRefusal(const OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
                        const Session& session) {
-    if (!readFile(folder.log()).ends_with("Error: " + user.error())) {
+    if (!readWholeFile(folder.log()).ends_with("Error: " + user.error())) {
         return {UnwritableOutput, options.output + ".log: incomplete: " + folder.writeFault()};
     }
     if (const Outcome delivered = folder.deliverLog(); !delivered.good()) session.warning(delivered.error);
@@ -125,7 +118,7 @@ Outcome deliverRefusal(const OutputFolder& folder, const ExportOptions& options,
 // The exporter doesn't look at the results of its writes, so the files themselves have to tell: the log by its last
 // line, the output by being readable to its end, as the shape that it gives. Empty when both are whole.
 std::string findIncomplete(const OutputFolder& folder, bool isSequences, Shape& shape) {
-    if (!readFile(folder.log()).ends_with("Export Complete\r\n")) return "incomplete log: " + folder.writeFault();
+    if (!readWholeFile(folder.log()).ends_with("Export Complete\r\n")) return "incomplete log: " + folder.writeFault();
     std::ifstream file(folder.file(), std::ios::binary);
     std::string surplus;
     if (isSequences) {

@@ -13,6 +13,7 @@
 namespace marrowfen {
 
 inline constexpr uint32_t kFormatVersion = 24;  // of DTS and DSQ files
+inline constexpr uint32_t kOldestVersion = 19;  // of DTS files that can be read
 
 struct BlockWriter {
     ByteWriter words, halves, bytes;

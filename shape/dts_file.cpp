@@ -15,7 +15,6 @@ namespace marrowfen {
 
 namespace {
 
-constexpr uint32_t kOldestVersion = 19;
 constexpr uint8_t kMaterialListVersion = 1;
 constexpr size_t kLongestMaterialName = 255;     // its length is one byte
 constexpr size_t kSmallestMaterial = 1 + 6 * 4;  // bytes: the length of its name and six columns
@@ -118,7 +117,8 @@ void exchangePoses(Blocks& file, const Layout& layout, const Counts& counts, Any
     file.checkpoint();
 }
 
-void exchangeMeshes(BlockWriter& file, int32_t, const std::vector<Mesh>& meshes) {
+void exchangeMeshes(BlockWriter& file, [[maybe_unused]] int32_t count, const std::vector<Mesh>& meshes) {
+    assert(count == count32(meshes));
     for (const Mesh& mesh : meshes) mesh.writeMeshBlock(file);
     file.checkpoint();
 }
@@ -235,6 +235,7 @@ void readFile(const std::string& file, const Layout& layout, Shape& shape, ReadF
     exchangeSequences(rest, layout.version, shape.sequences);
     exchangeMaterials(rest, shape.materials);
     surplus = surplusText(blocks, rest);
+    assert(!fault.none() || (count32(shape.meshes) == counts.meshes && count32(shape.names) == counts.names));
 }
 
 // Before version 22 there are no scale tables, and files with and without their mark are both imaginable. The reading

@@ -58,11 +58,12 @@ void checkPrimitives(const Shape& shape, const Mesh& mesh, size_t i, ProblemList
 }
 
 void checkWeights(const Mesh& mesh, size_t i, ProblemList& list) {
+    assert(mesh.vbone.size() == mesh.vindex.size() && mesh.vweight.size() == mesh.vindex.size());
     if (mesh.vertexes.empty()) return;
     if (mesh.vindex.empty()) return list.odd("skin without weights", [&] { return place("mesh", i); });
     std::vector<float> sums(mesh.vertexes.size());
     for (size_t w = 0; w < mesh.vindex.size(); ++w) {
-        if (hasIndex(sums, mesh.vindex[w])) sums[static_cast<size_t>(mesh.vindex[w])] += mesh.vweight[w];
+        if (hasIndex(sums, mesh.vindex[w])) at(sums, mesh.vindex[w]) += mesh.vweight[w];
     }
     if (!all(sums, [](float sum) { return std::fabs(sum - 1) <= kWeightTolerance; })) {
         list.odd("skin with vertices whose weights don't add up to 1", [&] { return place("mesh", i); });
@@ -70,6 +71,7 @@ void checkWeights(const Mesh& mesh, size_t i, ProblemList& list) {
 }
 
 void checkSkin(const Shape& shape, const Mesh& mesh, size_t i, ProblemList& list) {
+    assert(mesh.initialTransforms.size() == mesh.nodeIndex.size());
     if (!all(mesh.nodeIndex, [&](int32_t node) { return hasIndex(shape.nodes, node); })) {
         list.broken("skin with a bone that isn't there", [&] { return place("mesh", i); });
     }
@@ -101,6 +103,7 @@ bool hasCircle(const std::vector<Cluster>& clusters) {
             if (--predecessors[next] == 0) free.push_back(next);
         });
     }
+    assert(taken == free.size() && taken <= clusters.size());
     return taken < clusters.size();
 }
 

@@ -31,6 +31,7 @@ private:
     void add(const char* what, bool isBroken, Where where) {
         ShapeProblem& problem = find(what, isBroken);
         if (++problem.count <= kShown) problem.where.push_back(where());
+        assert(problem.broken == isBroken && !problem.where.empty());
     }
 
     ShapeProblem& find(const char* what, bool isBroken) {
@@ -46,13 +47,15 @@ inline std::string place(const char* record, size_t i) { return std::string(reco
 
 template <class Value>
 std::string place(const char* record, size_t i, const char* field, Value value) {
-    char text[32];
+    constexpr size_t kLongestNumber = 32;
+    char text[kLongestNumber];
     std::to_chars_result end{};
     if constexpr (std::is_floating_point_v<Value>) {
         end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6);
     } else {
         end = std::to_chars(text, text + sizeof text, value);
     }
+    assert(end.ec == std::errc());
     return place(record, i) + " (" + field + " " + std::string(text, end.ptr) + ")";
 }
 

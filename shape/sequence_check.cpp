@@ -19,6 +19,7 @@ bool isSetOf(const IndexSet& set, const Table& table) {
 template <class Bad>
 void forEachBadBlock(const Shape& shape, const Shape::Sequence& s, Bad bad) {
     const int64_t keys = s.numKeyFrames;
+    assert(keys > 0);
     const auto block = [&](int32_t base, const IndexSet& members, const auto& table, const char* name) {
         const auto count = static_cast<int64_t>(members.count());
         if (count > 0 && !isRange(base, count * keys, table)) bad(name);

@@ -55,6 +55,7 @@ uint32_t readFlagBytes(ByteReader& bytes) {
 
 template <class Bytes, class AnySequence>
 void exchangeFields(Bytes& bytes, const Layout& layout, AnySequence& s) {
+    assert(kOldestVersion <= layout.version && layout.version <= kFormatVersion);
     if (layout.hasFlagWord()) bytes.value(s.flags);
     bytes.values(s.numKeyFrames, s.duration);
     if constexpr (std::is_same_v<Bytes, ByteReader>) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ground/ascii.h"
+#include "ground/at.h"
 
 namespace marrowfen {
 
@@ -19,13 +20,17 @@ int32_t Shape::findOrAddName(const std::string& name) {
 }
 
 Shape::Pose Shape::nodeWorldTransform(int32_t node) const {
-    std::vector<size_t> chain;
-    for (int32_t n = node; n >= 0; n = nodes[static_cast<size_t>(n)].parent) chain.push_back(static_cast<size_t>(n));
+    assert(nodeDefRotations.size() == nodes.size() && nodeDefTranslations.size() == nodes.size());
+    std::vector<int32_t> chain;
+    for (int32_t n = node; n >= 0; n = at(nodes, n).parent) {
+        assert(chain.size() < nodes.size());  // else the parents run in a circle
+        chain.push_back(n);
+    }
 
     Pose pose;
     for (auto n = chain.rbegin(); n != chain.rend(); ++n) {
-        pose.translation = pose.translation + rotate(pose.rotation, nodeDefTranslations[*n]);
-        pose.rotation = nodeDefRotations[*n] * pose.rotation;
+        pose.translation = pose.translation + rotate(pose.rotation, at(nodeDefTranslations, *n));
+        pose.rotation = at(nodeDefRotations, *n) * pose.rotation;
     }
     return pose;
 }
@@ -38,7 +43,7 @@ void forEachPlacedMesh(const Shape& shape, Visit visit) {
     for (const Shape::Object& object : shape.objects) {
         const Shape::Pose pose = shape.nodeWorldTransform(object.node);
         for (int32_t i = 0; i < object.numMeshes; ++i) {
-            visit(shape.meshes[static_cast<size_t>(object.firstMesh + i)], pose);
+            visit(at(shape.meshes, object.firstMesh + i), pose);
         }
     }
 }

@@ -42,6 +42,7 @@ void checkCycles(const std::vector<Shape::Node>& nodes, ProblemList& list) {
 }
 
 void checkNodes(const Shape& shape, ProblemList& list) {
+    assert(shape.nodeDefTranslations.size() == shape.nodes.size());
     checkNames(shape, "node", shape.nodes, list);
     for (size_t i = 0; i < shape.nodes.size(); ++i) {
         const Shape::Node& node = shape.nodes[i];

@@ -1,3 +1,6 @@
+#include <cassert>
+
+#include "ground/at.h"
 #include "mesh/normal_encoding.h"
 #include "shape/shape.h"
 
@@ -11,7 +14,7 @@ void Shape::sortMesh(Mesh& mesh) {
         return;
     }
 
-    mesh.vertsPerFrame = static_cast<int32_t>(mesh.vertexes.size());
+    mesh.vertsPerFrame = count32(mesh.vertexes);
     std::vector<int32_t> groups(mesh.vertexes.size(), 1);
     std::vector<int32_t> remap;
     collapseVertices(mesh, groups, remap);
@@ -21,6 +24,7 @@ void Shape::sortMesh(Mesh& mesh) {
     mesh.encodedNormals.clear();
     mesh.encodedNormals.reserve(mesh.normals.size());
     for (const Point3& normal : mesh.normals) mesh.encodedNormals.push_back(encodeNormal(normal));
+    assert(hasError() || mesh.encodedNormals.size() == mesh.vertexes.size());
 }
 
 }  // namespace marrowfen

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <numeric>
 
@@ -24,6 +25,7 @@ struct Merges {
     // The vertex that stands for this one by now. Numbers past the vertices stay what they are.
     uint32_t resolve(uint32_t vertex) {
         while (vertex < target.size() && target[vertex] != vertex) {
+            assert(target[vertex] < vertex);
             target[vertex] = target[target[vertex]];  // halves the way for the next search
             vertex = target[vertex];
         }
@@ -47,6 +49,7 @@ bool sameTexture(const Mesh& mesh, size_t a, size_t b) {
 bool matchesInLaterFrames(const Mesh& mesh, size_t a, size_t b) {
     if (mesh.numFrames == 1 || mesh.matFrames == 1) return true;
     const auto perFrame = static_cast<size_t>(mesh.vertsPerFrame);
+    assert(a < perFrame && b < perFrame);
     for (size_t start = perFrame; start < mesh.vertexes.size(); start += perFrame) {
         if (!samePosition(mesh, start + a, start + b)) return false;
     }
@@ -80,6 +83,7 @@ Grid::Coordinates coordinatesOf(const Mesh& mesh, size_t vertex) {
 
 Merges findMerges(const Mesh& mesh, const std::vector<int32_t>& groups) {
     const auto vertexCount = static_cast<uint32_t>(mesh.vertsPerFrame);
+    assert(groups.size() == vertexCount);
     Grid grid(vertexCount);
     for (size_t i = 0; i < vertexCount; ++i) grid.add(coordinatesOf(mesh, i), static_cast<uint32_t>(groups[i]));
 
@@ -97,9 +101,12 @@ Merges findMerges(const Mesh& mesh, const std::vector<int32_t>& groups) {
             best = j;
             return false;
         });
+        assert(best <= i);
         merges.target[i] = best;
         if (best != i) --merges.survivors;
     }
+    assert(grid.size() == 0);
+    assert(vertexCount == 0 || merges.survivors > 0);
     return merges;
 }
 
@@ -110,6 +117,7 @@ std::vector<int32_t> newNumbers(const Merges& merges) {
     for (size_t i = 0; i < numbers.size(); ++i) {
         numbers[i] = merges.survives(i) ? next++ : numbers[merges.target[i]];
     }
+    assert(next == static_cast<int32_t>(merges.survivors));
     return numbers;
 }
 
@@ -123,11 +131,14 @@ void renumber(std::vector<uint32_t>& list, const std::vector<int32_t>& numbers, 
 // Keeps the entries of survivors, in every frame that the table holds.
 template <class T>
 void closeUp(std::vector<T>& table, const Merges& merges) {
+    assert(table.size() % merges.target.size() == 0);
+    [[maybe_unused]] const size_t frames = table.size() / merges.target.size();
     size_t kept = 0;
     for (size_t i = 0, vertex = 0; i < table.size(); ++i) {
         if (merges.survives(vertex)) table[kept++] = table[i];
         if (++vertex == merges.target.size()) vertex = 0;
     }
+    assert(kept == frames * merges.survivors);
     table.resize(kept);
 }
 
@@ -164,6 +175,7 @@ void Shape::collapseVertices(Mesh& mesh, std::vector<int32_t>& groups, std::vect
 
     const Merges merges = findMerges(mesh, groups);
     remap = newNumbers(merges);
+    assert(remap.size() == groups.size());
 
     // Renumber what points at vertices.
     const uint32_t merged = static_cast<uint32_t>(remap.size()) - merges.survivors;
@@ -179,6 +191,7 @@ void Shape::collapseVertices(Mesh& mesh, std::vector<int32_t>& groups, std::vect
         if (!mesh.mindices.empty()) closeUp(mesh.mindices, merges);
         mesh.vertsPerFrame = static_cast<int32_t>(merges.survivors);
     }
+    assert(hasFittingVertexCount(mesh, groups.size()) && hasFittingTextureTable(mesh));
 
     computeNormals(mesh.primitives, mesh.indices, mesh.vertexes, mesh.normals, groups, mesh.vertsPerFrame,
                    mesh.numFrames, mesh.mindices);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -35,6 +36,7 @@ public:
     }
 
     void add(const Coordinates& at, uint32_t salt = 0) {
+        assert(items_.size() < kNone);
         Item item{at, kNone, kNone, salt};
         if (isFinite(at)) {
             item.bucket = bucketOf(at, salt);
@@ -45,10 +47,14 @@ public:
     }
 
     void removeLast() {
+        assert(!items_.empty());
         const Item& last = items_.back();
+        assert(last.bucket == kNone || first_[last.bucket] == items_.size() - 1);
         if (last.bucket != kNone) first_[last.bucket] = last.next;
         items_.pop_back();
     }
+
+    size_t size() const { return items_.size(); }
 
     static constexpr size_t kNotFound = SIZE_MAX;
 
@@ -135,6 +141,7 @@ private:
             const auto end = buckets.begin() + static_cast<std::ptrdiff_t>(count);
             if (std::find(buckets.begin(), end, bucket) == end) buckets[count++] = bucket;
         }
+        assert(1 <= count && count <= cells && cells <= buckets.size());
         return {buckets.data(), count};
     }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 #include "shape/shape.h"
@@ -41,7 +42,10 @@ struct Input {
     size_t perFrame;
 
     // Vertices of later frames have the group of the same vertex in the first one.
-    int32_t groupOf(size_t vertex) const { return groups[vertex % perFrame]; }
+    int32_t groupOf(size_t vertex) const {
+        assert(vertex < vertexes.size() && groups.size() == perFrame);
+        return groups[vertex % perFrame];
+    }
 };
 
 Grid::Coordinates coordinatesOf(const Point3& p) { return {p.x, p.y, p.z}; }
@@ -56,6 +60,7 @@ void addVertex(Sites& sites, const Point3& position, int32_t group, uint32_t sal
         sites.own.add(at, static_cast<uint32_t>(group));
         sites.near.add(at, salt);
     }
+    assert(site < sites.sites.size() && sites.own.size() == sites.sites.size());
     sites.siteOf.push_back(site);
 }
 
@@ -73,6 +78,7 @@ bool sharesGroup(int32_t a, int32_t b) { return (a & b) != 0 || a == b; }
 Point3 normalizedWhereLongEnough(const Point3& v) { return squaredLength(v) > kLeastSquaredLength ? normalized(v) : v; }
 
 void addTriangle(Sites& sites, const Input& in, const uint32_t* corners, size_t frameStart) {
+    assert(corners[0] < in.perFrame && corners[1] < in.perFrame && corners[2] < in.perFrame);
     const auto position = [&](size_t corner) { return in.vertexes[frameStart + corners[corner]]; };
     const Point3 p0 = position(0);
     const Point3 e1 = normalizedWhereLongEnough(position(2) - p0);
@@ -107,6 +113,7 @@ const char* addTriangles(Sites& sites, const Input& in, size_t frameStart) {
 
 // Sums of one frame's triangles per vertex.
 const char* sumFrame(const Input& in, size_t frameStart, std::vector<Point3>& normals, std::vector<int32_t>& counts) {
+    assert(frameStart + in.perFrame <= in.vertexes.size());
     Sites sites(in.perFrame);
     for (size_t i = 0; i < in.perFrame; ++i) addVertex(sites, in.vertexes[frameStart + i], in.groups[i], 0);
 
@@ -122,6 +129,7 @@ const char* sumFrame(const Input& in, size_t frameStart, std::vector<Point3>& no
 // Gives each vertex without a normal that of the first vertex of all frames that has one, at the same position and, if
 // asked for, with the same group. Those given early serve the later ones.
 void borrowNormals(const Input& in, bool ofSameGroup, std::vector<Point3>& normals, std::vector<int32_t>& counts) {
+    assert(normals.size() == in.vertexes.size() && counts.size() == in.vertexes.size());
     if (std::find(counts.begin(), counts.end(), 0) == counts.end()) return;
 
     Sites sites(in.vertexes.size());
@@ -139,6 +147,7 @@ void borrowNormals(const Input& in, bool ofSameGroup, std::vector<Point3>& norma
         visitSitesAt(sites, in.vertexes[i], static_cast<uint32_t>(groupOf(i)),
                      [&](const Site& site) { source = std::min(source, site.source); });
         if (source == SIZE_MAX) continue;
+        assert(counts[source] > 0);
         normals[i] = normals[source];
         counts[i] = 1;
         Site& site = sites.sites[sites.siteOf[i]];

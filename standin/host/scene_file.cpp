@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "ground/whole_file.h"
 #include "standin/host/json_reader.h"
 #include "standin/host/scene_check.h"
 #include "standin/host/scene_fields.h"
@@ -168,18 +169,11 @@ std::string readFile(const std::string& path, std::string& error) {
         return {};
     }
 
-    // In blocks, since the size of a pipe or device isn't known before.
     std::string text;
-    std::vector<char> block(size_t{1} << 20);
-    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount() > 0) {
-        text.append(block.data(), static_cast<size_t>(file.gcount()));
-        if (text.size() > kLargestFile) {
-            error = "is larger than 256 MiB";
-            return {};
-        }
-    }
-    if (file.bad()) error = "can't be read to its end";
-    return text;
+    const WholeRead read = readWhole(file, kLargestFile, text);
+    if (read == WholeRead::Failed) error = "can't be read to its end";
+    if (read == WholeRead::TooLarge) error = "is larger than 256 MiB";
+    return error.empty() ? text : std::string();
 }
 
 }  // namespace

@@ -132,7 +132,16 @@ TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
         {[](Shape& s) { s.meshes[2].indices[0] = 3; }, "broken vertex index that is out of range: mesh 2"},
         {[](Shape& s) { s.meshes[0].nodeIndex = {2}; }, "broken skin with a bone that isn't there: mesh 0"},
         {[](Shape& s) { s.meshes[0].vbone[0] = 1; }, "broken weight of a vertex or bone that isn't there: mesh 0"},
-        {[](Shape& s) { s.meshes[0].vindex.clear(); }, "odd skin without weights: mesh 0"},
+        {[](Shape& s) {
+             s.meshes[0].vindex.clear();
+             s.meshes[0].vbone.clear();
+             s.meshes[0].vweight.clear();
+         },
+         "odd skin without weights: mesh 0"},
+        {[](Shape& s) {
+             s.meshes[2].primitives.assign(17'000'000, {0, 3, Primitive::Indexed});
+         },
+         "odd more triangles than can be counted: shape"},
         {[](Shape& s) { s.meshes[0].vweight[1] = 0.5F; },
          "odd skin with vertices whose weights don't add up to 1: mesh 0"},
         {[](Shape& s) { s.meshes[1].clusters[1].endPrimitive = 2; },
