@@ -92,16 +92,6 @@ TEST(TextDump, EveryRecordPrintsAsTheReviewedTextSays) {
     EXPECT_EQ(dumpOf(everyRecord()), expected.str());
 }
 
-TEST(TextDump, EmptyShapePrintsEverySectionEmpty) {
-    const std::string text = dumpOf(Shape());
-    for (const char* section :
-         {"nodes", "nodeScalesArbitrarys", "groundRotations", "meshes", "names", "sequences", "materials"}) {
-        EXPECT_NE(text.find("\n\t" + std::string(section) + "\n\t{\n\t}\n"), std::string::npos) << section;
-    }
-    EXPECT_EQ(text.substr(0, 28), "shape\n{\n\tnumNodes = 0\n\tnumOb");
-    EXPECT_EQ(text.substr(text.size() - 6), "\n\t}\n}\n");
-}
-
 TEST(MeshDump, OddTypesAndFlags) {
     Mesh mesh(MeshType{7});
     mesh.primitives = {{0, 0, 0xD0000000}, {0, 0, 0x20000001}, {0, 0, 0xFFFFFFFF}};

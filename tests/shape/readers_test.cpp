@@ -72,16 +72,6 @@ TEST(Readers, WhatWasReadWritesTheSameBytes) {
     }
 }
 
-TEST(Readers, TablesComeBackAsTheyWere) {
-    Shape shape = RandomShape(7).make();
-    shape.nodeDefRotations.assign(shape.nodes.size(), {});
-    shape.nodeRotations = {{1, 0, 0, 0}};
-    shape.nodeScaleRotsArbitrary.assign(shape.nodeScalesArbitrary.size(), {});
-    shape.groundRotations.assign(shape.groundTranslations.size(), {});
-    EXPECT_EQ(dumpOf(readDts(dts(shape))), dumpOf(shape));
-    EXPECT_EQ(readDsq(dsq(forDsq(shape))).nodeRotations[0].x, 1.0F);
-}
-
 // No cut and no changed word of a file is more than a fault: the sanitizers see what happens.
 TEST(Readers, DamagedFilesAreFaultsOrOtherShapes) {
     const Shape shape = RandomShape(11).make();
