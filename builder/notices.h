@@ -10,13 +10,36 @@
 namespace marrowfen {
 
 inline constexpr MessageKind kUnknownTag = {"UNKNOWN_TAG", Severity::Warning, "unknown tags"};
+inline constexpr MessageKind kTagOfOtherRole = {"TAG_OF_OTHER_ROLE", Severity::Warning,
+                                                "tags that do nothing where they stand"};
+inline constexpr MessageKind kTagValue = {"TAG_VALUE", Severity::Warning, "tag values that aren't whole numbers"};
+inline constexpr MessageKind kNearRole = {"NEAR_ROLE", Severity::Warning, "layers read as detail levels"};
 inline constexpr MessageKind kLayerDropped = {"LAYER_DROPPED", Severity::Warning, "layers without polyhedra, left out"};
 inline constexpr MessageKind kNodeOnNoLayer = {"NODE_ON_NO_LAYER", Severity::Warning, "on no layer, left out"};
+inline constexpr MessageKind kNeverShows = {"NEVER_SHOWS", Severity::Warning, "layers that never show"};
+inline constexpr MessageKind kSortWithAutoLod = {"SORT_WITH_AUTOLOD", Severity::Warning,
+                                                 "sort and autolod don't go together"};
+inline constexpr MessageKind kNormalsNotTurned = {
+    "NORMALS_NOT_TURNED", Severity::Warning,
+    "layers on a turned bone, whose vertices are turned and whose normals aren't"};
+inline constexpr MessageKind kSortedAreaLost = {"SORTED_AREA_LOST", Severity::Warning,
+                                                "sorted layers that lose some of their faces' area"};
+inline constexpr MessageKind kSeveralBones = {"SEVERAL_BONES", Severity::Warning,
+                                              "vertices held by several bones follow the first"};
+inline constexpr MessageKind kSharedName = {"SHARED_NAME", Severity::Warning, "nodes that share a name"};
+inline constexpr MessageKind kEmptyCollision = {"EMPTY_COLLISION", Severity::Warning,
+                                                "collision shapes around nothing"};
+inline constexpr MessageKind kNoTexture = {"NO_TEXTURE", Severity::Warning,
+                                           "faces without a texture, for which an engine looks for the file"};
+inline constexpr MessageKind kFrameRate = {"FRAME_RATE", Severity::Warning, "frame rates that were replaced"};
+inline constexpr MessageKind kClipSkipped = {"CLIP_SKIPPED", Severity::Warning, "clips that were skipped"};
 inline constexpr MessageKind kClipLeftOut = {"CLIP_LEFT_OUT", Severity::Warning, "animations that aren't in the file"};
 
 // All kinds, in the order in which a person wants to read them.
-inline constexpr const MessageKind* kExportMessageKinds[] = {&kUnknownTag, &kLayerDropped, &kNodeOnNoLayer,
-                                                             &kClipLeftOut};
+inline constexpr const MessageKind* kExportMessageKinds[] = {
+    &kUnknownTag,     &kTagOfOtherRole,  &kTagValue,         &kNearRole,       &kLayerDropped, &kNodeOnNoLayer,
+    &kNeverShows,     &kSortWithAutoLod, &kNormalsNotTurned, &kSortedAreaLost, &kSeveralBones, &kSharedName,
+    &kEmptyCollision, &kNoTexture,       &kFrameRate,        &kClipSkipped,    &kClipLeftOut};
 
 // The export log and the listener to messages, both borrowed.
 class Notices {

@@ -1,6 +1,7 @@
 #include "shape/drawn_triangles.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 #include "ground/at.h"
@@ -129,6 +130,25 @@ int64_t countTriangles(const Mesh& mesh) {
     int64_t count = 0;
     forEachDrawn(mesh, [&](int32_t, const Triangle&) { ++count; });
     return count;
+}
+
+double drawnArea(const Mesh& mesh) {
+    std::set<std::pair<int32_t, std::array<std::array<float, 3>, 3>>> seen;
+    double area = 0;
+    forEachDrawn(mesh, [&](int32_t material, const Triangle& t) {
+        std::array<std::array<float, 3>, 3> corners;
+        for (size_t c = 0; c < 3; ++c) {
+            const Point3& p = at(mesh.vertexes, t[c]);
+            corners[c] = {p.x, p.y, p.z};
+        }
+        const auto edge = [&](size_t c, size_t axis) { return double{corners[c][axis]} - corners[0][axis]; };
+        const double x = edge(1, 1) * edge(2, 2) - edge(1, 2) * edge(2, 1);
+        const double y = edge(1, 2) * edge(2, 0) - edge(1, 0) * edge(2, 2);
+        const double z = edge(1, 0) * edge(2, 1) - edge(1, 1) * edge(2, 0);
+        std::rotate(corners.begin(), std::min_element(corners.begin(), corners.end()), corners.end());
+        if (seen.emplace(material, corners).second) area += std::sqrt(x * x + y * y + z * z) / 2;
+    });
+    return area;
 }
 
 uint64_t stepsToDraw(const Mesh& mesh) {

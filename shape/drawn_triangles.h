@@ -26,6 +26,9 @@ std::vector<TriangleRun> trianglesOf(const Mesh& mesh);
 // How many those are.
 int64_t countTriangles(const Mesh& mesh);
 
+// The area of those triangles; where several of one material have the same corners, it counts once.
+double drawnArea(const Mesh& mesh);
+
 // Elements and primitives that the two functions step over. Drawing runs and clusters may overlap, so that a small file
 // can ask for any number.
 uint64_t stepsToDraw(const Mesh& mesh);

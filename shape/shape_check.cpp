@@ -125,7 +125,6 @@ void checkSubShapes(const Shape& shape, ProblemList& list) {
 // Levels are tried in their order: one shows from its size up to where an earlier one takes over.
 void checkDetailLevels(const Shape& shape, ProblemList& list) {
     checkNames(shape, "detail level", shape.detailLevels, list);
-    float taken = INFINITY;
     for (size_t i = 0; i < shape.detailLevels.size(); ++i) {
         const Shape::DetailLevel& level = shape.detailLevels[i];
         if (!hasIndex(shape.subshapes, level.subshape)) {
@@ -134,12 +133,10 @@ void checkDetailLevels(const Shape& shape, ProblemList& list) {
         } else if (i < kLevelsLookedInto && !drawsAnything(shape, level)) {
             list.odd("detail level without faces", [&] { return place("detail level", i); });
         }
-        if (levelKind(shape, level) != LevelKind::Visible) continue;
-        if (!(level.size >= 0 && level.size < taken)) {
-            list.odd("detail level that can never show", [&] { return place("detail level", i, "size", level.size); });
-        } else {
-            taken = level.size;
-        }
+    }
+    for (const size_t i : levelsThatNeverShow(shape)) {
+        list.odd("detail level that can never show",
+                 [&] { return place("detail level", i, "size", shape.detailLevels[i].size); });
     }
     if (shape.smallestDetailLevel < 0 || shape.smallestDetailLevel > static_cast<int64_t>(shape.detailLevels.size())) {
         list.odd("smallest detail level that isn't there", [&] { return std::to_string(shape.smallestDetailLevel); });

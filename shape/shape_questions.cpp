@@ -1,6 +1,7 @@
 #include "shape/shape_questions.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "ground/ascii.h"
 #include "ground/at.h"
@@ -40,6 +41,21 @@ bool drawsAnything(const Shape& shape, const Shape::DetailLevel& level) {
     const std::vector<LevelMesh> meshes = meshesOf(shape, level);
     return std::any_of(meshes.begin(), meshes.end(),
                        [&](const LevelMesh& part) { return !at(shape.meshes, part.mesh).primitives.empty(); });
+}
+
+std::vector<size_t> levelsThatNeverShow(const Shape& shape) {
+    std::vector<size_t> hidden;
+    float taken = INFINITY;
+    for (size_t i = 0; i < shape.detailLevels.size(); ++i) {
+        const Shape::DetailLevel& level = shape.detailLevels[i];
+        if (levelKind(shape, level) != LevelKind::Visible) continue;
+        if (level.size >= 0 && level.size < taken) {
+            taken = level.size;
+        } else {
+            hidden.push_back(i);
+        }
+    }
+    return hidden;
 }
 
 bool drawsWithoutEnd(const Shape& shape) {

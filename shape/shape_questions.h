@@ -27,6 +27,10 @@ std::vector<LevelMesh> meshesOf(const Shape& shape, const Shape::DetailLevel& le
 // Whether an object has a mesh with faces for the level.
 bool drawsAnything(const Shape& shape, const Shape::DetailLevel& level);
 
+// The visible levels that no size on the screen shows, by their index: levels are tried in their order, and one shows
+// from its size up to where an earlier one takes over.
+std::vector<size_t> levelsThatNeverShow(const Shape& shape);
+
 // Whether the shape draws more elements than any model has. Drawing runs may overlap, so that a small file can ask for
 // any number of triangles.
 bool drawsWithoutEnd(const Shape& shape);
