@@ -1,9 +1,12 @@
 #include <algorithm>
+#include <cstdio>
 
 #include "builder/mesh_limits.h"
 #include "builder/passes.h"
 #include "ground/at.h"
 #include "host/poly_to_mesh.h"
+#include "shape/drawn_triangles.h"
+#include "shape/shape_questions.h"
 
 namespace marrowfen {
 
@@ -14,21 +17,46 @@ class ObjectPass {
 public:
     ObjectPass(const std::vector<LayerInfo>& detailLayers, MaterialConversion& materials, Shape& shape,
                Notices& notices)
-        : detailLayers_(detailLayers), materials_(materials), shape_(shape), log_(notices.log()) {}
+        : detailLayers_(detailLayers), materials_(materials), shape_(shape), notices_(notices), log_(notices.log()) {}
 
     void run();
 
 private:
     void createMesh(size_t level);
     void convertLayer(size_t level);
-    void moveToNodeSpace(Mesh& mesh, size_t level);
+    void moveToNodeSpace(Mesh& mesh, const LayerInfo& layer);
+    void tellLostArea(const LayerInfo& layer, double given, double drawn);
+    void tellUselessLayers();
 
     const std::vector<LayerInfo>& detailLayers_;
     MaterialConversion& materials_;
     Shape& shape_;
+    Notices& notices_;
     std::ostream& log_;
     Mesh mostDetailed_;  // of the first layer, moved but neither sorted nor stripped: what autolod layers start from
 };
+
+// Turns that shade a mesh visibly wrong when its normals don't take part: from one degree on.
+constexpr float kVisibleTurnSquaredSine = 7.6e-5F;  // of half a degree
+
+bool isVisibleTurn(const Quaternion& q) { return q.x * q.x + q.y * q.y + q.z * q.z > kVisibleTurnSquaredSine; }
+
+// Whether the layer's mesh hangs on one node at the most and is drawn as it stands.
+bool isStandard(const LayerInfo& layer, int32_t root) {
+    return !layer.sort && nodesBoundTo(layer.polys, root).size() <= 1;
+}
+
+// The node that the object hangs on. A Standard mesh on a single bone goes into that bone's space, which makes it
+// follow the bone; Skin and Sorted meshes stay in shape space, and a node other than "Root" would place them twice.
+// A layer with a copy of the most detailed mesh is what that one is.
+int32_t objectNode(const std::vector<LayerInfo>& layers, int32_t root) {
+    const bool allStandard = std::all_of(layers.begin(), layers.end(), [root](const LayerInfo& layer) {
+        return layer.autoLod || isStandard(layer, root);
+    });
+    if (!allStandard) return root;
+    const std::set<int32_t> nodes = nodesBoundTo(layers.front().polys, root);
+    return nodes.empty() ? root : *nodes.begin();
+}
 
 bool anyAutoLod(const std::vector<LayerInfo>& layers) {
     return std::any_of(layers.begin(), layers.end(), [](const LayerInfo& layer) { return layer.autoLod; });
@@ -40,7 +68,7 @@ void ObjectPass::run() {
     object.name = shape_.findOrAddName("ShapeObject");
     object.numMeshes = count32(detailLayers_);
     object.firstMesh = count32(shape_.meshes);
-    object.node = count32(shape_.nodes) - 1;
+    object.node = objectNode(detailLayers_, count32(shape_.nodes) - 1);
     shape_.objects.push_back(object);
 
     for (size_t level = 0; level < detailLayers_.size(); ++level) {
@@ -55,7 +83,23 @@ void ObjectPass::run() {
         addDetailLevel("Detail" + std::to_string(layer.size), static_cast<float>(layer.size), shape_);
         log_ << "End detail layer for layer " << title << "\n" << std::endl;
     }
+    tellUselessLayers();
     log_ << "End object creation\n" << std::endl;
+}
+
+// Layers that no engine shows, and tags that spoil each other.
+void ObjectPass::tellUselessLayers() {
+    for (const size_t level : levelsThatNeverShow(shape_)) {
+        const LayerInfo& layer = at(detailLayers_, level);
+        const std::string why = layer.size < 0 ? "has no size" : "is hidden by one of its size";
+        notices_.tell({&kNeverShows, Message::Place::Layer, layer.name, layer.name + " " + why});
+    }
+    for (const LayerInfo& layer : detailLayers_) {
+        if (!layer.autoLod || !(layer.sort || detailLayers_.front().sort)) continue;
+        const std::string why =
+            layer.sort ? " is a copy and isn't sorted" : " is a copy of a sorted layer, and unsorted";
+        notices_.tell({&kSortWithAutoLod, Message::Place::Layer, layer.name, layer.name + why});
+    }
 }
 
 // Appends the layer's mesh to shape_.meshes. An error of the mesh becomes the shape's.
@@ -86,24 +130,36 @@ void ObjectPass::convertLayer(size_t level) {
     if (mesh.hasError()) return;
 
     mesh.flags |= layer.meshFlags;
-    moveToNodeSpace(mesh, level);
+    moveToNodeSpace(mesh, layer);
     if (level == 0 && anyAutoLod(detailLayers_)) mostDetailed_ = mesh;
     if (mesh.type == MeshType::Sorted) {
         log_ << "Sorting mesh..." << std::endl;
+        const double given = drawnArea(mesh);
         shape_.sortMesh(mesh);
+        tellLostArea(layer, given, drawnArea(mesh));
     }
 }
 
+// Faces are cut where they cross the plane of another one; far from the origin 32-bit floats place the cuts so badly
+// that slivers are lost.
+void ObjectPass::tellLostArea(const LayerInfo& layer, double given, double drawn) {
+    constexpr double kShareThatShows = 0.001;
+    const double share = given > 0 ? (given - drawn) / given : 0;
+    if (!(share > kShareThatShows)) return;
+    char percent[16];
+    std::snprintf(percent, sizeof percent, "%.1f", share * 100);
+    notices_.tell({&kSortedAreaLost, Message::Place::Layer, layer.name, layer.name + " (" + percent + " %)"});
+}
+
 // A Standard mesh goes into the space of the object's node, a Skin mesh learns the pose of its bones.
-void ObjectPass::moveToNodeSpace(Mesh& mesh, size_t level) {
-    Shape::Object& object = shape_.objects.front();
-    if (mesh.type == MeshType::Standard) {
-        // The most detailed mesh decides: the object of a mesh that hangs on a single bone hangs there too.
-        if (level == 0 && !mesh.nodeIndex.empty()) object.node = mesh.nodeIndex.front();
-        if (mesh.nodeIndex.empty()) return;
-        const Shape::Pose pose = shape_.nodeWorldTransform(object.node);
+void ObjectPass::moveToNodeSpace(Mesh& mesh, const LayerInfo& layer) {
+    if (mesh.type == MeshType::Standard && !mesh.nodeIndex.empty()) {
+        const Shape::Pose pose = shape_.nodeWorldTransform(shape_.objects.front().node);
         mesh.translate(-pose.translation);
         mesh.rotate(inverse(pose.rotation));
+        if (isVisibleTurn(pose.rotation)) {
+            notices_.tell({&kNormalsNotTurned, Message::Place::Layer, layer.name, layer.name});
+        }
     } else if (mesh.type == MeshType::Skin) {
         for (size_t slot = 0; slot < mesh.nodeIndex.size(); ++slot) {
             const Shape::Pose pose = shape_.nodeWorldTransform(mesh.nodeIndex[slot]);

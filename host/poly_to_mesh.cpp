@@ -21,6 +21,20 @@ std::vector<int32_t> nodesOfVertices(const PolyInfo& poly, int32_t vertexCount, 
 
 }  // namespace
 
+std::set<int32_t> nodesBoundTo(const std::vector<PolyInfo>& polys, int32_t defaultNode) {
+    std::set<int32_t> nodes;
+    for (const PolyInfo& poly : polys) {
+        const std::vector<int32_t> nodeOfVertex = nodesOfVertices(poly, poly.node.vertexCount(), defaultNode);
+        for (const HostFace& face : facesOf(poly.node)) {
+            for (int16_t c = 0; c < face.cornerCount(); ++c) {
+                const int32_t vertex = face.corner(c).vertex;
+                if (hasIndex(nodeOfVertex, vertex)) nodes.insert(at(nodeOfVertex, vertex));
+            }
+        }
+    }
+    return nodes;
+}
+
 // One polyhedron on its way into the mesh, and the corners of it that are mesh vertices already.
 struct PolyToMesh::HostPoly {
     HostPoly(const PolyInfo& info, int32_t positionInLayer, int32_t defaultNode)

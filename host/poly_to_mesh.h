@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <ostream>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -24,6 +25,9 @@ struct PolyInfo {
     std::vector<VertexInfluence> influences;  // in recording order; the first one of a vertex binds it
     std::string name;
 };
+
+// The nodes that the vertices of the polyhedra's faces hang on. defaultNode: that of vertices without an influence.
+std::set<int32_t> nodesBoundTo(const std::vector<PolyInfo>& polys, int32_t defaultNode);
 
 // Some polyhedra as one mesh, in scene space: triangulated by the host, corners with equal vertex and texture
 // coordinate merged, every face a primitive of its own, every vertex bound to one shape node.

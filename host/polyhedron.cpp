@@ -71,6 +71,14 @@ HostFace::Corner HostFace::corner(int16_t number) const {
 
 int16_t HostFace::material() const { return record_ == nullptr ? 0 : readAt<int16_t>(record_, TsxFaceMaterial); }
 
+std::vector<HostFace> facesOf(const SceneNode& polyhedron) {
+    const int count = tsxPolyhGetNbrFaces(polyhedron.handle());
+    void** records = tsxPolyhGetFaceptrArray(polyhedron.handle());
+    std::vector<HostFace> faces;
+    for (int f = 0; records != nullptr && f < count; ++f) faces.emplace_back(records[f]);
+    return faces;
+}
+
 TriangulatedCopy::TriangulatedCopy(const SceneNode& polyhedron, const std::string& name)
     : node_(tsxMNodeGetTriangulatedPolyhedron(polyhedron.handle())) {
     if (!node_) {

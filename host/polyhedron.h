@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ground/math.h"
 #include "host/scene_node.h"
@@ -48,6 +49,9 @@ public:
 private:
     const char* record_;
 };
+
+// The faces of a polyhedron as the artist made them.
+std::vector<HostFace> facesOf(const SceneNode& polyhedron);
 
 // The host's copy of a polyhedron whose faces are all triangles. Numbers of vertices, faces and texture coordinates
 // are the host's.
