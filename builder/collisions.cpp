@@ -46,7 +46,7 @@ constexpr Words kLosCollision = {"Begin los collisions",
 class CollisionPass {
 public:
     CollisionPass(const Words& words, const std::vector<LayerInfo>& layers, Shape& shape, Notices& notices)
-        : words_(words), layers_(layers), shape_(shape), log_(notices.log()) {}
+        : words_(words), layers_(layers), shape_(shape), notices_(notices), log_(notices.log()) {}
 
     void run(MaterialConversion& materials);
 
@@ -58,6 +58,7 @@ private:
     const Words& words_;
     const std::vector<LayerInfo>& layers_;
     Shape& shape_;
+    Notices& notices_;
     std::ostream& log_;
 };
 
@@ -68,6 +69,9 @@ void CollisionPass::run(MaterialConversion& materials) {
     if (!layers_.empty()) log_ << words_.typeText << static_cast<int>(type) << std::endl;
 
     if (type == CollisionType::BoxCollision || type == CollisionType::CylinderCollision) {
+        if (shape_.bounds.min.x > shape_.bounds.max.x) {
+            notices_.tell({&kEmptyCollision, Message::Place::Layer, layers_.back().name, layers_.back().name});
+        }
         addPrimitive(type);
     } else if (type == CollisionType::MeshCollision) {
         addLayers(materials);

@@ -15,6 +15,16 @@ void addNode(const std::string& name, int32_t parent, const Shape::Pose& pose, S
     shape.nodeDefTranslations.push_back(pose.translation);
 }
 
+// An engine finds a node by its name, so that only one of those that share it can be found.
+void tellSharedNames(const Shape& shape, Notices& notices) {
+    std::vector<int32_t> nodesOfName(shape.names.size());
+    for (const Shape::Node& node : shape.nodes) {
+        if (++at(nodesOfName, node.name) != 2) continue;
+        const std::string& name = at(shape.names, node.name);
+        notices.tell({&kSharedName, Message::Place::Node, name, name});
+    }
+}
+
 }  // namespace
 
 void createNodes(const std::vector<BoneInfo>& bones, const std::vector<MarkerInfo>& markers, Shape& shape,
@@ -31,6 +41,7 @@ void createNodes(const std::vector<BoneInfo>& bones, const std::vector<MarkerInf
         addNode(marker.name, -1, markerPose(marker), shape);
     }
     addNode("Root", -1, {}, shape);
+    tellSharedNames(shape, notices);
     log << "End nodes & bone" << std::endl << std::endl;
 }
 

@@ -7,6 +7,7 @@
 #include "builder/tags.h"
 #include "ground/ascii.h"
 #include "ground/at.h"
+#include "ground/near_word.h"
 #include "host/layers.h"
 
 // Layers by slot, nodes onto their layers, layers into roles by their names; then clips, bones and markers.
@@ -128,6 +129,20 @@ std::string boundsError(const LayerInfo& layer, const SceneScan& scan) {
     return isCube ? "" : "Bounds object can only be a cube.";
 }
 
+// A detail layer of whose name one or two letters are missing, too many or wrong for another role.
+void tellNearRole(const LayerInfo& layer, Notices& notices) {
+    constexpr size_t kMostChanges = 2;
+    constexpr size_t kShortWord = 6;  // where two changes make another word
+    const auto end = std::find_if(layer.name.begin(), layer.name.end(),
+                                  [](char c) { return lowerCase(c) < 'a' || lowerCase(c) > 'z'; });
+    const std::string word(layer.name.begin(), end);
+    const size_t mostChanges = word.size() <= kShortWord ? 1 : kMostChanges;
+    const std::string_view role = nearWord(word, {"collision", "loscollision", "bounds", "nodes"}, mostChanges);
+    if (role.empty()) return;
+    notices.tell(
+        {&kNearRole, Message::Place::Layer, layer.name, layer.name + " (did you mean \"" + std::string(role) + "\"?)"});
+}
+
 LayerRole LayerScan::categorizeLayer(LayerInfo& layer, SceneScan& scan) {
     const std::string& name = layer.name;
     const bool isCollision = beginsWithIgnoringCase(name, "collision");
@@ -144,8 +159,12 @@ LayerRole LayerScan::categorizeLayer(LayerInfo& layer, SceneScan& scan) {
         parseBoundsTags(name, scan.textureOptions, notices_);
         return LayerRole::Bounds;
     }
-    if (beginsWithIgnoringCase(name, "nodes")) return LayerRole::Nodes;
+    if (beginsWithIgnoringCase(name, "nodes")) {
+        tellTagsOfNodesLayer(name, notices_);
+        return LayerRole::Nodes;
+    }
     parseDetailTags(layer, notices_);
+    tellNearRole(layer, notices_);
     return layer.polys.empty() && !layer.autoLod ? LayerRole::Unused : LayerRole::Detail;
 }
 

@@ -33,7 +33,8 @@ ClipInfo readClip(const SceneClips& clips, const std::string& text, Notices& not
     // No duration is infinite or negative.
     if (clip.fps <= 0) {
         const int32_t usable = hostFps > 0 ? hostFps : kDefaultFps;
-        log << "  Frame rate " << clip.fps << " isn't positive, using " << usable << std::endl;
+        const std::string fault = std::to_string(clip.fps) + " isn't positive, using " + std::to_string(usable);
+        notices.tell("  Frame rate " + fault, {&kFrameRate, Message::Place::Clip, clip.name, clip.name + ": " + fault});
         clip.fps = usable;
     }
     return clip;

@@ -33,13 +33,12 @@ std::vector<float> framesOf(const ClipInfo& clip, int32_t most) {
 bool hasFrames(const ClipInfo& clip) { return truncatedToInt32(clip.length) >= 1 && !framesOf(clip, 1).empty(); }
 
 // Why the shape can't hold the clip's keys, before any memory is taken for them; empty when it can.
-std::string keyLimitError(const ClipInfo& clip, const Shape& shape) {
+std::string keyLimitFault(const ClipInfo& clip, const Shape& shape) {
     const int32_t keyFrames = truncatedToInt32(clip.length);
     const auto held = static_cast<int64_t>(shape.nodeTranslations.size());
     if (held + static_cast<int64_t>(shape.nodes.size()) * keyFrames <= kMostKeys) return {};
-    return "Clip " + clip.name + " has " + std::to_string(keyFrames) + " keyframes for each of " +
-           std::to_string(shape.nodes.size()) + " nodes; an export holds at most " + std::to_string(kMostKeys) +
-           " keys.";
+    return "has " + std::to_string(keyFrames) + " keyframes for each of " + std::to_string(shape.nodes.size()) +
+           " nodes, an export holds at most " + std::to_string(kMostKeys) + " keys";
 }
 
 class ClipExport {
@@ -122,12 +121,12 @@ void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>
     hostClips.disableAll();
     ClipExport sequences(bones, markers, shape);
     for (const ClipInfo& clip : clips) {
-        if (!hasFrames(clip)) {
-            log << "  Clip " << clip.name << " has no frames, skipping it" << std::endl;
+        const std::string fault = hasFrames(clip) ? keyLimitFault(clip, shape) : "has no frames";
+        if (!fault.empty()) {
+            notices.tell("  Clip " + clip.name + " " + fault + ", skipping it",
+                         {&kClipSkipped, Message::Place::Clip, clip.name, clip.name + " " + fault});
             continue;
         }
-        shape.setError(keyLimitError(clip, shape));
-        if (shape.hasError()) break;
         hostClips.enable(clip.name);
         sequences.addSequence(clip);
         hostClips.disable(clip.name);
@@ -135,7 +134,7 @@ void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>
     for (const ClipInfo& clip : clips) {
         if (clip.enabled) hostClips.enable(clip.name);
     }
-    if (!shape.hasError()) log << "End export clips" << std::endl << std::endl;
+    log << "End export clips" << std::endl << std::endl;
 }
 
 }  // namespace marrowfen

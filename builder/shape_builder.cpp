@@ -1,5 +1,7 @@
 #include "builder/shape_builder.h"
 
+#include <algorithm>
+
 #include "builder/passes.h"
 #include "builder/scan.h"
 #include "ground/at.h"
@@ -26,6 +28,12 @@ void createSubShape(Shape& shape) {
     shape.objectStates.resize(shape.objects.size());
 }
 
+void tellFacesWithoutTexture(const Shape& shape, Notices& notices) {
+    const bool hasAny = std::any_of(shape.materials.begin(), shape.materials.end(),
+                                    [](const Shape::Material& material) { return material.name == kNoTextureName; });
+    if (hasAny) notices.tell({&kNoTexture, Message::Place::Scene, "", kNoTextureName});
+}
+
 // The box around the object where it stands in the scene.
 void takeBoundsOf(const SceneNode& object, Shape& shape) {
     const PlacedVertices vertices(object, object.name());
@@ -48,6 +56,7 @@ void createGeometry(const SceneScan& scan, Shape& shape, Notices& notices) {
     createLosCollisionMeshes(scan.losCollisionLayers, materials, shape, notices);
     if (shape.hasError()) return;
     createSubShape(shape);
+    tellFacesWithoutTexture(shape, notices);
 
     if (scan.boundsObject) {
         takeBoundsOf(scan.boundsObject, shape);

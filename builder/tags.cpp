@@ -69,16 +69,41 @@ constexpr Tag<ClipInfo> kClipTags[] = {
     {{"priority=", "  Found priority tag: ", "Priority = "}, [](ClipInfo& c, int32_t value) { c.priority = value; }},
 };
 
+// The tags of one role, and where they may stand.
+struct RoleTags {
+    const char* owners;
+    std::vector<std::string_view> words;
+};
+
+template <class Record, size_t Count>
+RoleTags roleTags(const char* owners, const Tag<Record> (&tags)[Count]) {
+    RoleTags role{owners, {}};
+    for (const Tag<Record>& tag : tags) role.words.push_back(tag.word.text);
+    return role;
+}
+
+const std::vector<RoleTags>& rolesOfTags() {
+    static const std::vector<RoleTags> roles = {
+        roleTags("detail layers", kDetailTags), roleTags("collision layers", kCollisionTags),
+        roleTags("the bounds layer", kBoundsTags), roleTags("clips", kClipTags)};
+    return roles;
+}
+
+// Where a tag that is unknown in its place may stand; null for one that is unknown everywhere.
+const char* ownersOf(std::string_view tag) {
+    for (const RoleTags& role : rolesOfTags()) {
+        for (const std::string_view word : role.words) {
+            const bool takesValue = word.ends_with('=');
+            if (takesValue ? beginsWithIgnoringCase(tag, word) : equalIgnoringCase(tag, word)) return role.owners;
+        }
+    }
+    return nullptr;
+}
+
 // The words of all tags, of whatever role.
 std::vector<std::string_view> knownWords() {
     std::vector<std::string_view> words;
-    const auto add = [&](const auto& tags) {
-        for (const auto& tag : tags) words.push_back(tag.word.text);
-    };
-    add(kDetailTags);
-    add(kCollisionTags);
-    add(kBoundsTags);
-    add(kClipTags);
+    for (const RoleTags& role : rolesOfTags()) words.insert(words.end(), role.words.begin(), role.words.end());
     return words;
 }
 
@@ -124,14 +149,27 @@ struct Owner {
     const std::string& name;  // without tags for a clip
 };
 
+// The message about a tag that its owner's role doesn't know.
+Message uselessTag(std::string_view tag, const Owner& owner) {
+    const char* owners = ownersOf(tag);
+    if (owners == nullptr) return {&kUnknownTag, owner.place, owner.name, quotedWithGuess(tag)};
+    return {&kTagOfOtherRole, owner.place, owner.name,
+            "\"" + std::string(tag) + "\" in " + owner.name + " is for " + owners};
+}
+
+bool isWholeNumber(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+    if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 template <class Record, size_t Count>
 void applyTag(std::string_view text, const Tag<Record> (&tags)[Count], Record& record, const Owner& owner,
               Notices& notices) {
     const auto* const tag =
         std::find_if(std::begin(tags), std::end(tags), [&](const Tag<Record>& row) { return row.word.matches(text); });
     if (tag == std::end(tags)) {
-        notices.tell("  Unknown tag: " + std::string(text),
-                     {&kUnknownTag, owner.place, owner.name, quotedWithGuess(text)});
+        notices.tell("  Unknown tag: " + std::string(text), uselessTag(text, owner));
         return;
     }
     std::ostream& log = notices.log();
@@ -143,6 +181,12 @@ void applyTag(std::string_view text, const Tag<Record> (&tags)[Count], Record& r
         const int32_t value = decimalValue(valueText);
         tag->take(record, value);
         log << tag->word.valueLabel << value;
+        if (!isWholeNumber(valueText)) {
+            notices.tell({&kTagValue, owner.place, owner.name,
+                          "\"" + std::string(text) + "\" is read as " + std::to_string(value)});
+        }
+    } else {
+        notices.tell({&kTagValue, owner.place, owner.name, "\"" + std::string(text) + "\" has none"});
     }
     log << std::endl;
 }
@@ -180,6 +224,12 @@ void parseCollisionTags(LayerInfo& layer, Notices& notices) {
 
 void parseBoundsTags(const std::string& layerName, TextureOptions& options, Notices& notices) {
     parseTags(layerName, kBoundsTags, options, {Message::Place::Layer, layerName}, notices);
+}
+
+void tellTagsOfNodesLayer(const std::string& layerName, Notices& notices) {
+    for (const std::string_view tag : tagsOf(layerName)) {
+        if (ownersOf(tag) != nullptr) notices.tell(uselessTag(tag, {Message::Place::Layer, layerName}));
+    }
 }
 
 void parseClipTags(ClipInfo& clip, Notices& notices) {

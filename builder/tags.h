@@ -14,6 +14,8 @@ namespace marrowfen {
 void parseDetailTags(LayerInfo& layer, Notices& notices);
 void parseCollisionTags(LayerInfo& layer, Notices& notices);
 void parseBoundsTags(const std::string& layerName, TextureOptions& options, Notices& notices);
+// Nothing reads the tags of a nodes layer: says so of those that would work elsewhere.
+void tellTagsOfNodesLayer(const std::string& layerName, Notices& notices);
 void parseClipTags(ClipInfo& clip, Notices& notices);
 
 // The text before the first ':', or the whole text.

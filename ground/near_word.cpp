@@ -10,8 +10,6 @@ namespace marrowfen {
 
 namespace {
 
-constexpr size_t kMostChanges = 3;
-
 // Letters to add, drop or change to make one word of the other, row by row of the table of all beginnings.
 size_t editDistance(std::string_view a, std::string_view b) {
     std::vector<size_t> row(b.size() + 1);
@@ -29,9 +27,9 @@ size_t editDistance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string_view nearWord(std::string_view word, const std::vector<std::string_view>& candidates) {
+std::string_view nearWord(std::string_view word, const std::vector<std::string_view>& candidates, size_t mostChanges) {
     std::string_view nearest;
-    size_t fewest = std::min(kMostChanges, word.size() / 2) + 1;
+    size_t fewest = std::min(mostChanges, word.size() / 2) + 1;
     for (const std::string_view candidate : candidates) {
         // So many letters more or less can't be few changes, however long the word.
         if (std::max(word.size(), candidate.size()) - std::min(word.size(), candidate.size()) >= fewest) continue;

@@ -46,7 +46,7 @@ void readShaderParameter(TsxShaderInfo* shader, int index, MaterialInfo& info, s
     } else if (type == TsxFloatParameter) {
         log << name << ": " << number << std::endl;
     } else if (type == TsxFlagParameter) {
-        log << name << ": " << static_cast<int>(flag) << std::endl;
+        log << name << ": " << (flag != 0 ? 1 : 0) << std::endl;
     } else if (type == TsxTextParameter) {
         log << name << ": " << text << std::endl;
     }
@@ -67,7 +67,7 @@ void readEnvironmentShader(TsxMaterial* material, MaterialInfo& info, std::ostre
 void readMaterialInfo(TsxMaterial* material, MaterialInfo& info, std::ostream& log) {
     char fileName[kTextureNameSize] = {};
     tsxMaterialGetTextureFilename(material, fileName, sizeof fileName);
-    info.textureName = reducedFileName(fileName[0] != 0 ? fileName : "Unnamed");
+    info.textureName = reducedFileName(fileName[0] != 0 ? fileName : kNoTextureName);
 
     float first = 0, second = 0, fourth = 0;
     tsxMaterialGetReflectionProps(material, &first, &second, &info.thirdReflectionProp, &fourth);

@@ -21,6 +21,9 @@ struct TextureOptions {
     bool noBlackBorder = false;
 };
 
+// The texture name of a material without a texture.
+inline constexpr const char* kNoTextureName = "Unnamed";
+
 // What is read from one host material.
 struct MaterialInfo {
     float ambientFactor = 0;        // of an environment-map shader
