@@ -12,7 +12,7 @@ namespace marrowfen::cli {
 
 namespace {
 
-constexpr size_t kLongestName = 63;  // that the panel hands on
+constexpr size_t kLongestNodeName = 63;  // that the panel hands on
 
 struct AddNodeOptions {
     std::string scene;
@@ -37,8 +37,9 @@ std::string checkSceneName(const std::string& path) {
 
 std::string checkNodeName(const std::string& name) {
     if (name.empty()) return "a node needs a name";
-    if (name.size() <= kLongestName) return {};
-    return "the name has " + std::to_string(name.size()) + " bytes; the panel takes " + std::to_string(kLongestName);
+    if (name.size() <= kLongestNodeName) return {};
+    return "the name has " + std::to_string(name.size()) + " bytes; the panel takes " +
+           std::to_string(kLongestNodeName);
 }
 
 Outcome runAddNode(const AddNodeOptions& options, const Session& session) {

@@ -18,9 +18,8 @@ namespace marrowfen {
 
 namespace {
 
-constexpr uint32_t kNone = CollapseFinder::kNone;
+constexpr uint32_t kNowhere = CollapseFinder::kNone;
 constexpr float kLoneVertexCost = -0.01F;  // below every collapse: a vertex without neighbours goes first
-constexpr uint32_t kTriangleBits = Primitive::TypeMask | Primitive::Indexed;
 
 bool hasRepeats(const Corners& c) { return c[0] == c[1] || c[1] == c[2] || c[2] == c[0]; }
 
@@ -60,7 +59,7 @@ private:
     int32_t faceCount_;
     ListPool neighbors_;             // per vertex: vertices that share a face with it, each once
     ListPool facesOf_;               // per vertex
-    std::vector<uint32_t> targets_;  // per vertex: where its cheapest collapse goes, kNone for nowhere
+    std::vector<uint32_t> targets_;  // per vertex: where its cheapest collapse goes, kNowhere for nowhere
     CostTree costs_;                 // per vertex
     CollapseFinder finder_;
     std::vector<uint32_t> touched_;  // neighbours of the vertex that collapses
@@ -77,7 +76,7 @@ Decimator::Decimator(const Mesh& mesh)
       faceCount_(static_cast<int32_t>(mesh.primitives.size())),
       neighbors_(mesh.vertexes.size()),
       facesOf_(mesh.vertexes.size()),
-      targets_(mesh.vertexes.size(), kNone),
+      targets_(mesh.vertexes.size(), kNowhere),
       costs_(mesh.vertexes.size()),
       finder_(positions_, corners_, normals_) {
     for (uint32_t f = 0; f < corners_.size(); ++f) {
@@ -144,7 +143,7 @@ void Decimator::partUnlessSharingFace(uint32_t a, uint32_t b) {
 // be: in flat regions most vertices never come up as the cheapest.
 void Decimator::touch(uint32_t vertex) {
     if (neighbors_[vertex].empty()) {
-        targets_[vertex] = kNone;
+        targets_[vertex] = kNowhere;
         costs_.set(vertex, kLoneVertexCost);
         isTouched_[vertex] = 0;
     } else if (costs_.lowestCost() > 0) {
@@ -170,7 +169,7 @@ uint32_t Decimator::findCheapest() {
 
 void Decimator::collapse(uint32_t from, uint32_t onto) {
     touched_.assign(neighbors_[from].begin(), neighbors_[from].end());
-    if (onto != kNone) {
+    if (onto != kNowhere) {
         destroyCommonFaces(from, onto);
         moveFaces(from, onto);
     }
@@ -221,7 +220,7 @@ void Decimator::moveFaces(uint32_t from, uint32_t onto) {
 // The vertex is known to those that were its neighbours and, for a while, to the one onto which it went.
 void Decimator::destroyVertex(uint32_t vertex, uint32_t onto) {
     for (const uint32_t v : touched_) neighbors_.remove(v, vertex);
-    if (onto != kNone) neighbors_.remove(onto, vertex);
+    if (onto != kNowhere) neighbors_.remove(onto, vertex);
     neighbors_.clear(vertex);
     vertexIsGone_[vertex] = 1;
     isTouched_[vertex] = 0;
@@ -254,12 +253,12 @@ bool hasItsVertices(const Primitive& p, const Mesh& mesh) {
     return std::max({v[0], v[1], v[2]}) < mesh.vertexes.size();
 }
 
-std::string refusal(const Mesh& mesh) {
+std::string whyNotDecimated(const Mesh& mesh) {
     for (const Primitive& p : mesh.primitives) {
         if (p.material == Primitive::NegativeMaterial) {
             return "Negative material index found while decimating, cannot continue";
         }
-        if ((p.material & kTriangleBits) != Primitive::Indexed || p.numElements != 3) {
+        if (!p.isIndexedTriangle()) {
             return "Object must be made of triangles to decimate.";
         }
         if (!hasItsVertices(p, mesh)) return "A triangle to decimate lies outside the index or vertex list.";
@@ -273,7 +272,7 @@ std::string refusal(const Mesh& mesh) {
 // stays; more faces than asked for can be left then.
 void Mesh::decimate(int32_t percent) {
     if (primitives.empty() || indices.empty()) return;
-    if (const std::string text = refusal(*this); !text.empty()) {
+    if (const std::string text = whyNotDecimated(*this); !text.empty()) {
         setError(text);
         return;
     }

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kMaxDepth = 2;  // the root has depth 0
 
-constexpr uint32_t kNone = FaceBlocks::kNone;
+constexpr uint32_t kNoFace = FaceBlocks::kNone;
 
 enum Direction : size_t { Behind, InFront };
 constexpr Direction kDirections[] = {Behind, InFront};
@@ -28,7 +28,7 @@ public:
         : faces_(faces), blocks_(faces, members), isPeeled_(faces.faceCount()) {
         for (const Direction d : kDirections) {
             places_[d].resize(faces.faceCount());
-            firstWaiting_[d].assign(faces.faceCount(), kNone);
+            firstWaiting_[d].assign(faces.faceCount(), kNoFace);
             nextWaiting_[d].resize(faces.faceCount());
             unanswered_[d] = members;
         }
@@ -60,7 +60,7 @@ private:
             const Plane& plane = faces_.planes[face];
             const HalfSpace halfSpace = d == Behind ? plane.behind() : plane.inFront();
             const uint32_t witness = blocks_.findIn(halfSpace, face, places_[d][face]);
-            if (witness == kNone) {
+            if (witness == kNoFace) {
                 free.push_back(face);
             } else {
                 nextWaiting_[d][face] = firstWaiting_[d][witness];
@@ -77,7 +77,7 @@ private:
     void withdraw(uint32_t face) {
         blocks_.remove(face);
         for (const Direction d : kDirections) {
-            for (uint32_t f = firstWaiting_[d][face]; f != kNone; f = nextWaiting_[d][f]) unanswered_[d].push_back(f);
+            for (uint32_t f = firstWaiting_[d][face]; f != kNoFace; f = nextWaiting_[d][f]) unanswered_[d].push_back(f);
         }
     }
 
@@ -95,12 +95,12 @@ private:
 // The member whose plane cuts the fewest others; among equals the one that divides them most evenly, then the first.
 uint32_t pickDivider(const SortFaces& faces, const FaceList& members) {
     const FaceBlocks blocks(faces, members);
-    uint32_t best = kNone;
+    uint32_t best = kNoFace;
     SideCounts bestCounts{0, 0, INT32_MAX};
     const auto imbalance = [](const SideCounts& c) { return std::abs(c.front - c.behind); };
     for (const uint32_t face : members) {
         const SideCounts counts = blocks.countSides(face, bestCounts.spanning);
-        if (best == kNone || counts.spanning < bestCounts.spanning ||
+        if (best == kNoFace || counts.spanning < bestCounts.spanning ||
             (counts.spanning == bestCounts.spanning && imbalance(counts) < imbalance(bestCounts))) {
             best = face;
             bestCounts = counts;

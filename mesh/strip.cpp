@@ -9,8 +9,7 @@ namespace marrowfen {
 
 namespace {
 
-constexpr int32_t kNone = -1;
-constexpr uint32_t kTriangleBits = Primitive::TypeMask | Primitive::Indexed;
+constexpr int32_t kUnnumbered = -1;
 
 // Numbers the vertices of one group of faces from 0 on, in the order of their first use.
 class VertexNumbers {
@@ -22,17 +21,17 @@ public:
             std::sort(ranks_.begin(), ranks_.end());
             ranks_.erase(std::unique(ranks_.begin(), ranks_.end()), ranks_.end());
         }
-        numbers_.assign(ranks_.empty() ? size_t{highest} + 1 : ranks_.size(), kNone);
+        numbers_.assign(ranks_.empty() ? size_t{highest} + 1 : ranks_.size(), kUnnumbered);
     }
 
     void startGroup() {
-        for (const uint32_t vertex : vertices_) numbers_[slotOf(vertex)] = kNone;
+        for (const uint32_t vertex : vertices_) numbers_[slotOf(vertex)] = kUnnumbered;
         vertices_.clear();
     }
 
     uint32_t numberOf(uint32_t vertex) {
         int32_t& number = numbers_[slotOf(vertex)];
-        if (number == kNone) {
+        if (number == kUnnumbered) {
             number = static_cast<int32_t>(vertices_.size());
             vertices_.push_back(vertex);
         }
@@ -69,12 +68,12 @@ Corners cornersOf(const Primitive& face, const std::vector<uint32_t>& indices, V
     return corners;
 }
 
-std::string refusal(const Mesh& mesh) {
+std::string whyNotStripped(const Mesh& mesh) {
     for (const Primitive& p : mesh.primitives) {
         if (p.material == Primitive::NegativeMaterial) {
             return "Negative material index found while stripping, cannot continue.";
         }
-        if ((p.material & kTriangleBits) != Primitive::Indexed || p.numElements != 3) {
+        if (!p.isIndexedTriangle()) {
             return "Object must be made of triangles to strip.";
         }
         if (mesh.indices.size() < 3 || p.firstElement > mesh.indices.size() - 3) {
@@ -88,7 +87,7 @@ std::string refusal(const Mesh& mesh) {
 
 void Mesh::strip() {
     if (primitives.empty() || indices.empty()) return;
-    if (const std::string text = refusal(*this); !text.empty()) {
+    if (const std::string text = whyNotStripped(*this); !text.empty()) {
         setError(text);
         return;
     }

@@ -15,7 +15,7 @@ constexpr IndexSet Shape::Sequence::*kSets[] = {&Shape::Sequence::rotationMatter
                                                 &Shape::Sequence::frameMatters,    &Shape::Sequence::matFrameMatters};
 
 // What the versions differ in.
-struct Layout {
+struct SequenceLayout {
     uint32_t version;
 
     bool hasFlagWord() const { return version > 21; }        // before, three of the flags are bytes
@@ -54,7 +54,7 @@ uint32_t readFlagBytes(ByteReader& bytes) {
 }
 
 template <class Bytes, class AnySequence>
-void exchangeFields(Bytes& bytes, const Layout& layout, AnySequence& s) {
+void exchangeFields(Bytes& bytes, const SequenceLayout& layout, AnySequence& s) {
     assert(kOldestVersion <= layout.version && layout.version <= kFormatVersion);
     if (layout.hasFlagWord()) bytes.value(s.flags);
     bytes.values(s.numKeyFrames, s.duration);
@@ -72,11 +72,11 @@ void exchangeFields(Bytes& bytes, const Layout& layout, AnySequence& s) {
 }  // namespace
 
 void exchangeSequence(ByteWriter& bytes, const Shape::Sequence& sequence) {
-    exchangeFields(bytes, Layout{kFormatVersion}, sequence);
+    exchangeFields(bytes, SequenceLayout{kFormatVersion}, sequence);
 }
 
 void exchangeSequence(ByteReader& bytes, uint32_t version, Shape::Sequence& sequence) {
-    const Layout layout{version};
+    const SequenceLayout layout{version};
     exchangeFields(bytes, layout, sequence);
     // Older files have one set for the nodes that move and turn, and one table of keys.
     if (!layout.hasSeparateTables()) sequence.baseTranslation = sequence.baseRotation;

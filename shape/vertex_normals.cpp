@@ -16,7 +16,7 @@ namespace {
 // Squared length up to which a vector has no direction.
 constexpr float kLeastSquaredLength = 1e-07F;
 
-using Grid = VertexGrid<3>;
+using PositionGrid = VertexGrid<3>;
 
 // Vertices at one position with one group.
 struct Site {
@@ -29,7 +29,7 @@ struct Site {
 struct Sites {
     explicit Sites(size_t vertexCount) : near(vertexCount), own(vertexCount) { siteOf.reserve(vertexCount); }
 
-    Grid near, own;  // an item per site; own is salted with the group
+    PositionGrid near, own;  // an item per site; own is salted with the group
     std::vector<Site> sites;
     std::vector<size_t> siteOf;  // per vertex
 };
@@ -48,13 +48,13 @@ struct Input {
     }
 };
 
-Grid::Coordinates coordinatesOf(const Point3& p) { return {p.x, p.y, p.z}; }
+PositionGrid::Coordinates coordinatesOf(const Point3& p) { return {p.x, p.y, p.z}; }
 
 // A position with a NaN equals no other, so each such vertex is a site of its own.
 void addVertex(Sites& sites, const Point3& position, int32_t group, uint32_t salt) {
-    const Grid::Coordinates at = coordinatesOf(position);
+    const PositionGrid::Coordinates at = coordinatesOf(position);
     size_t site = sites.own.findSame(at, static_cast<uint32_t>(group));
-    if (site == Grid::kNotFound) {
+    if (site == PositionGrid::kNotFound) {
         site = sites.sites.size();
         sites.sites.push_back({group, {}, 0, SIZE_MAX});
         sites.own.add(at, static_cast<uint32_t>(group));

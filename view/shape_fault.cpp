@@ -15,17 +15,17 @@ constexpr uint64_t kMostPlacedNodes = 1'000'000;
 constexpr int32_t kMostKeysOfANode = 4'000'000;  // more can't be told apart as seconds in 32-bit floats
 constexpr size_t kMostBones = 65'535;            // glTF numbers joints in 16 bits
 
-std::string at(const char* kind, size_t index) { return std::string(kind) + " " + std::to_string(index) + ": "; }
+std::string place(const char* kind, size_t index) { return std::string(kind) + " " + std::to_string(index) + ": "; }
 
 // A skin of glTF names each of its joints once.
 std::string findBoneFault(const Shape& shape) {
     for (size_t i = 0; i < shape.meshes.size(); ++i) {
         if (shape.meshes[i].type != MeshType::Skin) continue;
         std::vector<int32_t> bones = shape.meshes[i].nodeIndex;
-        if (bones.size() > kMostBones) return at("mesh", i) + "too many bones to show";
+        if (bones.size() > kMostBones) return place("mesh", i) + "too many bones to show";
         std::sort(bones.begin(), bones.end());
         const auto twice = std::adjacent_find(bones.begin(), bones.end());
-        if (twice != bones.end()) return at("mesh", i) + "two bone slots name node " + std::to_string(*twice);
+        if (twice != bones.end()) return place("mesh", i) + "two bone slots name node " + std::to_string(*twice);
     }
     return {};
 }
@@ -40,7 +40,7 @@ std::string findKeyFault(const Shape& shape) {
     for (size_t i = 0; i < shape.sequences.size(); ++i) {
         keys += countKeys(shape.sequences[i]);
         if (keys > kMostKeys || shape.sequences[i].numKeyFrames > kMostKeysOfANode) {
-            return at("sequence", i) + "too many keys to show";
+            return place("sequence", i) + "too many keys to show";
         }
     }
     return {};

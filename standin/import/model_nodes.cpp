@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view kDefaultLayer = "Detail:size=1";
 constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
 constexpr std::string_view kColladaReader = "Collada Importer";
-constexpr size_t kMostLayers = 32766;  // the host counts slots in 16 bits, slot 0 included
+constexpr size_t kMostNamedLayers = kMostLayers - 1;  // slot 0 has no name
 
 bool beginsWith(std::string_view text, std::string_view lower) {
     return text.size() >= lower.size() && std::equal(lower.begin(), lower.end(), text.begin(), [](char a, char b) {
@@ -60,8 +60,8 @@ int16_t layerNamed(Model& model, const std::string& name) {
     auto& layers = model.scene.layers;
     const auto found = model.layerByName.find(name);
     if (found != model.layerByName.end()) return found->second;
-    if (layers.size() > kMostLayers) {
-        model.fail("more than " + std::to_string(kMostLayers) + " layers");
+    if (layers.size() > kMostNamedLayers) {
+        model.fail("more than " + std::to_string(kMostNamedLayers) + " layers");
         return kNoLayer;
     }
     const auto layer = static_cast<int16_t>(layers.size());

@@ -46,7 +46,7 @@ extern "C" int __wrap_tsxClipsGetClipNames(TsxScene* scene, char*** names) {
 namespace marrowfen {
 namespace {
 
-constexpr const char* kScene = R"("layers": [null, "Hull:size=8"],
+constexpr const char* kSilentScene = R"("layers": [null, "Hull:size=8"],
     "materials": {"wood": {"texture": "oak.png", "shader": {"name": "c_envr_map", "parameters": [
         {"name": "mirror factor", "type": "float", "value": 0.5}, {"name": "file name", "type": "text", "value": "sky.bmp"}]}}},
     "nodes": [{"type": "polyhedron", "name": "skin", "layer": 1, "vertices": [[0,0,0],[0,1,0],[1,0,0]],
@@ -74,7 +74,7 @@ TEST(SilentHost, IsAnEmptyAnswerOrAnError) {
         {"tsxClipsGetClipNames", "", "Detail8", 3, 2, 0},
         {"tsxMalloc", "The host has no memory for the 3 vertices of the polyhedron skin.", "", 0, 0, 0},
     };
-    const standin::Scene scene = sceneOf(kScene);
+    const standin::Scene scene = sceneOf(kSilentScene);
     for (const auto& [call, error, level, vertices, materials, sequences] : cases) {
         theSilentCall = call;
         const Build build(scene, ExportMode::ShapeWithAnimation);

@@ -5,15 +5,10 @@
 
 #include "ground/shape_dumper.h"
 #include "shape/shape.h"
+#include "tests/shape/written.h"
 
 namespace marrowfen {
 namespace {
-
-std::string dumpOf(const Shape& shape) {
-    std::ostringstream out;
-    shape.dumpText(out);
-    return out.str();
-}
 
 std::string dumpOf(const Mesh& mesh) {
     std::ostringstream out;

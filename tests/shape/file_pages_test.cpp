@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "shape/shape.h"
+#include "tests/shape/written.h"
 
 // The files that the format pages work through are those that the writers make.
 
@@ -42,9 +43,7 @@ TEST(FilePages, DtsPageShowsTheBytesOfAShape) {
     shape.bounds = {{-0.5F, -0.5F, -0.5F}, {0.5F, 0.5F, 0.5F}};
     shape.radius = shape.tubeRadius = 0.5F;
     shape.setSmallestSize(0);
-    std::ostringstream out;
-    shape.writeDts(out, true);
-    EXPECT_EQ(bytesOfPage("dts-file.md"), out.str());
+    EXPECT_EQ(bytesOfPage("dts-file.md"), dts(shape));
 }
 
 TEST(FilePages, DsqPageShowsTheBytesOfASequence) {
@@ -62,9 +61,7 @@ TEST(FilePages, DsqPageShowsTheBytesOfASequence) {
     nod.rotationMatters.set(1);
     nod.translationMatters = nod.rotationMatters;
     shape.sequences = {nod};
-    std::ostringstream out;
-    shape.writeDsq(out);
-    EXPECT_EQ(bytesOfPage("dsq-file.md"), out.str());
+    EXPECT_EQ(bytesOfPage("dsq-file.md"), dsq(shape));
 }
 
 }  // namespace

@@ -5,21 +5,10 @@
 #include "ground/byte_order.h"
 #include "shape/shape.h"
 #include "tests/shape/random_shape.h"
+#include "tests/shape/written.h"
 
 namespace marrowfen {
 namespace {
-
-std::string dts(const Shape& shape) {
-    std::ostringstream out;
-    shape.writeDts(out, true);
-    return out.str();
-}
-
-std::string dsq(const Shape& shape) {
-    std::ostringstream out;
-    shape.writeDsq(out);
-    return out.str();
-}
 
 Shape readDts(const std::string& bytes, std::string* surplus = nullptr) {
     std::istringstream in(bytes);
@@ -33,12 +22,6 @@ Shape readDsq(const std::string& bytes, std::string* surplus = nullptr) {
     Shape shape;
     shape.readDsq(in, surplus);
     return shape;
-}
-
-std::string dumpOf(const Shape& shape) {
-    std::ostringstream out;
-    shape.dumpText(out);
-    return out.str();
 }
 
 std::string withWord(std::string bytes, size_t word, uint32_t value) {

@@ -9,6 +9,7 @@
 #include "ground/block_stream.h"
 #include "ground/byte_order.h"
 #include "shape/shape.h"
+#include "tests/shape/written.h"
 
 namespace marrowfen {
 namespace {
@@ -37,18 +38,6 @@ Words joined(std::initializer_list<Words> lists) {
     Words all;
     for (const Words& list : lists) all.insert(all.end(), list.begin(), list.end());
     return all;
-}
-
-std::string dts(const Shape& shape, bool includeSequences = true) {
-    std::ostringstream out;
-    shape.writeDts(out, includeSequences);
-    return out.str();
-}
-
-std::string dsq(const Shape& shape) {
-    std::ostringstream out;
-    shape.writeDsq(out);
-    return out.str();
 }
 
 // The three blocks of a file that BlockWriter flushed.
