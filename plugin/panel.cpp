@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include "host/tsxapi.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
 
@@ -43,6 +44,10 @@ INT_PTR CALLBACK panelProc(HWND panel, UINT message, WPARAM wParam, LPARAM) {
         case WM_CLOSE:
             closePanel();
             return TRUE;
+        case WM_DESTROY:
+            // However it goes: the host's main view takes it along.
+            theModule.panel = nullptr;
+            return FALSE;
         case WM_COMMAND:
             return HIWORD(wParam) == BN_CLICKED && runButton(panel, LOWORD(wParam)) ? TRUE : FALSE;
         default:
@@ -55,10 +60,12 @@ INT_PTR CALLBACK panelProc(HWND panel, UINT message, WPARAM wParam, LPARAM) {
 void openPanel() {
     if (theModule.panel != nullptr) {
         SetFocus(theModule.panel);
-    } else {
-        theModule.panel =
-            CreateDialogParamA(theModule.instance, MAKEINTRESOURCEA(IDD_PANEL), theModule.mainView, panelProc, 0);
+        return;
     }
+    // The main view that the host had may be gone, and another one in its place.
+    if (!IsWindow(theModule.mainView)) theModule.mainView = static_cast<HWND>(tsxGetMainViewHwnd());
+    theModule.panel =
+        CreateDialogParamA(theModule.instance, MAKEINTRESOURCEA(IDD_PANEL), theModule.mainView, panelProc, 0);
 }
 
 void closePanel() {

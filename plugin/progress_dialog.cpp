@@ -18,6 +18,9 @@ INT_PTR CALLBACK progressProc(HWND dialog, UINT message, WPARAM, LPARAM) {
         case WM_CLOSE:
             closeProgressDialog();
             return TRUE;
+        case WM_DESTROY:
+            theModule.progress = nullptr;  // it goes with the panel, too
+            return FALSE;
         default:
             return FALSE;
     }

@@ -205,12 +205,15 @@ BOOL DestroyWindow(HWND window) {
         if (dialog->parent == window) owned.push_back(dialog.get());
     }
     for (HWND dialog : owned) DestroyWindow(dialog);
+    window->procedure(window, WM_DESTROY, 0, 0);
     std::erase_if(theDesktop->dialogs, [&](const auto& dialog) { return dialog.get() == window; });
     return TRUE;
 }
 
+BOOL IsWindow(HWND window) { return isDialog(window) || isControl(window) ? TRUE : FALSE; }
+
 HWND SetFocus(HWND window) {
-    if (!isDialog(window) && !isControl(window)) return nullptr;
+    if (!IsWindow(window)) return nullptr;
     return std::exchange(theDesktop->focus, window);
 }
 

@@ -205,6 +205,14 @@ TEST_F(PanelFixture, AboutBoxEndsByItsCloseBoxToo) {
     EXPECT_EQ(person.desktop().openDialogs().size(), 1U);
 }
 
+TEST_F(PanelFixture, PanelThatWentWithTheMainViewOpensAgain) {
+    HeadlessPerson person({}, folder, "");
+    person.play({"left click"});
+    DestroyWindow(person.panel());
+    person.play({"left click", "look"});
+    EXPECT_EQ(person.seen.back(), "panel: name \"\", animation off, list []");
+}
+
 TEST_F(PanelFixture, OtherMessagesOfThePanelAreLeftAlone) {
     HeadlessPerson person({}, folder, "");
     person.play({"left click"});

@@ -44,6 +44,7 @@ using DLGPROC = INT_PTR(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
 #define IDOK 1
 #define IDCANCEL 2
 
+#define WM_DESTROY 0x0002
 #define WM_SETFOCUS 0x0007
 #define WM_SETREDRAW 0x000B
 #define WM_CLOSE 0x0010
@@ -77,6 +78,7 @@ HWND CreateDialogParamA(HINSTANCE instance, LPCSTR dialog, HWND owner, DLGPROC p
 INT_PTR DialogBoxParamA(HINSTANCE instance, LPCSTR dialog, HWND owner, DLGPROC procedure, LPARAM parameter);
 BOOL EndDialog(HWND dialog, INT_PTR result);
 BOOL DestroyWindow(HWND window);
+BOOL IsWindow(HWND window);
 HWND SetFocus(HWND window);
 BOOL UpdateWindow(HWND window);
 
