@@ -1,19 +1,14 @@
 // A host on a real screen: loads scenes and the plug-in, and drives the panel as a person would.
-//   panel_driver PLUGIN FOLDER                          plays every panel case, each in a folder of its own
-//   panel_driver PLUGIN FOLDER SCENE NAME [animation]   exports a scene to the file FOLDER\NAME
-// With MARROWFEN_SHOTS set to a folder, pictures of the windows go there. Answers 0 when all is as expected.
+//   panel_driver PLUGIN FOLDER cases | exports LIST | host | hands REQUESTS       (tests/wine/driver.h)
 
 #include <windows.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <functional>
 #include <sstream>
-#include <thread>
 
+#include "tests/wine/driver.h"
 #include "tests/wine/screen_person.h"
 #include "tests/wine/standin_entry.h"
 
@@ -22,108 +17,111 @@ namespace {
 
 namespace fs = std::filesystem;
 
-LRESULT CALLBACK mainViewProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == ScreenPerson::kRunMessage) {
-        (*reinterpret_cast<const std::function<void()>*>(lParam))();
-        return 0;
-    }
-    return DefWindowProcA(window, message, wParam, lParam);
-}
-
-HWND makeMainView() {
-    WNDCLASSA mainViewClass{};
-    mainViewClass.lpfnWndProc = mainViewProc;
-    mainViewClass.lpszClassName = "MainView";
-    mainViewClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_APPWORKSPACE + 1);
-    RegisterClassA(&mainViewClass);
-    return CreateWindowA("MainView", "Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 640, 460, nullptr, nullptr,
-                         nullptr, nullptr);
-}
-
-std::string shotFolder() {
-    const char* folder = std::getenv("MARROWFEN_SHOTS");
-    return folder != nullptr ? folder : "";
-}
-
 std::string joined(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) text += "    " + line + "\n";
     return text;
 }
 
-// What is seen when the case is played; the files stay.
-std::vector<std::string> play(const PanelCase& panelCase, const std::string& scene, HWND mainView,
-                              const std::string& plugin, const fs::path& files) {
-    fs::create_directories(files);
-    const std::string error = standinLoad(scene.c_str(), mainView, panelCase.refuseNewLayers ? 1 : 0);
-    if (!error.empty()) return {error};
-    std::vector<std::string> seen;
-    {
-        ScreenPerson person(mainView, plugin, files.string(), shotFolder());
-        person.play(panelCase.steps);
-        seen = person.seen;
-    }
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(files)) names.push_back("file " + entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    seen.insert(seen.end(), names.begin(), names.end());
-    return seen;
+std::string readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return std::move(content).str();
 }
 
-bool runCase(const PanelCase& panelCase, HWND mainView, const std::string& plugin, const fs::path& folder) {
+void load(const Stage& stage, const std::string& scene, bool refusesNewLayers) {
+    const std::string error = standinLoad(scene.c_str(), stage.host.mainView(), refusesNewLayers ? 1 : 0);
+    if (error.empty()) return;
+    std::printf("%s\n", error.c_str());
+    std::fflush(stdout);
+    ExitProcess(4);
+}
+
+// What is seen when the steps are played; the files stay.
+std::vector<std::string> play(const Stage& stage, const std::vector<std::string>& steps, const fs::path& files) {
+    ScreenPerson person(stage.host, stage.plugin, files.string());
+    person.play(steps);
+    return person.seen;
+}
+
+bool runCase(const Stage& stage, const PanelCase& panelCase) {
+    const fs::path folder = stage.folder / panelCase.name, files = folder / "files";
+    fs::create_directories(files);
     if (panelCase.list) {
         fs::create_directories(folder / "tsx/marrowfen");
         std::ofstream(folder / "tsx/marrowfen/node_list.txt", std::ios::binary) << *panelCase.list;
     }
-    const fs::path files = folder / "files";
-    const auto seen = play(panelCase, sceneText(panelCase, folder.string()), mainView, plugin, files);
+    load(stage, sceneText(panelCase, folder.string()), panelCase.refuseNewLayers);
+    std::vector<std::string> seen = play(stage, panelCase.steps, files);
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(files)) names.push_back("file " + entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    seen.insert(seen.end(), names.begin(), names.end());
     std::ofstream(files / "after.scene.json", std::ios::binary) << standinUnload();
-    const bool good = seen == panelCase.seen;
-    std::printf("%s %s\n", good ? "ok    " : "FAILED", panelCase.name.c_str());
-    if (!good) std::printf("  expected\n%s  seen\n%s", joined(panelCase.seen).c_str(), joined(seen).c_str());
-    std::fflush(stdout);
-    return good;
+    if (seen == panelCase.seen) return true;
+    std::printf("FAILED %s\n  expected\n%s  seen\n%s", panelCase.name.c_str(), joined(panelCase.seen).c_str(),
+                joined(seen).c_str());
+    return false;
 }
 
-bool runExport(int argc, char** argv, HWND mainView) {
-    const std::string name = argv[4];
-    PanelCase single;
-    single.name = name;
-    single.steps = {"left click", "save as " + name};
-    if (argc > 5) single.steps.push_back("press Animation");
-    single.steps.push_back(name.ends_with(".dsq") ? "press Export DSQ" : "press Export");
-    std::ifstream file(argv[3], std::ios::binary);
-    std::ostringstream scene;
-    scene << file.rdbuf();
-    const auto seen = play(single, scene.str(), mainView, argv[1], argv[2]);
+void exportScene(const Stage& stage, const std::string& scene, const std::string& name, bool withAnimation) {
+    constexpr char kListing[] = "c:\\temp.txt";
+    const bool isDsq = name.ends_with(".dsq");
+    std::vector<std::string> steps = {"left click", "save as " + name};
+    if (withAnimation) steps.emplace_back("press Animation");
+    steps.emplace_back(isDsq ? "press Export DSQ" : "press Export");
+    load(stage, readFile(scene), false);
+    DeleteFileA(kListing);
+    play(stage, steps, stage.folder);
+    if (isDsq) CopyFileA(kListing, (stage.folder / (name + ".temp.txt")).string().c_str(), FALSE);
     standinUnload();
-    std::printf("%s\n%s", name.c_str(), joined(seen).c_str());
-    return std::any_of(seen.begin(), seen.end(),
-                       [](const std::string& line) { return line.find("Export Complete") != std::string::npos; });
 }
 
-int run(int argc, char** argv, HWND mainView) {
-    if (argc > 4) return runExport(argc, argv, mainView) ? 0 : 1;
-    int failed = 0;
-    for (const PanelCase& panelCase : panelCases()) {
-        if (!runCase(panelCase, mainView, argv[1], fs::path(argv[2]) / panelCase.name)) ++failed;
-    }
-    std::printf("%d of %d panel cases failed\n", failed, static_cast<int>(panelCases().size()));
-    return failed == 0 ? 0 : 1;
+bool run(int argc, char** argv, HostThread& host) {
+    const Stage stage = {host, argv[1], argv[2]};
+    const std::string what = argv[3];
+    fs::create_directories(stage.folder);
+    if (what == "cases") return playPanelCases(stage);
+    if (what == "exports" && argc > 4) return exportScenes(stage, argv[4]);
+    if (what == "host") return tryHost(stage);
+    return what == "hands" && argc > 4 && tryHands(stage, Hands(argv[4]));
 }
 
 }  // namespace
+
+void openScene(const Stage& stage, const PanelCase& panelCase) {
+    load(stage, sceneText(panelCase, stage.folder.string()), false);
+}
+
+bool playPanelCases(const Stage& stage) {
+    size_t good = 0;
+    for (const PanelCase& panelCase : panelCases()) good += runCase(stage, panelCase) ? 1 : 0;
+    std::printf("%zu of %zu panel cases are good\n", good, panelCases().size());
+    return good == panelCases().size();
+}
+
+bool exportScenes(const Stage& stage, const std::string& list) {
+    std::istringstream lines(readFile(list));
+    std::string line;
+    while (std::getline(lines, line)) {
+        std::istringstream fields(line);
+        std::string scene, name, flag;
+        std::getline(fields, scene, '\t');
+        std::getline(fields, name, '\t');
+        std::getline(fields, flag, '\t');
+        exportScene(stage, scene, name, !flag.empty());
+    }
+    return true;
+}
+
 }  // namespace marrowfen::test
 
 int main(int argc, char** argv) {
-    if (argc < 3) return 2;
-    HWND mainView = marrowfen::test::makeMainView();
-    std::thread person([&] { ExitProcess(static_cast<UINT>(marrowfen::test::run(argc, argv, mainView))); });
-    person.detach();
-    MSG message;
-    while (GetMessageA(&message, nullptr, 0, 0) > 0) {
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-    return 3;
+    if (argc < 4) return 2;
+    SetProcessDPIAware();
+    marrowfen::test::HostThread host;
+    const bool good = marrowfen::test::run(argc, argv, host);
+    std::fflush(stdout);
+    ExitProcess(good ? 0 : 1);
 }

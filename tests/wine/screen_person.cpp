@@ -13,9 +13,6 @@ namespace marrowfen::test {
 
 namespace {
 
-constexpr DWORD kPollMilliseconds = 10;
-constexpr DWORD kPatienceMilliseconds = 60000;
-
 ScreenPerson* thePerson = nullptr;
 
 LRESULT CALLBACK hookProc(int code, WPARAM wParam, LPARAM lParam) {
@@ -28,38 +25,6 @@ Function exported(HMODULE library, const char* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
 
-std::string textOf(HWND window) {
-    std::array<char, 512> text{};
-    SendMessageA(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
-    return text.data();
-}
-
-std::string classOf(HWND window) {
-    std::array<char, 64> name{};
-    GetClassNameA(window, name.data(), static_cast<int>(name.size()));
-    return name.data();
-}
-
-std::vector<HWND> dialogsOf(DWORD thread) {
-    std::vector<HWND> found;
-    const auto add = [](HWND window, LPARAM list) -> BOOL {
-        if (classOf(window) == "#32770") reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-        return TRUE;
-    };
-    EnumThreadWindows(thread, add, reinterpret_cast<LPARAM>(&found));
-    return found;
-}
-
-std::vector<HWND> childrenOf(HWND window) {
-    std::vector<HWND> found;
-    const auto add = [](HWND child, LPARAM list) -> BOOL {
-        reinterpret_cast<std::vector<HWND>*>(list)->push_back(child);
-        return TRUE;
-    };
-    EnumChildWindows(window, add, reinterpret_cast<LPARAM>(&found));
-    return found;
-}
-
 void pressButton(HWND dialog, WORD id) {
     PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(dialog, id)));
 }
@@ -70,22 +35,56 @@ HWND fileNameOf(HWND dialog) {
     return box != nullptr ? box : GetDlgItem(dialog, edt1);
 }
 
+// What a control needs beside its text, in dialog units.
+int spareWidth(HWND control) {
+    if (classOf(control) != "Button") return 0;
+    const LONG_PTR kind = GetWindowLongPtrA(control, GWL_STYLE) & BS_TYPEMASK;
+    if (kind == BS_AUTOCHECKBOX) return 10;  // the box
+    return kind == BS_GROUPBOX ? 8 : 4;      // the frame
+}
+
+bool isCut(HWND dialog, HWND control) {
+    RECT text{}, spare{0, 0, spareWidth(control), 0}, place{};
+    GetClientRect(control, &place);
+    MapDialogRect(dialog, &spare);
+    HDC canvas = GetDC(control);
+    HGDIOBJ old = SelectObject(canvas, reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)));
+    DrawTextA(canvas, textOf(control).c_str(), -1, &text, DT_CALCRECT | DT_SINGLELINE);
+    SelectObject(canvas, old);
+    ReleaseDC(control, canvas);
+    return text.right + spare.right > place.right || text.bottom > place.bottom;
+}
+
 }  // namespace
 
-ScreenPerson::ScreenPerson(HWND mainView, const std::string& plugin, const std::string& files, const std::string& shots)
-    : mainView_(mainView), uiThread_(GetWindowThreadProcessId(mainView, nullptr)), files_(files), shots_(shots) {
+bool isSaveDialog(HWND dialog) { return fileNameOf(dialog) != nullptr; }
+bool isAboutBox(HWND dialog) { return textOf(dialog) == "Dialog"; }
+bool isQuestion(HWND dialog) { return GetDlgItem(dialog, IDYES) != nullptr; }
+
+std::vector<std::string> cutTexts(HWND dialog) {
+    std::vector<std::string> cut;
+    for (HWND control : childrenOf(dialog)) {
+        const std::string text = textOf(control);
+        if (GetParent(control) == dialog && !text.empty() && isCut(dialog, control)) cut.push_back(text);
+    }
+    return cut;
+}
+
+ScreenPerson::ScreenPerson(HostThread& host, const std::string& plugin, const std::string& files)
+    : host_(host), files_(files) {
     thePerson = this;
-    hook_ = SetWindowsHookExA(WH_CALLWNDPROC, hookProc, nullptr, uiThread_);
+    hook_ = SetWindowsHookExA(WH_CALLWNDPROC, hookProc, nullptr, host_.id());
     runInHost([&] { plugin_ = LoadLibraryA(plugin.c_str()); });
     if (plugin_ == nullptr) {
         std::printf("%s can't be loaded\n", plugin.c_str());
         std::fflush(stdout);
         ExitProcess(4);
     }
-    std::array<char, 100> data{};
+    std::array<char, 101> data{};
+    data.back() = 'x';
     int result = -1;
     runInHost([&] { result = exported<int (*)(void*, void*)>(plugin_, "tsxGetData")(data.data(), nullptr); });
-    if (result != 0 || std::string(data.data()) != "marrowfen") note("wrong plug-in data");
+    if (result != 0 || std::string(data.data()) != "marrowfen" || data.back() != 'x') note("wrong plug-in data");
     if (exported<int (*)()>(plugin_, "tsxGetVersion")() != 650) note("wrong plug-in version");
 }
 
@@ -104,24 +103,27 @@ void ScreenPerson::note(const std::string& line) {
 int ScreenPerson::leftClick() {
     int result = -1;
     runInHost([&] { result = exported<int (*)()>(plugin_, "tsxOnLeftClick")(); });
-    if (panel() != nullptr && GetWindow(panel(), GW_OWNER) != mainView_) note("the panel isn't the main view's");
+    if (HWND opened = panel()) {
+        if (GetWindow(opened, GW_OWNER) != host_.mainView()) note("the panel isn't the main view's");
+        noteCutTexts(opened);
+    }
     return result;
 }
 
 void ScreenPerson::rightClick() { runInHost(exported<void (*)()>(plugin_, "tsxOnRightClick")); }
 
-void ScreenPerson::deactivate() { runInHost(exported<void (*)()>(plugin_, "tsxDeactivate")); }
+// Brings up no dialog, and leaves those that are up alone.
+void ScreenPerson::deactivate() { host_.run(exported<void (*)()>(plugin_, "tsxDeactivate")); }
 
 HWND ScreenPerson::panel() {
-    for (HWND dialog : dialogsOf(uiThread_)) {
-        if (GetDlgItem(dialog, IDC_EXPORT_DTS) != nullptr && IsWindowVisible(dialog)) return dialog;
+    for (HWND dialog : host_.dialogs()) {
+        if (GetDlgItem(dialog, IDC_EXPORT_DTS) != nullptr) return dialog;
     }
     return nullptr;
 }
 
 void ScreenPerson::press(int control) {
     HWND window = panel();
-    if (control == IDC_EXPORT_DTS) takePicture("panel");
     runInHost([&] { SendMessageA(GetDlgItem(window, control), BM_CLICK, 0, 0); });
 }
 
@@ -136,35 +138,18 @@ void ScreenPerson::seeMessage(const CWPSTRUCT& message) {
         note("the progress dialog isn't the panel's");
     const int percent = static_cast<int>(message.wParam);
     noteProgress(percent, textOf(GetDlgItem(dialog, IDC_PROGRESS_TEXT)));
-    if (percent == 60) takePicture("progress");
+    noteCutTexts(dialog);
+    meetProgress(percent);
 }
 
-// Has the user-interface thread call something, and deals with the dialogs that come up until it returns.
 void ScreenPerson::runInHost(const std::function<void()>& act) {
-    HANDLE done = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    const std::function<void()> whole = [&] {
-        act();
-        SetEvent(done);
-    };
-    PostMessageA(mainView_, kRunMessage, 0, reinterpret_cast<LPARAM>(&whole));
-    DWORD waited = 0;
-    while (WaitForSingleObject(done, kPollMilliseconds) == WAIT_TIMEOUT) {
-        useDialogs();
-        waited += kPollMilliseconds;
-        if (waited > kPatienceMilliseconds) {
-            for (const std::string& line : seen) std::printf("  %s\n", line.c_str());
-            std::printf("nothing happens any more\n");
-            std::fflush(stdout);
-            ExitProcess(3);
-        }
-    }
-    CloseHandle(done);
+    host_.run(act, [this] { useDialogs(); });
 }
 
 void ScreenPerson::useDialogs() {
     std::erase_if(handled_, [](HWND dialog) { return !IsWindow(dialog); });
-    for (HWND dialog : dialogsOf(uiThread_)) {
-        if (!IsWindowVisible(dialog) || !IsWindowEnabled(dialog) || handled_.count(dialog) > 0) continue;
+    for (HWND dialog : host_.dialogs()) {
+        if (!IsWindowEnabled(dialog) || handled_.count(dialog) > 0) continue;
         if (useDialog(dialog)) handled_.insert(dialog);
     }
 }
@@ -174,8 +159,9 @@ bool ScreenPerson::useDialog(HWND dialog) {
     const bool isOurs =
         GetDlgItem(dialog, IDC_EXPORT_DTS) != nullptr || GetDlgItem(dialog, IDC_PROGRESS_BAR) != nullptr;
     if (isOurs) return false;
-    if (fileNameOf(dialog) != nullptr) return answerSaveDialog(dialog);
-    return textOf(dialog) == "Dialog" ? closeAboutBox(dialog) : closeMessageBox(dialog);
+    if (meet(dialog)) return true;
+    if (isSaveDialog(dialog)) return answerSaveDialog(dialog);
+    return isAboutBox(dialog) ? closeAboutBox(dialog) : closeMessageBox(dialog);
 }
 
 bool ScreenPerson::answerSaveDialog(HWND dialog) {
@@ -199,7 +185,7 @@ bool ScreenPerson::answerSaveDialog(HWND dialog) {
 }
 
 bool ScreenPerson::closeMessageBox(HWND box) {
-    if (GetDlgItem(box, IDYES) != nullptr) {
+    if (isQuestion(box)) {
         note("replace: yes");
         pressButton(box, IDYES);
         return true;
@@ -216,7 +202,7 @@ bool ScreenPerson::closeMessageBox(HWND box) {
     if (!isError && icon != LoadIconA(nullptr, IDI_INFORMATION)) note("a message with another icon");
     HWND owner = GetWindow(box, GW_OWNER);
     // Without an owner, a task-modal box blocks every window of the thread.
-    if (owner == nullptr && IsWindowEnabled(mainView_)) note("a message that isn't task-modal");
+    if (owner == nullptr && IsWindowEnabled(host_.mainView())) note("a message that isn't task-modal");
     noteMessage(text, textOf(box), isError, owner != nullptr && owner == panel());
     pressButton(box, IDOK);
     return true;
@@ -233,21 +219,13 @@ bool ScreenPerson::closeAboutBox(HWND box) {
     GetObjectA(picture, sizeof size, &size);
     if (size.bmWidth != 363 || size.bmHeight != 133) note("the picture is missing");
     if (GetWindow(box, GW_OWNER) != panel()) note("the About box isn't the panel's");
-    takePicture("about");
+    noteCutTexts(box);
     pressButton(box, IDOK);
     return true;
 }
 
-// Whoever runs this takes the picture when the file is there, and removes the file.
-void ScreenPerson::takePicture(const std::string& name) {
-    if (shots_.empty()) return;
-    const std::string wish = shots_ + "\\" + name + ".wanted";
-    std::ofstream(wish).flush();
-    for (DWORD waited = 0;
-         waited < kPatienceMilliseconds && GetFileAttributesA(wish.c_str()) != INVALID_FILE_ATTRIBUTES;
-         waited += kPollMilliseconds) {
-        Sleep(kPollMilliseconds);
-    }
+void ScreenPerson::noteCutTexts(HWND dialog) {
+    for (const std::string& text : cutTexts(dialog)) note("cut: " + text);
 }
 
 }  // namespace marrowfen::test

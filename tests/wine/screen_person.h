@@ -1,6 +1,6 @@
 #pragma once
 
-// A person at a real screen: acts on the windows of the user-interface thread from a thread of its own.
+// A person at a real screen: acts on the windows of the user-interface thread from a thread of its own, by messages.
 
 #include <windows.h>
 
@@ -10,16 +10,14 @@
 #include <string>
 
 #include "tests/plugin/panel_person.h"
+#include "tests/wine/host_thread.h"
 
 namespace marrowfen::test {
 
 class ScreenPerson : public PanelPerson {
 public:
-    // Runs what is sent to it as the host would call it; its thread is the user-interface thread.
-    static constexpr UINT kRunMessage = WM_APP + 1;
-
-    // files: where file names of save dialogs go. shots: where pictures of the windows go; empty for nowhere.
-    ScreenPerson(HWND mainView, const std::string& plugin, const std::string& files, const std::string& shots);
+    // Loads the plug-in. files: where file names of save dialogs go.
+    ScreenPerson(HostThread& host, const std::string& plugin, const std::string& files);
     ~ScreenPerson() override;
 
     int leftClick() override;
@@ -29,6 +27,10 @@ public:
     void press(int control) override;
     void closePanel() override;
     void note(const std::string& line) override;
+
+    // Looks at a dialog before it is answered; true when nothing is to be done about it.
+    std::function<bool(HWND dialog)> meet = [](HWND) { return false; };
+    std::function<void(int percent)> meetProgress = [](int) {};
 
     // Of the hook on the user-interface thread.
     void seeMessage(const CWPSTRUCT& message);
@@ -40,16 +42,22 @@ private:
     bool answerSaveDialog(HWND dialog);
     bool closeMessageBox(HWND box);
     bool closeAboutBox(HWND box);
-    void takePicture(const std::string& name);
+    void noteCutTexts(HWND dialog);
 
-    HWND mainView_;
-    DWORD uiThread_;
+    HostThread& host_;
     HMODULE plugin_ = nullptr;
     HHOOK hook_ = nullptr;
     std::string files_;
-    std::string shots_;
     std::set<HWND> handled_;  // dialogs that were answered and may take a while to go
     std::mutex noting_;
 };
+
+// The texts of a dialog's controls that their places don't hold.
+std::vector<std::string> cutTexts(HWND dialog);
+
+// What a dialog of this kind is.
+bool isSaveDialog(HWND dialog);
+bool isAboutBox(HWND dialog);
+bool isQuestion(HWND dialog);  // with Yes and No
 
 }  // namespace marrowfen::test

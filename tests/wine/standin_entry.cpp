@@ -20,6 +20,7 @@ const char* standinLoad(const char* sceneText, void* mainView, int refusesNewLay
         theText = loaded.error;
         return theText.c_str();
     }
+    theHost.reset();  // there is one at a time
     theHost = std::make_unique<Host>(std::move(*loaded.scene));
     theHost->setMainView(mainView);
     if (refusesNewLayers != 0) theHost->refuseNewLayers();
