@@ -1,6 +1,9 @@
 #include "mesh/collapse_finder.h"
 
 #include <algorithm>
+#include <bit>
+#include <cassert>
+#include <cstring>
 
 namespace marrowfen {
 
@@ -13,14 +16,87 @@ namespace {
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
+}  // namespace
+
 float curvatureOf(float alignment) { return std::max(0.0F, std::min(1.0F, (1.0F - alignment) / 2.0F)); }
 
-}  // namespace
+float CollapseFinder::lengthTo(uint32_t vertex, uint32_t neighbor) const {
+    return length(positions_[neighbor] - positions_[vertex]);
+}
+
+// All dot products of the faces' normals are computed, each face's with four others at once, and each neighbour takes
+// the lines of its faces. A neighbour's faces are a bit each.
+CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::span<const uint32_t> neighbors,
+                                                       std::span<const uint32_t> faces) {
+    constexpr size_t kBlocks = kFew / Block::kSize;
+    assert(faces.size() <= kFew && neighbors.size() <= kFew);
+
+    // The faces of each neighbour, and of the vertex itself unless it is its own neighbour.
+    uint32_t sides[kFew + 1];
+    slotOf_[vertex] = kFew;
+    sides[kFew] = 0;
+    for (uint32_t i = 0; i < neighbors.size(); ++i) {
+        slotOf_[neighbors[i]] = i;
+        sides[i] = 0;
+    }
+    float x[kFew], y[kFew], z[kFew];
+    for (size_t f = 0; f < faces.size(); ++f) {
+        const DecimationFace& face = faces_[faces[f]];
+        for (const uint32_t corner : face.corners) sides[slotOf_[corner]] |= 1U << f;
+        x[f] = face.normal.x;
+        y[f] = face.normal.y;
+        z[f] = face.normal.z;
+    }
+
+    Collapse best;
+    for (size_t i = 0; i < neighbors.size(); ++i) {
+        if (std::has_single_bit(sides[i])) best.border = neighbors[i];
+    }
+    if (best.border != kNone) {
+        for (const uint32_t neighbor : neighbors) {
+            const float cost = lengthTo(vertex, neighbor);
+            if (cost < best.cost) best = {neighbor, cost, best.border};
+        }
+        return best;
+    }
+
+    // The dot products of each face's normal with all, four at once; the last face fills up the last four.
+    const size_t blockCount = (faces.size() + Block::kSize - 1) / Block::kSize;
+    for (size_t f = faces.size(); f < blockCount * Block::kSize; ++f) {
+        x[f] = x[f - 1];
+        y[f] = y[f - 1];
+        z[f] = z[f - 1];
+    }
+    Lanes dots[kFew][kBlocks];
+    for (size_t b = 0; b < blockCount; ++b) {
+        Block block;
+        std::memcpy(&block.x, x + b * Block::kSize, sizeof block.x);
+        std::memcpy(&block.y, y + b * Block::kSize, sizeof block.y);
+        std::memcpy(&block.z, z + b * Block::kSize, sizeof block.z);
+        for (size_t f = 0; f < faces.size(); ++f) dots[f][b] = block.x * x[f] + block.y * y[f] + block.z * z[f];
+    }
+
+    for (size_t i = 0; i < neighbors.size(); ++i) {
+        Lanes least = Lanes{} + kInfinity;
+        for (size_t b = 0; b < blockCount; ++b) {
+            Lanes largest = Lanes{} - kInfinity;
+            for (uint32_t left = sides[i]; left != 0; left &= left - 1) {
+                const Lanes dot = dots[std::countr_zero(left)][b];
+                largest = dot > largest ? dot : largest;
+            }
+            least = largest < least ? largest : least;
+        }
+        const float alignment = std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
+        const float cost = lengthTo(vertex, neighbors[i]) * curvatureOf(alignment);
+        if (cost < best.cost) best = {neighbors[i], cost, kNone};
+    }
+    return best;
+}
 
 void CollapseFinder::collectNormals(std::span<const uint32_t> faces) {
     blocks_.resize((faces.size() + Block::kSize - 1) / Block::kSize);
     for (size_t i = 0; i < blocks_.size() * Block::kSize; ++i) {
-        const Point3& normal = normals_[faces[std::min(i, faces.size() - 1)]];
+        const Point3& normal = faces_[faces[std::min(i, faces.size() - 1)]].normal;
         Block& block = blocks_[i / Block::kSize];
         block.x[i % Block::kSize] = normal.x;
         block.y[i % Block::kSize] = normal.y;
@@ -37,16 +113,16 @@ void CollapseFinder::collectSides(uint32_t vertex, std::span<const uint32_t> nei
 
     // Count each neighbour's faces, each once however often it uses the neighbour.
     sideEnds_.assign(neighbors.size() + 1, 0);
-    sidesByFace_.resize(3 * faces.size());
+    facesAtNeighbors_.resize(3 * faces.size());
     size_t count = 0;
     const auto add = [&](uint32_t corner, uint32_t face) {
         const uint32_t slot = slotOf_[corner];
         if (slot == kNone) return;
         ++sideEnds_[slot + 1];
-        sidesByFace_[count++] = {slot, face};
+        facesAtNeighbors_[count++] = {slot, face};
     };
     for (uint32_t f = 0; f < faces.size(); ++f) {
-        const auto [a, b, c] = corners_[faces[f]];
+        const auto [a, b, c] = faces_[faces[f]].corners;
         add(a, f);
         if (b != a) add(b, f);
         if (c != a && c != b) add(c, f);
@@ -55,16 +131,16 @@ void CollapseFinder::collectSides(uint32_t vertex, std::span<const uint32_t> nei
     // Fill from the starts, which turns them into ends.
     for (size_t i = 1; i < sideEnds_.size(); ++i) sideEnds_[i] += sideEnds_[i - 1];
     sides_.resize(count);
-    for (size_t i = 0; i < count; ++i) sides_[sideEnds_[sidesByFace_[i].slot]++] = sidesByFace_[i].face;
+    for (size_t i = 0; i < count; ++i) sides_[sideEnds_[facesAtNeighbors_[i].slot]++] = facesAtNeighbors_[i].face;
 }
 
-bool CollapseFinder::isOnBorder() const {
-    uint32_t begin = 0;
-    for (size_t i = 0; i + 1 < sideEnds_.size(); ++i) {
-        if (sideEnds_[i] - begin == 1) return true;
-        begin = sideEnds_[i];
+// The last neighbour that shares exactly one face; the number of neighbours for none.
+size_t CollapseFinder::borderSlot() const {
+    const size_t count = sideEnds_.size() - 1;
+    for (size_t i = count; i-- > 0;) {
+        if (sideEnds_[i] - (i == 0 ? 0 : sideEnds_[i - 1]) == 1) return i;
     }
-    return false;
+    return count;
 }
 
 // The smallest alignment of the block's faces.
@@ -101,22 +177,36 @@ float CollapseFinder::leastAlignment(size_t slot, float length, const Best& best
 
 void CollapseFinder::tryNeighbor(size_t slot, float length, bool onBorder, Best& best) {
     if (best.isWorse(0, slot)) return;  // no cost is less than 0
-    const float cost = onBorder ? length : length * curvatureOf(leastAlignment(slot, length, best));
+    const float cost = onBorder || length == 0 ? length : length * curvatureOf(leastAlignment(slot, length, best));
     if (cost < best.cost || (cost == best.cost && cost < kInfinity && slot < best.slot)) best = {slot, cost};
+}
+
+CollapseFinder::Collapse CollapseFinder::cheapestOfMany(uint32_t vertex, std::span<const uint32_t> neighbors,
+                                                        std::span<const uint32_t> faces, uint32_t hint) {
+    collectSides(vertex, neighbors, faces);
+    const size_t border = borderSlot();
+    const bool onBorder = border < neighbors.size();
+    if (!onBorder) collectNormals(faces);
+    Best best{neighbors.size(), kInfinity};
+    if (hint != kNone && slotOf_[hint] < neighbors.size() && neighbors[slotOf_[hint]] == hint) {
+        tryNeighbor(slotOf_[hint], lengthTo(vertex, hint), onBorder, best);
+    }
+    for (size_t i = 0; i < neighbors.size(); ++i) tryNeighbor(i, lengthTo(vertex, neighbors[i]), onBorder, best);
+
+    Collapse found;
+    if (onBorder) found.border = neighbors[border];
+    if (best.slot < neighbors.size()) {
+        found.target = neighbors[best.slot];
+        found.cost = best.cost;
+    }
+    return found;
 }
 
 CollapseFinder::Collapse CollapseFinder::cheapest(uint32_t vertex, std::span<const uint32_t> neighbors,
                                                   std::span<const uint32_t> faces, uint32_t hint) {
-    collectSides(vertex, neighbors, faces);
-    const bool onBorder = isOnBorder();
-    if (!onBorder) collectNormals(faces);
-    const auto lengthTo = [&](size_t slot) { return length(positions_[neighbors[slot]] - positions_[vertex]); };
-    Best best{neighbors.size(), kInfinity};
-    if (hint != kNone && slotOf_[hint] < neighbors.size() && neighbors[slotOf_[hint]] == hint) {
-        tryNeighbor(slotOf_[hint], lengthTo(slotOf_[hint]), onBorder, best);
-    }
-    for (size_t i = 0; i < neighbors.size(); ++i) tryNeighbor(i, lengthTo(i), onBorder, best);
-    return best.slot == neighbors.size() ? Collapse{} : Collapse{neighbors[best.slot], best.cost};
+    assert(!neighbors.empty() && !faces.empty());
+    if (faces.size() <= kFew && neighbors.size() <= kFew) return cheapestOfFew(vertex, neighbors, faces);
+    return cheapestOfMany(vertex, neighbors, faces, hint);
 }
 
 }  // namespace marrowfen

@@ -7,8 +7,13 @@ namespace marrowfen {
 
 using Corners = std::array<uint32_t, 3>;  // vertex numbers of a face in winding order
 
-inline bool hasCorner(const Corners& face, uint32_t vertex) {
-    return (face[0] == vertex) + (face[1] == vertex) + (face[2] == vertex) != 0;  // without branches
+// How many of the corners are at the vertex. (Without branches.)
+inline uint32_t countCorners(const Corners& face, uint32_t vertex) {
+    return uint32_t{face[0] == vertex} + uint32_t{face[1] == vertex} + uint32_t{face[2] == vertex};
 }
+
+inline bool hasCorner(const Corners& face, uint32_t vertex) { return countCorners(face, vertex) != 0; }
+
+inline bool hasRepeats(const Corners& c) { return c[0] == c[1] || c[1] == c[2] || c[2] == c[0]; }
 
 }  // namespace marrowfen

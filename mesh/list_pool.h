@@ -1,72 +1,169 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 namespace marrowfen {
 
-// Many short lists of numbers in one block of memory. Removing keeps the order of the rest.
+// Many lists of numbers in one block of memory, most of them short. Removing keeps the order of the rest. In a long
+// list a number is found through an index, and removing it leaves a gap until half of the list is gaps: no operation
+// grows with the list's length.
 class ListPool {
 public:
+    static constexpr uint32_t kGap = UINT32_MAX;  // where a number of a long list was removed
+
     explicit ListPool(size_t listCount) : lists_(listCount) { numbers_.reserve(kFirstCapacity * listCount); }
 
-    // Valid until the next append.
+    // With the gaps. Valid until the next append or remove.
     std::span<const uint32_t> operator[](uint32_t list) const {
-        return {numbers_.data() + lists_[list].begin, lists_[list].count};
+        return {numbers_.data() + lists_[list].begin, lists_[list].end};
     }
 
+    size_t size(uint32_t list) const { return lists_[list].end - lists_[list].gaps; }
+    bool isEmpty(uint32_t list) const { return size(list) == 0; }
+
     bool contains(uint32_t list, uint32_t number) const {
+        if (isLong(lists_[list])) return index_.contains(key(list, number));
         const auto numbers = (*this)[list];
-        return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+        return find(numbers.data(), numbers.data() + numbers.size(), number) != numbers.data() + numbers.size();
+    }
+
+    uint32_t last(uint32_t list) const {
+        assert(!isEmpty(list));
+        return (*this)[list].back();
     }
 
     void append(uint32_t list, uint32_t number) {
         List& entry = lists_[list];
-        if (entry.count == entry.capacity) grow(entry);
-        numbers_[entry.begin + entry.count++] = number;
+        if (entry.end == entry.capacity) grow(list);
+        if (isLong(entry)) enter(list, number, entry.end);
+        numbers_[entry.begin + entry.end++] = number;
     }
 
     // The first occurrence; nothing happens without one.
     void remove(uint32_t list, uint32_t number) {
         List& entry = lists_[list];
+        if (isLong(entry)) {
+            removeFromLong(list, number);
+            return;
+        }
         uint32_t* const begin = numbers_.data() + entry.begin;
-        uint32_t* const end = begin + entry.count;
-        uint32_t* const found = std::find(begin, end, number);
-        if (found == end) return;
-        std::copy(found + 1, end, found);
-        --entry.count;
+        uint32_t* const end = begin + entry.end;
+        const auto at = find(begin, end, number) - begin;
+        if (begin + at == end) return;
+        std::copy(begin + at + 1, end, begin + at);
+        --entry.end;
     }
 
-    void removeLast(uint32_t list) { --lists_[list].count; }
+    // For a number that stands in the list only once.
+    void removeLast(uint32_t list) {
+        List& entry = lists_[list];
+        if (isLong(entry)) {
+            removeFromLong(list, last(list));
+        } else {
+            --entry.end;
+        }
+    }
+
     void clear(uint32_t list) {
+        if (isLong(lists_[list])) {
+            for (const uint32_t number : (*this)[list]) index_.erase(key(list, number));
+        }
         release(lists_[list]);
         lists_[list] = {};
     }
 
+    // Takes the gaps out of a long list, when there are many.
+    void tidy(uint32_t list) {
+        List& entry = lists_[list];
+        if (entry.gaps <= entry.end / 2) return;
+        uint32_t* const begin = numbers_.data() + entry.begin;
+        const uint32_t* const end = std::remove(begin, begin + entry.end, kGap);
+        for (const uint32_t* n = begin; n != end; ++n) index_.erase(key(list, *n));
+        entry.end = static_cast<uint32_t>(end - begin);
+        entry.gaps = 0;
+        enterAll(list);
+    }
+
 private:
     static constexpr uint32_t kFirstCapacity = 8;  // most vertices have six faces and six neighbours
+    static constexpr uint32_t kShortCapacity = 2048;
 
     struct List {
         size_t begin = 0;
-        uint32_t count = 0;
-        uint32_t capacity = 0;  // 0 or kFirstCapacity times a power of two
+        uint32_t end = 0;       // numbers and gaps
+        uint32_t gaps = 0;      // only in a long list, never at its end
+        uint32_t capacity = 0;  // 0 or kFirstCapacity times a power of two; a list never becomes short again
     };
 
+    // Where a number of a long list stands first, and how often.
+    struct Place {
+        uint32_t at = 0, count = 0;
+    };
+
+    // Sixteen numbers at once first, which the compiler turns into vector instructions.
+    static const uint32_t* find(const uint32_t* begin, const uint32_t* end, uint32_t number) {
+        for (; end - begin >= 16; begin += 16) {
+            bool isHere = false;
+            for (size_t i = 0; i < 16; ++i) isHere |= begin[i] == number;
+            if (isHere) break;
+        }
+        return std::find(begin, end, number);
+    }
+
+    static bool isLong(const List& entry) { return entry.capacity > kShortCapacity; }
+    static uint64_t key(uint32_t list, uint32_t number) { return uint64_t{list} << 32 | number; }
+
+    void enter(uint32_t list, uint32_t number, uint32_t at) {
+        Place& place = index_.try_emplace(key(list, number), Place{at, 0}).first->second;
+        ++place.count;
+    }
+
+    void enterAll(uint32_t list) {
+        const auto numbers = (*this)[list];
+        for (uint32_t at = 0; at < numbers.size(); ++at) {
+            if (numbers[at] != kGap) enter(list, numbers[at], at);
+        }
+    }
+
+    void removeFromLong(uint32_t list, uint32_t number) {
+        const auto found = index_.find(key(list, number));
+        if (found == index_.end()) return;
+        List& entry = lists_[list];
+        uint32_t* const numbers = numbers_.data() + entry.begin;
+        uint32_t& at = found->second.at;
+        assert(numbers[at] == number);
+        numbers[at] = kGap;
+        ++entry.gaps;
+        if (--found->second.count == 0) {
+            index_.erase(found);
+        } else {
+            at = static_cast<uint32_t>(std::find(numbers + at, numbers + entry.end, number) - numbers);
+        }
+        for (; entry.end > 0 && numbers[entry.end - 1] == kGap; --entry.end) --entry.gaps;
+    }
+
     // Moves the list to a place with twice the room.
-    void grow(List& entry) {
+    void grow(uint32_t list) {
+        List& entry = lists_[list];
+        const bool wasLong = isLong(entry);
         const uint32_t capacity = std::max(kFirstCapacity, 2 * entry.capacity);
         const size_t begin = allocate(capacity);
-        std::copy_n(numbers_.data() + entry.begin, entry.count, numbers_.data() + begin);
+        std::copy_n(numbers_.data() + entry.begin, entry.end, numbers_.data() + begin);
         release(entry);
         entry.begin = begin;
         entry.capacity = capacity;
+        if (!wasLong && isLong(entry)) enterAll(list);
     }
 
     size_t allocate(uint32_t capacity) {
-        std::vector<size_t>& places = freePlaces_[std::bit_width(capacity)];
+        std::vector<size_t>& places = freePlaces_[static_cast<size_t>(std::bit_width(capacity))];
         const size_t begin = places.empty() ? numbers_.size() : places.back();
         if (places.empty()) {
             numbers_.resize(begin + capacity);
@@ -77,12 +174,14 @@ private:
     }
 
     void release(const List& entry) {
-        if (entry.capacity != 0) freePlaces_[std::bit_width(entry.capacity)].push_back(entry.begin);
+        if (entry.capacity != 0)
+            freePlaces_[static_cast<size_t>(std::bit_width(entry.capacity))].push_back(entry.begin);
     }
 
     std::vector<List> lists_;
     std::vector<uint32_t> numbers_;
-    std::vector<size_t> freePlaces_[33];  // by bit width of their capacity
+    std::array<std::vector<size_t>, 33> freePlaces_;  // by bit width of their capacity
+    std::unordered_map<uint64_t, Place> index_;       // of the numbers in long lists
 };
 
 }  // namespace marrowfen

@@ -2,6 +2,7 @@
 
 #include "mesh/mesh.h"
 #include "mesh/stripper.h"
+#include "mesh/triangle_check.h"
 
 namespace marrowfen {
 
@@ -9,7 +10,7 @@ namespace marrowfen {
 
 namespace {
 
-constexpr int32_t kUnnumbered = -1;
+constexpr int32_t kNone = -1;
 
 // Numbers the vertices of one group of faces from 0 on, in the order of their first use.
 class VertexNumbers {
@@ -21,17 +22,17 @@ public:
             std::sort(ranks_.begin(), ranks_.end());
             ranks_.erase(std::unique(ranks_.begin(), ranks_.end()), ranks_.end());
         }
-        numbers_.assign(ranks_.empty() ? size_t{highest} + 1 : ranks_.size(), kUnnumbered);
+        numbers_.assign(ranks_.empty() ? size_t{highest} + 1 : ranks_.size(), kNone);
     }
 
     void startGroup() {
-        for (const uint32_t vertex : vertices_) numbers_[slotOf(vertex)] = kUnnumbered;
+        for (const uint32_t vertex : vertices_) numbers_[slotOf(vertex)] = kNone;
         vertices_.clear();
     }
 
     uint32_t numberOf(uint32_t vertex) {
         int32_t& number = numbers_[slotOf(vertex)];
-        if (number == kUnnumbered) {
+        if (number == kNone) {
             number = static_cast<int32_t>(vertices_.size());
             vertices_.push_back(vertex);
         }
@@ -68,16 +69,17 @@ Corners cornersOf(const Primitive& face, const std::vector<uint32_t>& indices, V
     return corners;
 }
 
-std::string whyNotStripped(const Mesh& mesh) {
+std::string refusal(const Mesh& mesh) {
     for (const Primitive& p : mesh.primitives) {
-        if (p.material == Primitive::NegativeMaterial) {
-            return "Negative material index found while stripping, cannot continue.";
-        }
-        if (!p.isIndexedTriangle()) {
-            return "Object must be made of triangles to strip.";
-        }
-        if (mesh.indices.size() < 3 || p.firstElement > mesh.indices.size() - 3) {
-            return "A triangle to strip lies outside the index list.";
+        switch (checkTriangle(mesh, p)) {
+            case TriangleFault::None:
+                continue;
+            case TriangleFault::NegativeMaterial:
+                return "Negative material index found while stripping, cannot continue.";
+            case TriangleFault::NoTriangle:
+                return "Object must be made of triangles to strip.";
+            case TriangleFault::OutsideIndices:
+                return "A triangle to strip lies outside the index list.";
         }
     }
     return {};
@@ -87,7 +89,7 @@ std::string whyNotStripped(const Mesh& mesh) {
 
 void Mesh::strip() {
     if (primitives.empty() || indices.empty()) return;
-    if (const std::string text = whyNotStripped(*this); !text.empty()) {
+    if (const std::string text = refusal(*this); !text.empty()) {
         setError(text);
         return;
     }

@@ -128,6 +128,37 @@ TEST(Decimate, SameAsThePlainMethod) {
     }
 }
 
+TEST(Decimate, LevelsInOneRunSameAsEachByItself) {
+    const int32_t percents[] = {50, 10, 75, 0, 75, -1};
+    for (const Mesh& mesh : makers::variedMeshes(7)) {
+        Mesh input = mesh;
+        const std::vector<MeshFaces> levels = input.decimated(percents);
+        ASSERT_EQ(levels.size(), std::size(percents));
+        for (size_t i = 0; i < levels.size(); ++i) {
+            Mesh alone = mesh;
+            alone.decimate(percents[i]);
+            EXPECT_EQ(levels[i].primitives, alone.primitives) << percents[i] << " per cent";
+            EXPECT_EQ(levels[i].indices, alone.indices) << percents[i] << " per cent";
+        }
+    }
+}
+
+// Vertices of so many faces that bounds stand in for their costs.
+TEST(Decimate, HubsSameAsThePlainMethod) {
+    for (uint32_t seed = 0; seed < 4; ++seed) {
+        for (Mesh mesh : {makers::fan(110, true), makers::fan(90, false), makers::book(90), makers::sphere(80, 3),
+                          makers::soup(200, 12, seed, true), makers::soup(250, 150, seed), makers::grid(20, 6)}) {
+            mesh = makers::withDegenerates(seed % 2 == 0 ? makers::noisy(mesh, 0.2F, seed) : mesh, 0, seed, seed);
+            if (seed == 3) mesh = makers::shuffled(lattice(mesh), seed);
+            Mesh plain = mesh;
+            const Mesh input = mesh;
+            mesh.decimate(20);
+            plain::decimate(plain, 20);
+            ASSERT_EQ(listing(mesh), listing(plain)) << "seed " << seed << "\n" << listing(input);
+        }
+    }
+}
+
 // Far-off vertices take their cheapest collapse however dear; those without any number for it stay with their faces.
 TEST(Decimate, CostsWithoutLimitAndWithoutNumber) {
     const float nan = std::numeric_limits<float>::quiet_NaN();

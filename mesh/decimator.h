@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "mesh/collapse_finder.h"
+#include "mesh/cost_tree.h"
+#include "mesh/hub_bounds.h"
+#include "mesh/list_pool.h"
+#include "mesh/mesh.h"
+
+namespace marrowfen {
+
+// Collapses the vertices of a mesh of single triangles, the cheapest first.
+class Decimator {
+public:
+    // The mesh must outlive this. Its corners are numbers of its vertices.
+    explicit Decimator(const Mesh& mesh);
+
+    // Collapses until no more than this many faces are left, or no vertex has a collapse of finite cost. Later runs go
+    // on from there.
+    void run(int32_t targetCount);
+
+    MeshFaces faces() const;  // those left, in their first order
+
+private:
+    void addFace(uint32_t face);
+    void connectCorners(const Corners& c);
+    void connectMoved(const Corners& c, uint32_t moved);
+    bool areNeighbors(uint32_t a, uint32_t b) const;
+    bool shareFace(uint32_t a, uint32_t b) const;
+    void partUnlessSharingFace(uint32_t a, uint32_t b);
+    void updateNormal(DecimationFace& face) const;
+
+    void touch(uint32_t vertex);
+    void setBound(uint32_t vertex, float bound);
+    void findCollapse(uint32_t vertex);
+    uint32_t findCheapest();
+    void collapse(uint32_t from, uint32_t onto);
+    void fetchTouchedFaces() const;
+    void destroyCommonFaces(uint32_t from, uint32_t onto);
+    void moveFaces(uint32_t from, uint32_t onto);
+    void destroyFace(uint32_t face, uint32_t from);
+    void destroyVertex(uint32_t vertex, uint32_t onto);
+
+    static constexpr uint32_t kNone = CollapseFinder::kNone;
+
+    const std::vector<Point3>& positions_;
+    const std::vector<Primitive>& primitives_;  // per face, gone ones too: material and polyhedron
+    std::vector<DecimationFace> faces_;         // the corners of one that is gone are kNone
+    std::vector<uint8_t> vertexIsGone_;
+    std::vector<uint8_t> isBound_;  // per vertex: its cost is only known to be no less; for the padding of costs_ too
+    int32_t faceCount_;
+    ListPool neighbors_;             // per vertex: vertices that share a face with it, each once
+    ListPool facesOf_;               // per vertex
+    std::vector<uint32_t> targets_;  // per vertex: where its cheapest collapse goes, kNone for nowhere
+    CostTree costs_;                 // per vertex
+    CollapseFinder finder_;
+    HubBounds hubBounds_;
+    std::vector<uint32_t> touched_;  // neighbours of the vertex that collapses
+    std::vector<uint32_t> moved_;    // its faces that go on with another vertex
+    std::vector<uint32_t> neighborScratch_, faceScratch_;
+};
+
+}  // namespace marrowfen
