@@ -1,6 +1,5 @@
-// Makes the seeds of the fuzz targets from scene files: make_seeds FOLDER SCENE... writes FOLDER/fuzz_scene,
-// FOLDER/fuzz_dts, FOLDER/fuzz_dsq and FOLDER/fuzz_tags from small versions of the scenes, the shapes through the
-// exporter itself.
+// Makes the seeds of the fuzz targets from scene files: make_seeds FOLDER SCENE... writes a folder a target below
+// FOLDER from small versions of the scenes, the shapes through the exporter itself.
 
 #include <algorithm>
 #include <cstdio>
@@ -11,6 +10,7 @@
 #include "builder/shape_builder.h"
 #include "standin/host/host.h"
 #include "standin/host/scene_file.h"
+#include "standin/import/scene_transfer.h"
 
 using namespace marrowfen;
 
@@ -100,6 +100,7 @@ int main(int argc, char** argv) {
         }
         const standin::Scene scene = thinned(*loaded.scene);
         seeds.write("fuzz_scene", standin::sceneText(scene));
+        seeds.write("fuzz_transfer", standin::packResult({scene, {}, {}}));
         addShapes(scene, seeds);
         addTags(*loaded.scene, seeds);
     }
