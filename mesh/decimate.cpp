@@ -19,7 +19,7 @@ bool namesVertices(const Mesh& mesh, const Primitive& p) {
     return std::max({v[0], v[1], v[2]}) < mesh.vertexes.size();
 }
 
-std::string refusal(const Mesh& mesh) {
+std::string whyNotDecimated(const Mesh& mesh) {
     for (const Primitive& p : mesh.primitives) {
         switch (checkTriangle(mesh, p)) {
             case TriangleFault::NegativeMaterial:
@@ -46,7 +46,7 @@ std::vector<MeshFaces> Mesh::decimated(std::span<const int32_t> percents) {
         for (MeshFaces& level : levels) level = {primitives, indices};
         return levels;
     }
-    if (const std::string text = refusal(*this); !text.empty()) {
+    if (const std::string text = whyNotDecimated(*this); !text.empty()) {
         setError(text);
         return {};
     }

@@ -69,7 +69,7 @@ Corners cornersOf(const Primitive& face, const std::vector<uint32_t>& indices, V
     return corners;
 }
 
-std::string refusal(const Mesh& mesh) {
+std::string whyNotStripped(const Mesh& mesh) {
     for (const Primitive& p : mesh.primitives) {
         switch (checkTriangle(mesh, p)) {
             case TriangleFault::None:
@@ -89,7 +89,7 @@ std::string refusal(const Mesh& mesh) {
 
 void Mesh::strip() {
     if (primitives.empty() || indices.empty()) return;
-    if (const std::string text = refusal(*this); !text.empty()) {
+    if (const std::string text = whyNotStripped(*this); !text.empty()) {
         setError(text);
         return;
     }
