@@ -1,24 +1,23 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <unordered_set>
 
 #include "standin/import/mesh_sides.h"
 #include "standin/import/model.h"
 
 // Importers split a vertex wherever its normal, texture coordinate or colour differs between faces. Here the parts are
-// joined again by position, since what the host holds, and what the exporter's corner merging, adjacency and decimation
-// want, is a connected surface: one vertex with one normal, whose corners have texture coordinates of their own.
+// joined again, since what the host holds, and what the exporter's corner merging, adjacency and decimation want, is a
+// connected surface whose corners have texture coordinates of their own.
 //
-// The joined vertex takes the normalised sum of the distinct normals of its parts. Two kinds of parts stay apart: those
-// that hang on different bones, and those whose normals are opposed, which are the two sides of a thin sheet.
+// Visible meshes are joined by position and normal: a host's vertex has one normal, so a hard edge is one between
+// vertices. What nobody sees (collision, bounds) is joined by position alone. Parts on different bones stay apart.
 
 namespace marrowfen::standin {
 
 namespace {
 
 constexpr int32_t kNone = -1;
-constexpr double kOpposed = -0.99;           // cosine of the angle between the normals of a sheet's two sides
+constexpr double kSameNormal = 0.99996;      // cosine of half a degree: what files differ by where nobody meant to
 constexpr size_t kMostMaterials = 32767;     // the host numbers a polyhedron's materials in 16 bits
 constexpr float kNoticeableWeight = 0.001F;  // a second weight below it is rounding
 
@@ -43,9 +42,8 @@ uint32_t bitsOf(float value) { return std::bit_cast<uint32_t>(value); }
 
 struct JoinedVertex {
     int32_t bone = kNoNode;
-    int32_t next = kNone;  // the next vertex at this position on the same bone
-    Vec3 firstNormal = {0, 0, 0};
-    Vector normalSum;
+    int32_t next = kNone;     // the next vertex at this position on the same bone
+    Vec3 normal = {0, 0, 0};  // outward, of no length where the host computes it
     bool severalBones = false;
 };
 
@@ -96,7 +94,6 @@ private:
     Polyhedron result_;
     std::vector<JoinedVertex> vertices_;
     std::unordered_map<Bits, int32_t, BitsHash> firstAt_;   // by position and bone
-    std::unordered_set<Bits, BitsHash> normalsOf_;          // by normal and vertex
     std::unordered_map<Bits, int32_t, BitsHash> uvNumber_;  // by value
     std::vector<int32_t> materialSlots_;
 };
@@ -113,9 +110,11 @@ Vec3 unitOrZero(const Vector& v) {
     return length > 0 && std::isfinite(length) ? toVec3(v / length) : Vec3{0, 0, 0};
 }
 
+bool isSameNormal(const Vec3& a, const Vec3& b) { return a == b || toVector(a) * toVector(b) >= kSameNormal; }
+
 Joiner::Joiner(Model& model, int32_t node) : model_(model), node_(node), detail_(isDetailLayer(model, layer())) {
     const aiNode& source = *model.nodes[static_cast<size_t>(node)].source;
-    for (unsigned m = 0; m < source.mNumMeshes && !hasNormals_; ++m) {
+    for (unsigned m = 0; detail_ && m < source.mNumMeshes && !hasNormals_; ++m) {
         hasNormals_ = hasUsableNormals(*model.source->mMeshes[source.mMeshes[m]]);
     }
 }
@@ -204,8 +203,7 @@ int32_t Joiner::findOrAdd(const Vec3& position, const Vec3& normal, const Hold& 
     const auto [entry, isNew] = firstAt_.try_emplace(key, static_cast<int32_t>(vertices_.size()));
     int32_t found = isNew ? kNone : entry->second;
     int32_t last = kNone;
-    while (found != kNone &&
-           toVector(vertices_[static_cast<size_t>(found)].firstNormal) * toVector(normal) < kOpposed) {
+    while (found != kNone && !isSameNormal(vertices_[static_cast<size_t>(found)].normal, normal)) {
         last = found;
         found = vertices_[static_cast<size_t>(found)].next;
     }
@@ -214,23 +212,21 @@ int32_t Joiner::findOrAdd(const Vec3& position, const Vec3& normal, const Hold& 
     if (last != kNone) vertices_[static_cast<size_t>(last)].next = found;
     JoinedVertex vertex;
     vertex.bone = hold.bone;
-    vertex.firstNormal = normal;
+    vertex.normal = normal;
     vertices_.push_back(vertex);
     result_.vertices.push_back(position);
     return found;
 }
 
 int32_t Joiner::joinedVertex(Part& part, unsigned vertex, const Vec3& position, const Vec3& faceNormal) {
-    // A part without normals brings the normals of its faces, so its vertices are looked up corner by corner.
-    if (part.hasNormals && part.joined[vertex] != kNone) return part.joined[vertex];
-    Vec3 normal = part.hasNormals ? sceneNormal(part, vertex) : faceNormal;
-    if (normal == Vec3{0, 0, 0}) normal = faceNormal;
-    const int32_t joined = findOrAdd(position, normal, part.holds[vertex]);
-    JoinedVertex& target = vertices_[static_cast<size_t>(joined)];
-    const Bits key = {{bitsOf(normal[0]), bitsOf(normal[1]), bitsOf(normal[2]), static_cast<uint32_t>(joined)}};
-    if (normalsOf_.insert(key).second) target.normalSum += toVector(normal);
-    if (part.holds[vertex].noticeable > 1) target.severalBones = true;
-    part.joined[vertex] = joined;
+    if (part.joined[vertex] != kNone) return part.joined[vertex];
+    Vec3 normal = {0, 0, 0};
+    if (hasNormals_ && part.hasNormals) normal = sceneNormal(part, vertex);
+    // Without a normal of its own a vertex has those of its faces, so it is looked up corner by corner.
+    const bool ofFace = hasNormals_ && normal == Vec3{0, 0, 0};
+    const int32_t joined = findOrAdd(position, ofFace ? faceNormal : normal, part.holds[vertex]);
+    if (part.holds[vertex].noticeable > 1) vertices_[static_cast<size_t>(joined)].severalBones = true;
+    if (!ofFace) part.joined[vertex] = joined;
     return joined;
 }
 
@@ -279,10 +275,9 @@ void Joiner::add(unsigned meshIndex) {
 Polyhedron Joiner::finish(BoneVertices& held) {
     if (hasNormals_) {
         result_.normals.emplace();
-        // The host's normals point inward. Parts that cancel out leave the first one's.
+        // The host's normals point inward.
         for (const JoinedVertex& vertex : vertices_) {
-            const Vec3 sum = unitOrZero(vertex.normalSum);
-            const Vec3& normal = sum == Vec3{0, 0, 0} ? vertex.firstNormal : sum;
+            const Vec3& normal = vertex.normal;
             result_.normals->push_back({0 - normal[0], 0 - normal[1], 0 - normal[2]});
         }
     }

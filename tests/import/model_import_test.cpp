@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <set>
 
 #include "standin/host/scene_file.h"
 #include "tests/import/model_files.h"
@@ -74,14 +75,14 @@ TEST(ModelImport, YUpBoxIsTurnedJoinedAndFacesOutward) {
     ASSERT_EQ(scene.nodes.size(), 1U);
     EXPECT_EQ(scene.nodes[0].name, "box");
     const Polyhedron& box = scene.nodes[0].polyhedron;
-    EXPECT_EQ(box.vertices.size(), 8U);
+    EXPECT_EQ(box.vertices.size(), 24U);
     EXPECT_EQ(box.faces.size(), 12U);
     for (const Vec3& v : box.vertices) {
         EXPECT_TRUE((v[0] == 0 || v[0] == 1) && (v[1] == 0 || v[1] == -3) && (v[2] == 0 || v[2] == 2));
     }
     expectLooksOutward(box, {0.5F, -1.5F, 1});
-    // A joined corner has the mean of its three faces' normals.
-    for (const Vec3& n : *box.normals) EXPECT_NEAR(std::fabs(n[0]), 1 / std::sqrt(3.0F), 1e-6F);
+    // Every face of the box is flat.
+    EXPECT_EQ(std::set<Vec3>(box.normals->begin(), box.normals->end()).size(), 6U);
     // v upward, as the file has it, each value once.
     EXPECT_EQ(box.uvs.size(), 4U);
     for (const Vec2& uv : box.uvs) EXPECT_TRUE(uv[1] == 0 || uv[1] == 0.25F);
@@ -127,7 +128,33 @@ TEST(ModelImport, FacesAndNormalsThatDisagreeArePutRight) {
     }
     // A room looks inward on purpose.
     const Polyhedron room = importText("a.obj", boxObj(true, true)).nodes[0].polyhedron;
-    EXPECT_GT((*room.normals)[0][0] * (room.vertices[0][0] - 0.5F), 0);
+    const Vec3 middle = {0.5F, -1.5F, 1};
+    for (size_t v = 0; v < room.vertices.size(); ++v) {
+        EXPECT_GT(dot((*room.normals)[v], minus(room.vertices[v], middle)), 0);
+    }
+}
+
+// Two triangles over the edge from (1, 0, 0) to (0, 1, 0), with the given normals at their ends.
+std::string ridgeObj(const std::string& group, const std::string& firstNormal, const std::string& secondNormal) {
+    return "g " + group + "\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nvn " + firstNormal + "\nvn " + secondNormal +
+           "\nf 1//1 2//1 3//1\nf 4//2 3//2 2//2\n";
+}
+
+TEST(ModelImport, VerticesAreJoinedWhereNoEdgeIsHard) {
+    const struct {
+        const char *group, *first, *second;
+        size_t vertices;
+    } kCases[] = {{"a", "0 0 1", "0 0 1", 4},
+                  {"a", "0 0 1", "0 0.001 1", 4},  // a difference that nobody meant
+                  {"a", "0 0 1", "0 0.02 1", 6},
+                  {"collision", "0 0 1", "1 0 0", 4},
+                  {"bounds", "0 0 1", "0 0 -1", 4}};
+    for (const auto& entry : kCases) {
+        const Polyhedron ridge =
+            importText("a.obj", ridgeObj(entry.group, entry.first, entry.second)).nodes[0].polyhedron;
+        EXPECT_EQ(ridge.vertices.size(), entry.vertices) << entry.group << " " << entry.second;
+        EXPECT_EQ(ridge.normals.has_value(), entry.group == std::string("a"));
+    }
 }
 
 TEST(ModelImport, FormatsThatAreZUpStay) {
