@@ -1,53 +1,41 @@
 #include "standin/import/mesh_sides.h"
 
-#include <assimp/types.h>
-
 #include <algorithm>
 
 namespace marrowfen::standin {
 
 namespace {
 
-using Vector = aiVector3t<double>;
-
 constexpr size_t kMostlyWrong = 9;  // disagreeing faces for each agreeing one
 
 }  // namespace
 
-bool hasUsableNormals(const aiMesh& mesh) {
-    for (unsigned v = 0; mesh.HasNormals() && v < mesh.mNumVertices; ++v) {
-        if (mesh.mNormals[v].SquareLength() > 0) return true;
-    }
-    return false;
+bool hasUsableNormals(const SourceMesh& mesh) {
+    return std::any_of(mesh.normals.begin(), mesh.normals.end(),
+                       [](const aiVector3D& normal) { return normal.SquareLength() > 0; });
 }
 
-bool normalsOpposeFaces(const aiMesh& mesh) {
+bool normalsOpposeFaces(const SourceMesh& mesh) {
     size_t agreeing = 0, disagreeing = 0;
-    for (unsigned f = 0; mesh.HasNormals() && f < mesh.mNumFaces; ++f) {
-        const aiFace& face = mesh.mFaces[f];
-        if (face.mNumIndices != 3) continue;
-        const unsigned* corner = face.mIndices;
-        const aiVector3D outward = (mesh.mVertices[corner[1]] - mesh.mVertices[corner[0]]) ^
-                                   (mesh.mVertices[corner[2]] - mesh.mVertices[corner[0]]);
-        const float sign = outward * (mesh.mNormals[corner[0]] + mesh.mNormals[corner[1]] + mesh.mNormals[corner[2]]);
+    for (size_t f = 0; !mesh.normals.empty() && f + 2 < mesh.corners.size(); f += 3) {
+        const uint32_t* corner = &mesh.corners[f];
+        const aiVector3D outward = (mesh.positions[corner[1]] - mesh.positions[corner[0]]) ^
+                                   (mesh.positions[corner[2]] - mesh.positions[corner[0]]);
+        const float sign = outward * (mesh.normals[corner[0]] + mesh.normals[corner[1]] + mesh.normals[corner[2]]);
         if (sign > 0) ++agreeing;
         if (sign < 0) ++disagreeing;
     }
     return disagreeing > kMostlyWrong * agreeing;
 }
 
-double enclosedVolume(const aiMesh& mesh) {
+double enclosedVolume(const SourceMesh& mesh) {
     Vector middle;
-    for (unsigned v = 0; v < mesh.mNumVertices; ++v) middle += Vector(mesh.mVertices[v]);
-    middle /= std::max(1U, mesh.mNumVertices);
+    for (const aiVector3D& position : mesh.positions) middle += Vector(position);
+    middle /= static_cast<double>(std::max<size_t>(1, mesh.positions.size()));
     double volume = 0;
-    for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
-        const aiFace& face = mesh.mFaces[f];
-        if (face.mNumIndices != 3) continue;
-        const Vector a = Vector(mesh.mVertices[face.mIndices[0]]) - middle;
-        const Vector b = Vector(mesh.mVertices[face.mIndices[1]]) - middle;
-        const Vector c = Vector(mesh.mVertices[face.mIndices[2]]) - middle;
-        volume += a * (b ^ c);
+    for (size_t f = 0; f + 2 < mesh.corners.size(); f += 3) {
+        const auto at = [&](size_t c) { return Vector(mesh.positions[mesh.corners[f + c]]) - middle; };
+        volume += at(0) * (at(1) ^ at(2));
     }
     return volume;
 }

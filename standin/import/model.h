@@ -1,9 +1,7 @@
 #pragma once
 
-// A model between Assimp and the host scene: what the passes of the import share. runPasses in model_reader.cpp has
+// A model between its file and the host scene: what the passes of the import share. runPasses in model_reader.cpp has
 // their order; each may set the error, which ends the import.
-
-#include <assimp/scene.h>
 
 #include <map>
 #include <string>
@@ -13,19 +11,17 @@
 #include "standin/host/scene.h"
 #include "standin/import/model_import.h"
 #include "standin/import/pose.h"
+#include "standin/import/source_model.h"
 
 namespace marrowfen::standin {
 
-inline constexpr int32_t kNoNode = -1;
+inline constexpr int32_t kNoNode = kNone;
 inline constexpr int16_t kNoLayer = 0;
 
 struct ModelNode {
-    const aiNode* source = nullptr;
+    const SourceNode* source = nullptr;
     int32_t parent = kNoNode;  // always a lower index
     std::string name;
-    bool unnamed = false;      // its name is made up, and names no layer
-    bool helper = false;       // one of the nodes that the FBX reader splits a node's transform into
-    Matrix local;              // parent-from-node
     Matrix world;              // scene-from-node as the model stands: turned to Z up and scaled
     std::string layerName;     // of the nearest node at or above that names one, empty for none
     bool belowNodes = false;   // below the node of a "nodes" layer
@@ -42,37 +38,34 @@ struct ModelNode {
 // What was dropped or guessed, counted while the passes run.
 struct ModelNotes {
     size_t degenerateFaces = 0;
-    size_t linesAndPoints = 0;
-    size_t turnedMeshes = 0;     // meshes whose faces and normals disagreed
-    size_t lightVertices = 0;    // vertices with further weights than the heaviest one
-    size_t lostBones = 0;        // bones whose node isn't there
-    size_t bindConflicts = 0;    // bones that two meshes bind in different poses
-    size_t shapeAnimations = 0;  // animations of vertices
-    size_t scaledBones = 0;      // bones whose scale an animation changes
-    size_t morphs = 0;           // meshes with morph targets
-    size_t vertexColors = 0;     // meshes with them
+    size_t turnedMeshes = 0;   // meshes whose faces and normals disagreed
+    size_t lightVertices = 0;  // vertices with further weights than the heaviest one
+    size_t bindConflicts = 0;  // bones that two meshes bind in different poses
+    size_t scaledBones = 0;    // bones whose scale an animation changes
+    size_t morphs = 0;         // meshes with morph targets
+    size_t vertexColors = 0;   // meshes with them
+    size_t moreUvs = 0;        // meshes with several sets of texture coordinates
     size_t embeddedTextures = 0;
     size_t alphaTextures = 0;  // materials that blend by their texture's alpha alone
     size_t stillCollisions = 0;
-    bool stickFigure = false;
     std::vector<std::string> missingTextures;
     std::vector<std::string> others;  // whole lines
 };
 
 struct Model {
-    const aiScene* source = nullptr;
+    SourceModel source;
     std::string path;
-    std::string format;  // the name of the Assimp reader
     ImportOptions options;
 
     std::vector<ModelNode> nodes;
     Matrix modelFromUpright;  // a node's own axes from those that stand upright; see poseInScene
-    std::unordered_map<std::string, int32_t> nodeByName;  // by Assimp's own name, the first one
     std::unordered_map<std::string, int16_t> layerByName;
-    std::vector<std::string> materialKeys;                      // one per material of the source
-    std::map<std::pair<int32_t, unsigned>, Matrix> skinPlaces;  // scene-from-mesh of skinned meshes, by node and mesh
-    std::map<int32_t, std::vector<std::string>> boneIds;        // of each bone, one a skeleton that has it
+    bool usesDefaultLayer = false;                             // something visible is on no layer of its own
+    std::vector<std::string> materialKeys;                     // one per material of the source
+    std::map<std::pair<int32_t, int32_t>, Matrix> skinPlaces;  // scene-from-mesh of skinned meshes, by node and mesh
+    std::map<int32_t, std::vector<std::string>> boneIds;       // of each bone, one a skeleton that has it
     Scene scene;
+    std::vector<std::pair<std::string, std::string>> textures;  // file names and bytes
     ModelNotes notes;
     std::string error;  // the first one, without the file's name
 
@@ -81,16 +74,10 @@ struct Model {
     }
 };
 
-// A name as the scene holds it: one line of UTF-8.
-std::string cleanText(const aiString& text);
-
 // True when the node's name begins with a layer's role.
 bool namesRole(const ModelNode& node);
 
-// Finds damage that the reader let pass: indices out of range, numbers that aren't finite, missing meshes.
-void checkModel(Model& model);
-
-// Scene-from-model: turns the model's up axis to Z.
+// Scene-from-model: turns the model's up axis to Z and its front to +Y, and scales it to metres.
 Matrix sceneFromModel(const Model& model);
 
 // Finds modelFromUpright.
@@ -102,11 +89,11 @@ void findNodeFrame(Model& model);
 // already.
 Matrix poseInScene(const Model& model, const Matrix& sceneFromNode);
 
+// What the two above have done, for a person.
+std::string axesText(const Model& model);
+
 // Fills nodes, parents before children, in the model's order.
 void listNodes(Model& model);
-
-// True when what the reader hands over of a skeleton and its animations is wrong; they are left out then.
-bool losesSkeleton(const Model& model);
 
 // Marks the nodes that skins need as bones and finds their bind poses.
 void findSkinBones(Model& model);
@@ -117,8 +104,8 @@ void assignLayers(Model& model);
 // False for layers of the other roles, whose geometry follows no bones.
 bool isDetailLayer(const Model& model, int16_t layer);
 
-// True when a track takes a node away from its rest pose.
-bool isMoving(const ModelNode& node, const aiNodeAnim& track);
+// True when a channel takes its node away from its rest pose.
+bool isMoving(const ModelNode& node, const SourceChannel& channel);
 
 // Marks the nodes as bones whose animation moves a mesh as a whole.
 void findMovingBones(Model& model);
@@ -127,7 +114,7 @@ void findMovingBones(Model& model);
 void convertMaterials(Model& model);
 
 // Where the scene shows a mesh of a node: where it rests, or where it was bound.
-Matrix sceneFromMesh(const Model& model, int32_t node, unsigned mesh);
+Matrix sceneFromMesh(const Model& model, int32_t node, int32_t mesh);
 
 // The scene's ids while the scene is built; shortenIds replaces them.
 std::string nodeId(int32_t node);
@@ -156,6 +143,6 @@ int32_t boneAbove(const Model& model, int32_t node);
 int32_t parentBone(const Model& model, int32_t node);
 
 // Reads a model in this process.
-LoadResult readModel(const std::string& path, const ImportOptions& options);
+ImportResult readModel(const std::string& path, const ImportOptions& options);
 
 }  // namespace marrowfen::standin

@@ -5,14 +5,13 @@
 #include "standin/import/model.h"
 
 // Animations become clips: every bone and marker that an animation moves gets a pose at every frame of the host's rate.
-// Times between two keys of a track are interpolated as glTF does: places and sizes along a line, rotations along the
-// shortest arc; before the first key and after the last that key holds.
+// Times between two keys of a track are interpolated as glTF does: linear ones along a line, rotations along the
+// shortest arc, cubic ones along Hermite curves; before the first key and after the last that key holds.
 
 namespace marrowfen::standin {
 
 namespace {
 
-constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
 // A key takes about 90 bytes here and 150 in a scene file; an hour of 100 bones at 30 frames a second fits.
 constexpr double kMostKeys = 20e6;
 constexpr double kScaleChange = 0.01;  // smaller ones aren't seen
@@ -32,16 +31,37 @@ LocalPose poseOf(const Matrix& matrix) {
     return pose;
 }
 
-Quaternion unitOf(const aiQuaternion& q) {
-    Quaternion result(q.w, q.x, q.y, q.z);
-    const double length =
-        std::sqrt(result.w * result.w + result.x * result.x + result.y * result.y + result.z * result.z);
+Quaternion unitOf(const Quaternion& q) {
+    const double length = std::sqrt(q.w * q.w + q.x * q.x + q.y * q.y + q.z * q.z);
     if (!(length > 0)) return {};
-    return {result.w / length, result.x / length, result.y / length, result.z / length};
+    return {q.w / length, q.x / length, q.y / length, q.z / length};
 }
 
-Vector valueOf(const aiVectorKey& key) { return Vector(key.mValue); }
-Quaternion valueOf(const aiQuatKey& key) { return unitOf(key.mValue); }
+// The numbers of a track's key: of three a place or size, of four a rotation; of cubic tracks also the tangents.
+enum class Part { TangentIn, Value, TangentOut };
+
+template <typename Value>
+constexpr size_t kWidth = std::is_same_v<Value, Quaternion> ? 4 : 3;
+
+template <typename Value>
+Value partOf(const SourceTrack& track, size_t key, Part part) {
+    const bool cubic = track.interpolation == Interpolation::Cubic;
+    const size_t at = (cubic ? key * 3 + static_cast<size_t>(part) : key) * kWidth<Value>;
+    const auto number = [&](size_t k) { return static_cast<double>(track.values[at + k]); };
+    if constexpr (std::is_same_v<Value, Quaternion>) {
+        return {number(3), number(0), number(1), number(2)};
+    } else {
+        return {number(0), number(1), number(2)};
+    }
+}
+
+Vector asValue(const Vector& v) { return v; }
+Quaternion asValue(const Quaternion& q) { return unitOf(q); }
+
+template <typename Value>
+Value valueOf(const SourceTrack& track, size_t key) {
+    return asValue(partOf<Value>(track, key, Part::Value));
+}
 
 Vector between(const Vector& a, const Vector& b, double t) { return a + (b - a) * t; }
 Quaternion between(const Quaternion& a, const Quaternion& b, double t) {
@@ -50,24 +70,44 @@ Quaternion between(const Quaternion& a, const Quaternion& b, double t) {
     return result.Normalize();
 }
 
-// The value of a track at a time; rest if it has no keys.
-template <typename KeyType, typename Value>
-Value sample(const KeyType* keys, unsigned count, double time, const Value& rest) {
-    if (count == 0 || keys == nullptr) return rest;
-    const KeyType* after =
-        std::upper_bound(keys, keys + count, time, [](double t, const KeyType& key) { return t < key.mTime; });
-    if (after == keys) return valueOf(keys[0]);
-    if (after == keys + count) return valueOf(keys[count - 1]);
-    const KeyType& before = after[-1];
-    const double span = after->mTime - before.mTime;
-    if (!(span > 0)) return valueOf(before);
-    return between(valueOf(before), valueOf(*after), (time - before.mTime) / span);
+Vector weighted(const std::array<Vector, 4>& v, const std::array<double, 4>& w) {
+    return v[0] * w[0] + v[1] * w[1] + v[2] * w[2] + v[3] * w[3];
+}
+Quaternion weighted(const std::array<Quaternion, 4>& q, const std::array<double, 4>& w) {
+    Quaternion sum(0, 0, 0, 0);
+    for (size_t k = 0; k < 4; ++k) {
+        sum.w += q[k].w * w[k], sum.x += q[k].x * w[k], sum.y += q[k].y * w[k], sum.z += q[k].z * w[k];
+    }
+    return unitOf(sum);
 }
 
-Matrix sampleLocal(const aiNodeAnim& track, const LocalPose& rest, double time) {
-    return Matrix(sample(track.mScalingKeys, track.mNumScalingKeys, time, rest.scale),
-                  sample(track.mRotationKeys, track.mNumRotationKeys, time, rest.rotation),
-                  sample(track.mPositionKeys, track.mNumPositionKeys, time, rest.location));
+// A Hermite curve from one key to the next, in the time between them.
+template <typename Value>
+Value onCurve(const SourceTrack& track, size_t before, double span, double t) {
+    const double t2 = t * t, t3 = t2 * t;
+    return weighted({partOf<Value>(track, before, Part::Value), partOf<Value>(track, before, Part::TangentOut),
+                     partOf<Value>(track, before + 1, Part::Value), partOf<Value>(track, before + 1, Part::TangentIn)},
+                    {2 * t3 - 3 * t2 + 1, span * (t3 - 2 * t2 + t), 3 * t2 - 2 * t3, span * (t3 - t2)});
+}
+
+// The value of a track at a time; rest if it has no keys.
+template <typename Value>
+Value sample(const SourceTrack& track, double time, const Value& rest) {
+    if (track.times.empty()) return rest;
+    const auto after = std::upper_bound(track.times.begin(), track.times.end(), time);
+    if (after == track.times.begin()) return valueOf<Value>(track, 0);
+    const auto before = static_cast<size_t>(after - track.times.begin()) - 1;
+    if (after == track.times.end() || track.interpolation == Interpolation::Step) return valueOf<Value>(track, before);
+    const double span = *after - track.times[before];
+    if (!(span > 0)) return valueOf<Value>(track, before);
+    const double t = (time - track.times[before]) / span;
+    if (track.interpolation == Interpolation::Cubic) return onCurve<Value>(track, before, span, t);
+    return between(valueOf<Value>(track, before), valueOf<Value>(track, before + 1), t);
+}
+
+Matrix sampleLocal(const SourceChannel& channel, const LocalPose& rest, double time) {
+    return Matrix(sample(channel.scale, time, rest.scale), sample(channel.rotation, time, rest.rotation),
+                  sample(channel.location, time, rest.location));
 }
 
 bool isSame(const Vector& a, const Vector& b) { return (a - b).Length() <= kStill * std::max(1.0, a.Length()); }
@@ -75,7 +115,7 @@ bool isSame(const Vector& a, const Vector& b) { return (a - b).Length() <= kStil
 // What an animation moves, and the poses at the time being looked at.
 struct Player {
     struct Track {
-        const aiNodeAnim* keys = nullptr;
+        const SourceChannel* keys = nullptr;
         LocalPose rest;
     };
 
@@ -84,39 +124,21 @@ struct Player {
     std::vector<Matrix> worlds;     // per node
     std::vector<int32_t> moving;    // driven nodes that matter, parents before children
     std::vector<int32_t> recorded;  // bones and markers among them
-    double ticksPerSecond = kDefaultTicksPerSecond;
-    double seconds = 0;
 };
 
 bool isRecorded(const Model& model, int32_t node) {
     return model.boneIds.count(node) > 0 || model.nodes[static_cast<size_t>(node)].marker;
 }
 
-double lastKeyTime(const aiAnimation& animation) {
-    double last = 0;
-    for (unsigned c = 0; c < animation.mNumChannels; ++c) {
-        const aiNodeAnim& track = *animation.mChannels[c];
-        if (track.mNumPositionKeys > 0) last = std::max(last, track.mPositionKeys[track.mNumPositionKeys - 1].mTime);
-        if (track.mNumRotationKeys > 0) last = std::max(last, track.mRotationKeys[track.mNumRotationKeys - 1].mTime);
-        if (track.mNumScalingKeys > 0) last = std::max(last, track.mScalingKeys[track.mNumScalingKeys - 1].mTime);
-    }
-    return last;
-}
-
-Player newPlayer(const Model& model, const aiAnimation& animation) {
+Player newPlayer(const Model& model, const SourceClip& clip) {
     Player player;
     const size_t count = model.nodes.size();
     player.tracks.resize(count);
     player.driven.resize(count);
     player.worlds.resize(count);
-    if (animation.mTicksPerSecond > 0) player.ticksPerSecond = animation.mTicksPerSecond;
-    const double ticks = animation.mDuration > 0 ? animation.mDuration : lastKeyTime(animation);
-    player.seconds = ticks / player.ticksPerSecond;
-    for (unsigned c = 0; c < animation.mNumChannels; ++c) {
-        const auto found = model.nodeByName.find(animation.mChannels[c]->mNodeName.C_Str());
-        if (found == model.nodeByName.end()) continue;
-        const auto node = static_cast<size_t>(found->second);
-        player.tracks[node] = {animation.mChannels[c], poseOf(model.nodes[node].local)};
+    for (const SourceChannel& channel : clip.channels) {
+        const auto node = static_cast<size_t>(channel.node);
+        player.tracks[node] = {&channel, poseOf(model.nodes[node].source->local)};
     }
     std::vector<bool> matters(count);
     for (size_t i = count; i-- > 0;) {
@@ -142,8 +164,7 @@ void pose(const Model& model, Player& player, double seconds) {
         const auto i = static_cast<size_t>(index);
         const ModelNode& node = model.nodes[i];
         const Player::Track& track = player.tracks[i];
-        const Matrix local =
-            track.keys != nullptr ? sampleLocal(*track.keys, track.rest, seconds * player.ticksPerSecond) : node.local;
+        const Matrix local = track.keys != nullptr ? sampleLocal(*track.keys, track.rest, seconds) : node.source->local;
         player.worlds[i] = (node.parent == kNoNode ? root : player.worlds[static_cast<size_t>(node.parent)]) * local;
     }
 }
@@ -191,7 +212,7 @@ void addKeys(const Model& model, int32_t node, std::vector<Key> keys, Clip& clip
 void recordFrames(const Model& model, Player& player, int32_t lastFrame, Clip& clip, std::set<int32_t>& scaled) {
     std::vector<std::vector<Key>> keys(player.recorded.size());
     for (int32_t frame = 0; frame <= lastFrame; ++frame) {
-        pose(model, player, frame / static_cast<double>(model.options.frameRate));
+        pose(model, player, frame / static_cast<double>(model.scene.host.frameRate));
         for (size_t r = 0; r < player.recorded.size(); ++r) {
             const auto i = static_cast<size_t>(player.recorded[r]);
             keys[r].push_back(keyOf(model, model.nodes[i], player.worlds[i], static_cast<float>(frame)));
@@ -220,61 +241,57 @@ std::string clipName(const std::string& given, size_t number, std::set<std::stri
     return name + given.substr(colon);
 }
 
-void convertAnimation(Model& model, const aiAnimation& animation, const std::string& name, std::set<int32_t>& scaled) {
-    Player player = newPlayer(model, animation);
+void convertClip(Model& model, const SourceClip& source, const std::string& name, std::set<int32_t>& scaled) {
+    Player player = newPlayer(model, source);
     if (player.recorded.empty()) {
         model.notes.others.push_back("animation " + name + " moves nothing that is exported and is skipped");
         return;
     }
-    const double frames = std::max(1.0, std::round(player.seconds * static_cast<double>(model.options.frameRate)));
+    const double rate = static_cast<double>(model.scene.host.frameRate);
+    const double frames = std::max(1.0, std::round(source.seconds * rate));
     if (!((frames + 1) * static_cast<double>(player.recorded.size()) <= kMostKeys)) {
-        model.fail("animation " + name + ": " + std::to_string(player.recorded.size()) + " nodes over " +
-                   std::to_string(static_cast<long long>(std::min(frames, 1e15))) + " frames are too many to keep");
+        model.notes.others.push_back("animation " + name + " is skipped: " + std::to_string(player.recorded.size()) +
+                                     " nodes over " + std::to_string(static_cast<long long>(std::min(frames, 1e15))) +
+                                     " frames are too many to keep");
         return;
     }
     Clip clip;
     clip.name = name;
     clip.end = static_cast<float>(frames);
+    clip.loop = source.loops ? 1 : 0;
     // The scene stands in its bind pose, which is what vertices are bound in.
     clip.enabled = false;
-    for (unsigned c = 0; c < animation.mNumChannels; ++c) {
-        if (animation.mChannels[c]->mPostState == aiAnimBehaviour_REPEAT) clip.loop = 1;
-    }
     recordFrames(model, player, static_cast<int32_t>(frames), clip, scaled);
     model.scene.clips.push_back(std::move(clip));
 }
 
 }  // namespace
 
-bool isMoving(const ModelNode& node, const aiNodeAnim& track) {
-    const LocalPose rest = poseOf(node.local);
-    for (unsigned k = 0; k < track.mNumPositionKeys; ++k) {
-        if (!isSame(valueOf(track.mPositionKeys[k]), rest.location)) return true;
+bool isMoving(const ModelNode& node, const SourceChannel& channel) {
+    const LocalPose rest = poseOf(node.source->local);
+    for (size_t k = 0; k < channel.location.times.size(); ++k) {
+        if (!isSame(valueOf<Vector>(channel.location, k), rest.location)) return true;
     }
-    for (unsigned k = 0; k < track.mNumScalingKeys; ++k) {
-        if (!isSame(valueOf(track.mScalingKeys[k]), rest.scale)) return true;
+    for (size_t k = 0; k < channel.scale.times.size(); ++k) {
+        if (!isSame(valueOf<Vector>(channel.scale, k), rest.scale)) return true;
     }
-    for (unsigned k = 0; k < track.mNumRotationKeys; ++k) {
-        const Quaternion a = valueOf(track.mRotationKeys[k]), b = rest.rotation;
+    for (size_t k = 0; k < channel.rotation.times.size(); ++k) {
+        const Quaternion a = valueOf<Quaternion>(channel.rotation, k), b = rest.rotation;
         if (std::fabs(a.w * b.w + a.x * b.x + a.y * b.y + a.z * b.z) < 1 - kStill) return true;
     }
     return false;
 }
 
 void convertAnimations(Model& model) {
-    if (losesSkeleton(model)) {
+    if (model.source.losesSkeleton) {
         model.notes.others.emplace_back(
             "the reader of this format gets skeletons wrong; bones and animations are dropped");
         return;
     }
     std::set<std::string> taken;
     std::set<int32_t> scaled;
-    for (unsigned a = 0; a < model.source->mNumAnimations && model.error.empty(); ++a) {
-        const aiAnimation& animation = *model.source->mAnimations[a];
-        if (animation.mNumMorphMeshChannels > 0 || animation.mNumMeshChannels > 0) ++model.notes.shapeAnimations;
-        if (animation.mNumChannels == 0) continue;
-        convertAnimation(model, animation, clipName(cleanText(animation.mName), model.scene.clips.size(), taken),
-                         scaled);
+    for (const SourceClip& clip : model.source.clips) {
+        if (model.error.empty()) convertClip(model, clip, clipName(clip.name, model.scene.clips.size(), taken), scaled);
     }
     model.notes.scaledBones = scaled.size();
 }

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "standin/import/isolated_run.h"
@@ -23,15 +24,68 @@ std::string pathFault(const std::string& path) {
     return {};
 }
 
+// The parts of an import as bytes, each behind its length; the scene's own come first.
+struct Parts {
+    std::string bytes;
+    size_t at = 0;
+    bool ok = true;
+
+    void put(const std::string& part) {
+        const uint64_t size = part.size();
+        bytes.append(reinterpret_cast<const char*>(&size), sizeof size);
+        bytes += part;
+    }
+    std::string get() {
+        uint64_t size = 0;
+        ok = ok && bytes.size() - at >= sizeof size;
+        if (!ok) return {};
+        std::memcpy(&size, bytes.data() + at, sizeof size);
+        at += sizeof size;
+        ok = size <= bytes.size() - at;
+        if (!ok) return {};
+        at += size;
+        return bytes.substr(at - size, size);
+    }
+};
+
+std::string pack(const ImportResult& result) {
+    Parts parts;
+    parts.put(packResult(result));
+    parts.put(std::to_string(result.details.size()));
+    for (const std::string& line : result.details) parts.put(line);
+    for (const auto& [name, content] : result.textures) {
+        parts.put(name);
+        parts.put(content);
+    }
+    return std::move(parts.bytes);
+}
+
+ImportResult unpack(std::string bytes, const std::string& path) {
+    Parts parts{std::move(bytes)};
+    ImportResult result{unpackResult(parts.get(), path), {}, {}};
+    if (!result.scene) return result;
+    const std::string count = parts.get();
+    for (size_t left = std::strtoull(count.c_str(), nullptr, 10); left > 0 && parts.ok; --left) {
+        result.details.push_back(parts.get());
+    }
+    while (parts.ok && parts.at < parts.bytes.size()) {
+        std::string name = parts.get();
+        result.textures.emplace_back(std::move(name), parts.get());
+    }
+    return result;
+}
+
+ImportResult failed(const std::string& error) { return {{{}, error, {}}, {}, {}}; }
+
 }  // namespace
 
-LoadResult importModel(const std::string& path, const ImportOptions& options) {
+ImportResult importModel(const std::string& path, const ImportOptions& options) {
     const std::string fault = pathFault(path);
-    if (!fault.empty()) return {{}, path + ": " + fault, {}};
+    if (!fault.empty()) return failed(path + ": " + fault);
     const RunLimits limits{options.memoryMegabytes, options.cpuSeconds, options.wallSeconds};
-    const RunOutcome outcome = runIsolated(limits, [&] { return packResult(readModel(path, options)); });
-    if (!outcome.failure.empty()) return {{}, path + ": " + outcome.failure, {}};
-    return unpackResult(outcome.output, path);
+    RunOutcome outcome = runIsolated(limits, [&] { return pack(readModel(path, options)); });
+    if (!outcome.failure.empty()) return failed(path + ": " + outcome.failure);
+    return unpack(std::move(outcome.output), path);
 }
 
 }  // namespace marrowfen::standin

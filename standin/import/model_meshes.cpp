@@ -16,10 +16,8 @@ namespace marrowfen::standin {
 
 namespace {
 
-constexpr int32_t kNone = -1;
-constexpr double kSameNormal = 0.99996;      // cosine of half a degree: what files differ by where nobody meant to
-constexpr size_t kMostMaterials = 32767;     // the host numbers a polyhedron's materials in 16 bits
-constexpr float kNoticeableWeight = 0.001F;  // a second weight below it is rounding
+constexpr double kSameNormal = 0.99996;   // cosine of half a degree: what files differ by where nobody meant to
+constexpr size_t kMostMaterials = 32767;  // the host numbers a polyhedron's materials in 16 bits
 
 struct Bits {
     std::array<uint32_t, 4> words;
@@ -47,23 +45,21 @@ struct JoinedVertex {
     bool severalBones = false;
 };
 
-// Which bone a vertex of a mesh hangs on.
+// Which node a vertex of a mesh hangs on.
 struct Hold {
     int32_t bone = kNoNode;
-    float weight = 0;
-    int noticeable = 0;  // weights worth counting
+    bool several = false;
 };
 
 // One mesh on its way into a polyhedron.
 struct Part {
-    const aiMesh* mesh = nullptr;
+    const SourceMesh* mesh = nullptr;
     Matrix sceneFromMesh;
     bool hasNormals = false;
     bool mirrored = false;
     bool facesInward = false;    // its faces are to be turned round
     bool normalsInward = false;  // its normals are to be turned round
     std::vector<Hold> holds;
-    const aiVector3D* uvs = nullptr;
     int32_t material = 0;               // position in the polyhedron's list
     std::vector<int32_t> joined, uvOf;  // per vertex, kNone until it is met
 };
@@ -72,20 +68,20 @@ class Joiner {
 public:
     Joiner(Model& model, int32_t node);
 
-    void add(unsigned meshIndex);
+    void add(int32_t meshIndex);
     Polyhedron finish(BoneVertices& held);
 
 private:
     int16_t layer() const { return model_.nodes[static_cast<size_t>(node_)].layer; }
-    Part preparePart(unsigned meshIndex);
-    std::vector<Hold> findHolds(const aiMesh& mesh);
-    int32_t materialSlot(unsigned material);
-    void addTriangle(Part& part, std::array<unsigned, 3> corners);
-    Vec3 scenePosition(const Part& part, unsigned vertex);
-    Vec3 sceneNormal(const Part& part, unsigned vertex) const;
-    int32_t joinedVertex(Part& part, unsigned vertex, const Vec3& position, const Vec3& faceNormal);
+    Part preparePart(int32_t meshIndex);
+    std::vector<Hold> findHolds(const SourceMesh& mesh);
+    int32_t materialSlot(int32_t material);
+    void addTriangle(Part& part, std::array<uint32_t, 3> corners);
+    Vec3 scenePosition(const Part& part, uint32_t vertex);
+    Vec3 sceneNormal(const Part& part, uint32_t vertex) const;
+    int32_t joinedVertex(Part& part, uint32_t vertex, const Vec3& position, const Vec3& faceNormal);
     int32_t findOrAdd(const Vec3& position, const Vec3& normal, const Hold& hold);
-    int32_t uvIndex(Part& part, unsigned vertex);
+    int32_t uvIndex(Part& part, uint32_t vertex);
 
     Model& model_;
     int32_t node_;
@@ -113,73 +109,58 @@ Vec3 unitOrZero(const Vector& v) {
 bool isSameNormal(const Vec3& a, const Vec3& b) { return a == b || toVector(a) * toVector(b) >= kSameNormal; }
 
 Joiner::Joiner(Model& model, int32_t node) : model_(model), node_(node), detail_(isDetailLayer(model, layer())) {
-    const aiNode& source = *model.nodes[static_cast<size_t>(node)].source;
-    for (unsigned m = 0; detail_ && m < source.mNumMeshes && !hasNormals_; ++m) {
-        hasNormals_ = hasUsableNormals(*model.source->mMeshes[source.mMeshes[m]]);
+    for (const int32_t mesh : model.nodes[static_cast<size_t>(node)].source->meshes) {
+        const SourceMesh& source = model.source.meshes[static_cast<size_t>(mesh)];
+        if (detail_ && (source.flat || hasUsableNormals(source))) hasNormals_ = true;
     }
 }
 
-std::vector<Hold> Joiner::findHolds(const aiMesh& mesh) {
+std::vector<Hold> Joiner::findHolds(const SourceMesh& mesh) {
     Hold whole;
     whole.bone = boneAbove(model_, node_);
-    std::vector<Hold> holds(mesh.mNumVertices, whole);
-    for (unsigned b = 0; b < mesh.mNumBones; ++b) {
-        const aiBone& bone = *mesh.mBones[b];
-        const auto found = model_.nodeByName.find(bone.mName.C_Str());
-        if (found == model_.nodeByName.end() || !model_.nodes[static_cast<size_t>(found->second)].bone) continue;
-        for (unsigned w = 0; w < bone.mNumWeights; ++w) {
-            Hold& hold = holds[bone.mWeights[w].mVertexId];
-            const float weight = bone.mWeights[w].mWeight;
-            if (weight > kNoticeableWeight) ++hold.noticeable;
-            // Of equal weights the first bone's counts.
-            if (weight > hold.weight) hold = {found->second, weight, hold.noticeable};
-        }
+    std::vector<Hold> holds(mesh.positions.size(), whole);
+    for (size_t v = 0; v < mesh.holds.size(); ++v) {
+        if (mesh.holds[v].bone == kNone) continue;
+        const int32_t bone = mesh.bones[static_cast<size_t>(mesh.holds[v].bone)].node;
+        if (model_.nodes[static_cast<size_t>(bone)].bone) holds[v] = {bone, mesh.holds[v].several};
     }
     return holds;
 }
 
-int32_t Joiner::materialSlot(unsigned material) {
-    materialSlots_.resize(model_.source->mNumMaterials, kNone);
-    int32_t& slot = materialSlots_[material];
+int32_t Joiner::materialSlot(int32_t material) {
+    materialSlots_.resize(model_.source.materials.size(), kNone);
+    int32_t& slot = materialSlots_[static_cast<size_t>(material)];
     if (slot == kNone) {
         slot = static_cast<int32_t>(result_.materials.size());
-        result_.materials.emplace_back(model_.materialKeys[material]);
+        result_.materials.emplace_back(model_.materialKeys[static_cast<size_t>(material)]);
         if (result_.materials.size() > kMostMaterials) model_.fail("a node has too many materials");
     }
     return slot;
 }
 
-Part Joiner::preparePart(unsigned meshIndex) {
+Part Joiner::preparePart(int32_t meshIndex) {
+    const SourceMesh& mesh = model_.source.meshes[static_cast<size_t>(meshIndex)];
     Part part;
-    part.mesh = model_.source->mMeshes[meshIndex];
+    part.mesh = &mesh;
     part.sceneFromMesh = sceneFromMesh(model_, node_, meshIndex);
     part.mirrored = part.sceneFromMesh.Determinant() < 0;
-    part.hasNormals = hasUsableNormals(*part.mesh);
+    part.hasNormals = hasUsableNormals(mesh);
     // Which of the two is right, the enclosed volume tells.
-    if (normalsOpposeFaces(*part.mesh)) {
+    if (normalsOpposeFaces(mesh)) {
         ++model_.notes.turnedMeshes;
-        part.normalsInward = enclosedVolume(*part.mesh) > 0;
+        part.normalsInward = enclosedVolume(mesh) > 0;
         part.facesInward = !part.normalsInward;
     }
-    part.holds = findHolds(*part.mesh);
-    if (!detail_) part.holds.assign(part.mesh->mNumVertices, Hold());
-    part.material = materialSlot(part.mesh->mMaterialIndex);
-    part.joined.assign(part.mesh->mNumVertices, kNone);
-    part.uvOf.assign(part.mesh->mNumVertices, kNone);
-
-    // The set of texture coordinates that the colour's texture uses, else the first.
-    int set = 0;
-    const aiMaterial& material = *model_.source->mMaterials[part.mesh->mMaterialIndex];
-    if (material.Get(AI_MATKEY_UVWSRC_DIFFUSE(0), set) != aiReturn_SUCCESS || set < 0 ||
-        set >= AI_MAX_NUMBER_OF_TEXTURECOORDS || !part.mesh->HasTextureCoords(static_cast<unsigned>(set))) {
-        set = 0;
-    }
-    part.uvs = part.mesh->mTextureCoords[set];
+    part.holds = findHolds(mesh);
+    if (!detail_) part.holds.assign(mesh.positions.size(), Hold());
+    part.material = materialSlot(mesh.material);
+    part.joined.assign(mesh.positions.size(), kNone);
+    part.uvOf.assign(mesh.positions.size(), kNone);
     return part;
 }
 
-Vec3 Joiner::scenePosition(const Part& part, unsigned vertex) {
-    const Vec3 position = toVec3(part.sceneFromMesh * Vector(part.mesh->mVertices[vertex]));
+Vec3 Joiner::scenePosition(const Part& part, uint32_t vertex) {
+    const Vec3 position = toVec3(part.sceneFromMesh * Vector(part.mesh->positions[vertex]));
     if (!std::all_of(position.begin(), position.end(), [](float x) { return std::isfinite(x); })) {
         model_.fail("node " + model_.nodes[static_cast<size_t>(node_)].name + ": a vertex is beyond all numbers");
     }
@@ -188,10 +169,10 @@ Vec3 Joiner::scenePosition(const Part& part, unsigned vertex) {
 
 // Normals go by the cofactors, which a flattening transform has too. They carry the determinant's sign, which is taken
 // off: an outward normal stays one in a mirror.
-Vec3 Joiner::sceneNormal(const Part& part, unsigned vertex) const {
+Vec3 Joiner::sceneNormal(const Part& part, uint32_t vertex) const {
     const Matrix& m = part.sceneFromMesh;
     const Vector x(m.a1, m.b1, m.c1), y(m.a2, m.b2, m.c2), z(m.a3, m.b3, m.c3);
-    const aiVector3D& n = part.mesh->mNormals[vertex];
+    const aiVector3D& n = part.mesh->normals[vertex];
     const Vector normal =
         (y ^ z) * static_cast<double>(n.x) + (z ^ x) * static_cast<double>(n.y) + (x ^ y) * static_cast<double>(n.z);
     return unitOrZero(part.mirrored != part.normalsInward ? -normal : normal);
@@ -218,31 +199,31 @@ int32_t Joiner::findOrAdd(const Vec3& position, const Vec3& normal, const Hold& 
     return found;
 }
 
-int32_t Joiner::joinedVertex(Part& part, unsigned vertex, const Vec3& position, const Vec3& faceNormal) {
+int32_t Joiner::joinedVertex(Part& part, uint32_t vertex, const Vec3& position, const Vec3& faceNormal) {
     if (part.joined[vertex] != kNone) return part.joined[vertex];
     Vec3 normal = {0, 0, 0};
     if (hasNormals_ && part.hasNormals) normal = sceneNormal(part, vertex);
     // Without a normal of its own a vertex has those of its faces, so it is looked up corner by corner.
     const bool ofFace = hasNormals_ && normal == Vec3{0, 0, 0};
     const int32_t joined = findOrAdd(position, ofFace ? faceNormal : normal, part.holds[vertex]);
-    if (part.holds[vertex].noticeable > 1) vertices_[static_cast<size_t>(joined)].severalBones = true;
+    if (part.holds[vertex].several) vertices_[static_cast<size_t>(joined)].severalBones = true;
     if (!ofFace) part.joined[vertex] = joined;
     return joined;
 }
 
-int32_t Joiner::uvIndex(Part& part, unsigned vertex) {
-    if (part.uvs == nullptr) return kNone;
+int32_t Joiner::uvIndex(Part& part, uint32_t vertex) {
+    if (part.mesh->uvs.empty()) return kNone;
     int32_t& index = part.uvOf[vertex];
     if (index != kNone) return index;
-    const Vec2 uv = {part.uvs[vertex].x + 0.0F, part.uvs[vertex].y + 0.0F};
+    const Vec2 uv = {part.mesh->uvs[vertex][0] + 0.0F, part.mesh->uvs[vertex][1] + 0.0F};
     const auto [entry, isNew] =
         uvNumber_.try_emplace(Bits{{bitsOf(uv[0]), bitsOf(uv[1]), 0, 0}}, static_cast<int32_t>(result_.uvs.size()));
     if (isNew) result_.uvs.push_back(uv);
     return index = entry->second;
 }
 
-void Joiner::addTriangle(Part& part, std::array<unsigned, 3> corners) {
-    // Assimp's faces are anticlockwise seen from outside, the host's are clockwise: [a b c] -> [a c b]. A mirror has
+void Joiner::addTriangle(Part& part, std::array<uint32_t, 3> corners) {
+    // A file's faces are anticlockwise seen from outside, the host's are clockwise: [a b c] -> [a c b]. A mirror has
     // turned them already, and so has a file whose faces look inward.
     if (part.mirrored == part.facesInward) std::swap(corners[1], corners[2]);
     std::array<Vec3, 3> at;
@@ -261,14 +242,11 @@ void Joiner::addTriangle(Part& part, std::array<unsigned, 3> corners) {
     result_.faces.push_back(std::move(face));
 }
 
-void Joiner::add(unsigned meshIndex) {
+void Joiner::add(int32_t meshIndex) {
     Part part = preparePart(meshIndex);
-    for (unsigned f = 0; f < part.mesh->mNumFaces && model_.error.empty(); ++f) {
-        const aiFace& face = part.mesh->mFaces[f];
-        if (face.mNumIndices < 3) ++model_.notes.linesAndPoints;
-        for (unsigned c = 2; c < face.mNumIndices; ++c) {
-            addTriangle(part, {face.mIndices[0], face.mIndices[c - 1], face.mIndices[c]});
-        }
+    const std::vector<uint32_t>& corners = part.mesh->corners;
+    for (size_t c = 0; c + 2 < corners.size() && model_.error.empty(); c += 3) {
+        addTriangle(part, {corners[c], corners[c + 1], corners[c + 2]});
     }
 }
 
@@ -306,8 +284,9 @@ Polyhedron Joiner::finish(BoneVertices& held) {
 
 Polyhedron convertMeshes(Model& model, int32_t node, BoneVertices& held) {
     Joiner joiner(model, node);
-    const aiNode& source = *model.nodes[static_cast<size_t>(node)].source;
-    for (unsigned m = 0; m < source.mNumMeshes && model.error.empty(); ++m) joiner.add(source.mMeshes[m]);
+    for (const int32_t mesh : model.nodes[static_cast<size_t>(node)].source->meshes) {
+        if (model.error.empty()) joiner.add(mesh);
+    }
     return joiner.finish(held);
 }
 

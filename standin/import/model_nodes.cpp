@@ -1,59 +1,69 @@
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
+#include <sstream>
 #include <string_view>
 
+#include "builder/tags.h"
+#include "ground/ascii.h"
 #include "standin/import/model.h"
 
-// Nodes, their names, and the layers that names make: a node whose name begins with a role, or carries tags, is a
-// layer, and so is everything below it down to the next such node.
+// Nodes, their names, and the layers that names make: a node whose name begins with a role, or carries tags that the
+// exporter knows, is a layer, and so is everything below it down to the next such node.
 
 namespace marrowfen::standin {
 
 namespace {
 
-constexpr std::string_view kDefaultLayer = "Detail:size=1";
-constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
-constexpr std::string_view kColladaReader = "Collada Importer";
+constexpr std::string_view kRoles[] = {"detail", "collision", "loscollision", "bounds", "nodes"};
+constexpr std::string_view kDefaultLayer = "Detail";
+constexpr int32_t kOnlySize = 1;       // of the default layer when it is the only level: it always shows
+constexpr int32_t kUsualSize = 64;     // of a level that says none
 constexpr size_t kMostNamedLayers = kMostLayers - 1;  // slot 0 has no name
 
-bool beginsWith(std::string_view text, std::string_view lower) {
-    return text.size() >= lower.size() && std::equal(lower.begin(), lower.end(), text.begin(), [](char a, char b) {
-               return a == static_cast<char>(std::tolower(static_cast<unsigned char>(b)));
-           });
+// What the exporter finds in a layer's tags.
+struct LayerTags {
+    bool anyKnown = false;
+    int32_t size = 0;
+    bool autoLod = false;
+};
+
+LayerTags tagsOf(const std::string& name) {
+    LayerInfo layer;
+    layer.name = name;
+    TextureOptions textures;
+    std::ostringstream log;
+    Notices notices(log, nullptr);
+    parseDetailTags(layer, notices);
+    parseCollisionTags(layer, notices);
+    parseBoundsTags(name, textures, notices);
+    return {log.str().find("  Found ") != std::string::npos, layer.size, layer.autoLod};
 }
 
-// The length of the UTF-8 sequence at the start of text, 0 if it isn't one.
-size_t sequenceLength(std::string_view text) {
-    const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
-    const size_t length = byte(0) < 0x80 ? 1 : byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
-    if (length == 1) return 1;
-    if (byte(0) < 0xC2 || byte(0) > 0xF4 || length > text.size()) return 0;
-    for (size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80) return 0;
-    }
-    // Overlong forms, surrogates, and what lies beyond Unicode differ in the second byte.
-    const unsigned char second = byte(1);
-    if ((byte(0) == 0xE0 && second < 0xA0) || (byte(0) == 0xED && second > 0x9F) ||
-        (byte(0) == 0xF0 && second < 0x90) || (byte(0) == 0xF4 && second > 0x8F)) {
-        return 0;
-    }
-    return length;
+// A role may go on with a number or a word of its own, but not be part of another one ("detailed").
+bool beginsWithRole(std::string_view name) {
+    constexpr std::string_view kAfterRole = "0123456789 :_-";
+    return std::any_of(std::begin(kRoles), std::end(kRoles), [&](std::string_view role) {
+        return beginsWithIgnoringCase(name, role) &&
+               (name.size() == role.size() || kAfterRole.find(name[role.size()]) != std::string_view::npos);
+    });
 }
 
-// The reader may name its root after the file; that is no name that an artist gave.
-bool isNamedAfterFile(const Model& model) {
-    const std::filesystem::path file(model.path);
-    const std::filesystem::path root(model.nodes[0].source->mName.C_Str());
-    return root.filename() == file.filename() || root.filename() == file.stem();
+// The layer that a node's name makes, empty for none. The exporter reads tags after the first ':', so what stands
+// before the last two parts (the namespaces of a scene) goes.
+std::string layerOfName(const std::string& name) {
+    if (beginsWithRole(name)) return name;
+    const size_t last = name.rfind(':');
+    if (last == std::string::npos || last == 0) return {};
+    const size_t before = name.rfind(':', last - 1);
+    std::string layer = before == std::string::npos ? name : name.substr(before + 1);
+    return tagsOf(layer).anyKnown ? layer : std::string();
 }
 
-bool namesLayer(const Model& model, int32_t index) {
-    const ModelNode& node = model.nodes[static_cast<size_t>(index)];
-    // The nodes of a skin's skeleton often carry a colon of their own ("rig:hips").
-    if (node.helper || node.skinned || node.unnamed) return false;
-    if (index == 0 && isNamedAfterFile(model)) return false;
-    return namesRole(node) || node.name.find(':') != std::string::npos;
+std::string layerOfNode(const Model& model, const ModelNode& node) {
+    (void)model;
+    // The nodes of a skin's skeleton are no layers, whatever they are called.
+    if (node.source->helper || node.skinned || node.source->unnamed) return {};
+    return layerOfName(node.name);
 }
 
 int16_t layerNamed(Model& model, const std::string& name) {
@@ -70,126 +80,100 @@ int16_t layerNamed(Model& model, const std::string& name) {
     return layer;
 }
 
-// The reader puts the file's unit into the root's transform. Sizes stay what the file says, so it is taken out again.
-Matrix withoutUnit(const aiMatrix4x4& root) {
-    Matrix matrix(root);
-    const double unit = scaleOf(matrix).x;
-    if (!(unit > 0)) return matrix;
-    for (unsigned row = 0; row < 3; ++row) {
-        for (unsigned column = 0; column < 3; ++column) matrix[row][column] /= unit;
-    }
-    return matrix;
-}
-
-// The number in what the glTF reader calls a node without a name: "nodes[3]", which Assimp writes out as "nodes_3". It
-// would make the node a layer of markers. Empty for other names.
-std::string madeUpNumber(const Model& model, const std::string& name) {
-    if (model.format.find("glTF") == std::string::npos || !name.starts_with("nodes") || name.size() < 7) return {};
-    const bool isBracket = name[5] == '[' && name.back() == ']';
-    const std::string number = name.substr(6, name.size() - (isBracket ? 7 : 6));
-    const bool isNumber = number.find_first_not_of("0123456789") == std::string::npos;
-    return isNumber && (isBracket || name[5] == '_') ? number : std::string();
-}
-
-// Other readers make up names such as "<STL_BINARY>".
-bool isMadeUp(const Model& model, const std::string& name) {
-    return name.empty() || name.front() == '<' || !madeUpNumber(model, name).empty();
-}
-
 // Some formats name meshes only, some nothing at all.
-std::string nameOfMesh(const Model& model, unsigned mesh) {
-    const std::string name = cleanText(model.source->mMeshes[mesh]->mName);
-    if (!isMadeUp(model, name)) return name;
-    return cleanText(aiString(std::filesystem::path(model.path).stem().string()));
+std::string nameOf(const Model& model, const SourceNode& source) {
+    if (!source.unnamed || source.meshes.empty()) return source.name;
+    const std::string& mesh = model.source.meshes[static_cast<size_t>(source.meshes[0])].name;
+    return mesh.empty() ? cleanText(std::filesystem::path(model.path).stem().string()) : mesh;
 }
 
-void addNode(Model& model, const aiNode& source, int32_t parent, const Matrix& sceneFromParent) {
-    const auto index = static_cast<int32_t>(model.nodes.size());
-    ModelNode node;
-    node.source = &source;
-    node.parent = parent;
-    node.helper = std::string_view(source.mName.C_Str()).find(kFbxHelper) != std::string_view::npos;
-    node.name = cleanText(source.mName);
-    node.unnamed = isMadeUp(model, node.name);
-    // A bone needs some name.
-    const std::string number = madeUpNumber(model, node.name);
-    if (!number.empty()) node.name = "node" + number;
-    if (node.unnamed && source.mNumMeshes > 0) node.name = nameOfMesh(model, source.mMeshes[0]);
-    const bool hasUnit = parent == kNoNode && model.format == kColladaReader;
-    node.local = hasUnit ? withoutUnit(source.mTransformation) : Matrix(source.mTransformation);
-    node.world = sceneFromParent * node.local;
-    node.bind = node.world;
-    if (!isFinite(node.world)) model.fail("node " + node.name + ": its transform is beyond all numbers");
-    const Matrix world = node.world;
-    model.nodeByName.emplace(source.mName.C_Str(), index);
-    model.nodes.push_back(std::move(node));
-    for (unsigned c = 0; c < source.mNumChildren; ++c) addNode(model, *source.mChildren[c], index, world);
-}
-
-bool hasTagOfAutoLod(const std::string& name) {
-    const std::string_view key = "autolod=";
-    for (size_t at = 0; at + key.size() <= name.size(); ++at) {
-        if (beginsWith(std::string_view(name).substr(at), key)) return true;
+// The number that a level is called by, "Detail64"; 0 for none.
+int32_t numberInName(std::string_view name) {
+    constexpr int32_t kMostSize = 32767;
+    name = name.substr(0, name.find(':'));
+    const size_t end = name.find_last_not_of("0123456789");
+    int32_t number = 0;
+    for (const char c : name.substr(end == std::string_view::npos ? 0 : end + 1)) {
+        number = std::min(number * 10 + (c - '0'), kMostSize);
     }
-    return false;
+    return number;
+}
+
+// A level without a size would never show. Every one gets a size: by its number, or above all others.
+void giveSizes(Model& model) {
+    std::vector<std::string*> unsized;
+    int32_t largest = 0;
+    for (size_t i = 1; i < model.scene.layers.size(); ++i) {
+        if (!isDetailLayer(model, static_cast<int16_t>(i))) continue;
+        std::string& name = *model.scene.layers[i];
+        const int32_t size = tagsOf(name).size;
+        if (size <= 0) unsized.push_back(&name);
+        largest = std::max(largest, size);
+    }
+    for (std::string* name : unsized) largest = std::max(largest, numberInName(*name));
+    for (std::string* name : unsized) {
+        const bool isDefault = *name == kDefaultLayer && model.usesDefaultLayer;
+        int32_t size = numberInName(*name);
+        if (size == 0 && largest == 0 && isDefault) size = kOnlySize;
+        if (size == 0) size = largest = largest < kUsualSize ? kUsualSize : largest + 1;
+        const std::string before = *name;
+        *name += (name->find(':') == std::string::npos ? ":size=" : ",size=") + std::to_string(size);
+        if (isDefault && size == kOnlySize) continue;
+        model.notes.others.push_back("layer " + before + " says no size that shows: it is taken as " + *name);
+    }
 }
 
 }  // namespace
 
-// Whatever begins with a role is a layer even when nothing is on it: a bounds layer's tags count without a box.
-bool namesRole(const ModelNode& node) {
-    constexpr std::string_view kRoles[] = {"collision", "loscollision", "bounds", "nodes", "detail"};
-    return !node.unnamed && std::any_of(std::begin(kRoles), std::end(kRoles),
-                                        [&](std::string_view role) { return beginsWith(node.name, role); });
-}
+bool namesRole(const ModelNode& node) { return !node.source->unnamed && beginsWithRole(node.name); }
 
-std::string cleanText(const aiString& text) {
-    std::string result;
-    std::string_view rest = text.C_Str();
-    while (!rest.empty()) {
-        const size_t length = sequenceLength(rest);
-        const auto first = static_cast<unsigned char>(rest[0]);
-        if (length == 0) {
-            result += '?';
-        } else if (first < 0x20 || first == 0x7F) {
-            result += '_';
-        } else {
-            result += rest.substr(0, length);
-        }
-        rest.remove_prefix(std::max<size_t>(length, 1));
+void listNodes(Model& model) {
+    const Matrix root = sceneFromModel(model);
+    for (const SourceNode& source : model.source.nodes) {
+        ModelNode node;
+        node.source = &source;
+        node.parent = source.parent;
+        node.name = nameOf(model, source);
+        node.world =
+            (node.parent == kNoNode ? root : model.nodes[static_cast<size_t>(node.parent)].world) * source.local;
+        node.bind = node.world;
+        if (!isFinite(node.world)) model.fail("node " + node.name + ": its transform is beyond all numbers");
+        model.nodes.push_back(std::move(node));
     }
-    return result;
 }
-
-void listNodes(Model& model) { addNode(model, *model.source->mRootNode, kNoNode, sceneFromModel(model)); }
 
 void assignLayers(Model& model) {
     model.scene.layers.emplace_back();  // slot 0 never holds anything
-    for (size_t i = 0; i < model.nodes.size() && model.error.empty(); ++i) {
-        ModelNode& node = model.nodes[i];
+    for (ModelNode& node : model.nodes) {
         // Parents come first, so theirs is known.
         if (node.parent != kNoNode) {
             const ModelNode& parent = model.nodes[static_cast<size_t>(node.parent)];
             node.layerName = parent.layerName;
-            node.belowNodes = beginsWith(parent.layerName, "nodes");
+            node.belowNodes = beginsWithIgnoringCase(parent.layerName, "nodes");
         }
-        if (namesLayer(model, static_cast<int32_t>(i))) {
-            node.layerName = node.name;
+        const std::string own = layerOfNode(model, node);
+        if (!own.empty()) {
+            node.layerName = own;
             node.belowNodes = false;
-            if (namesRole(node) || hasTagOfAutoLod(node.name)) layerNamed(model, node.name);
+            // Whatever begins with a role is a layer even when nothing is on it: a bounds layer's tags count without a
+            // box, and a level that is made from another has nothing of its own.
+            if (beginsWithRole(own) || tagsOf(own).autoLod) layerNamed(model, own);
         }
-        const bool marker = node.belowNodes && !node.helper;
-        if (node.source->mNumMeshes == 0 && !marker) continue;
+        const bool marker = node.belowNodes && !node.source->helper;
+        if (node.source->meshes.empty() && !marker) continue;
+        if (node.layerName.empty()) model.usesDefaultLayer = true;
         node.layer = layerNamed(model, node.layerName.empty() ? std::string(kDefaultLayer) : node.layerName);
-        node.marker = marker && node.source->mNumMeshes == 0;
+        node.marker = marker && node.source->meshes.empty();
+        if (!model.error.empty()) return;
     }
+    giveSizes(model);
 }
 
 bool isDetailLayer(const Model& model, int16_t layer) {
     const std::string& name = *model.scene.layers[static_cast<size_t>(layer)];
     constexpr std::string_view kOthers[] = {"collision", "loscollision", "bounds", "nodes"};
     return std::none_of(std::begin(kOthers), std::end(kOthers),
-                        [&](std::string_view role) { return beginsWith(name, role); });
+                        [&](std::string_view role) { return beginsWithIgnoringCase(name, role); });
 }
 
 }  // namespace marrowfen::standin

@@ -30,10 +30,10 @@ Node newNode(const Model& model, int32_t index, int32_t type) {
 // What becomes of one node, given its children: a node, or the children in its place.
 std::vector<Node> placeNode(Model& model, int32_t index, std::vector<Node> children, BoneVertices& held) {
     const ModelNode& source = model.nodes[static_cast<size_t>(index)];
-    const bool hasMeshes = source.source->mNumMeshes > 0;
+    const bool hasMeshes = !source.source->meshes.empty();
     if (!hasMeshes && !source.marker) {
         // Groups that hold nothing are left out, and so are the nodes that a reader adds on its own.
-        if (children.empty() || source.helper || source.parent == kNoNode) return children;
+        if (children.empty() || source.source->helper || source.parent == kNoNode) return children;
         std::vector<Node> group(1, newNode(model, index, TsxGroup));
         group[0].children = std::move(children);
         return group;

@@ -1,37 +1,14 @@
-#include <assimp/importerdesc.h>
-#include <assimp/postprocess.h>
-#include <assimp/Importer.hpp>
-
 #include <algorithm>
-#include <cmath>
 
 #include "standin/import/model.h"
 
-// The import in one view: Assimp reads the file, the passes of model.h turn it into a scene.
+// The import in one view: a reader makes a source model of the file, the passes of model.h turn it into a scene.
 
 namespace marrowfen::standin {
 
 namespace {
 
-std::string readerName(const Assimp::Importer& importer) {
-    const aiImporterDesc* description =
-        importer.GetImporterInfo(static_cast<size_t>(importer.GetPropertyInteger("importerIndex", -1)));
-    return description != nullptr && description->mName != nullptr ? description->mName : "";
-}
-
-// Assimp's own words, as one line.
-std::string oneLine(const char* text) {
-    std::string line = cleanText(aiString(text));
-    std::replace(line.begin(), line.end(), '\t', ' ');
-    return line.empty() ? "the file can't be read" : line;
-}
-
-// Polygons are cut into triangles here, where concave ones are cut right; the host would cut them as fans. Mappings
-// other than coordinates, and texture transforms, are worked into the coordinates.
-bool prepare(Assimp::Importer& importer) {
-    return importer.ApplyPostProcessing(aiProcess_Triangulate | aiProcess_GenUVCoords | aiProcess_TransformUVCoords) !=
-           nullptr;
-}
+constexpr float kUsualFrameRate = 30;
 
 size_t triangleCount(const std::vector<Node>& nodes) {
     size_t count = 0;
@@ -40,20 +17,23 @@ size_t triangleCount(const std::vector<Node>& nodes) {
 }
 
 void noteWhatIsLost(Model& model) {
-    const aiScene& source = *model.source;
-    for (unsigned m = 0; m < source.mNumMeshes; ++m) {
-        if (source.mMeshes[m]->mNumAnimMeshes > 0) ++model.notes.morphs;
-        if (source.mMeshes[m]->HasVertexColors(0)) ++model.notes.vertexColors;
-    }
-    for (unsigned m = 0; m < source.mNumMaterials; ++m) {
-        // Of a file without meshes, Assimp draws the skeleton.
-        aiString name;
-        source.mMaterials[m]->Get(AI_MATKEY_NAME, name);
-        if (std::string_view(name.C_Str()) == "SkeletonMaterial") model.notes.stickFigure = true;
+    for (const SourceMesh& mesh : model.source.meshes) {
+        if (mesh.hasMorphs) ++model.notes.morphs;
+        if (mesh.hasColors) ++model.notes.vertexColors;
+        if (mesh.hasMoreUvs) ++model.notes.moreUvs;
     }
 }
 
+float frameRateOf(const Model& model) {
+    if (model.options.frameRate > 0) return model.options.frameRate;
+    return model.source.frameRate > 0 ? static_cast<float>(model.source.frameRate) : kUsualFrameRate;
+}
+
 void runPasses(Model& model) {
+    checkSource(model.source);
+    model.error = model.source.error;
+    if (!model.error.empty()) return;
+    model.scene.host.frameRate = frameRateOf(model);
     listNodes(model);
     findNodeFrame(model);
     if (model.error.empty()) findSkinBones(model);
@@ -83,16 +63,18 @@ std::string firstFew(const std::vector<std::string>& names) {
     return names.size() > kFew ? text + ", ..." : text;
 }
 
-std::vector<std::string> warningLines(const ModelNotes& notes) {
+std::vector<std::string> warningLines(const Model& model) {
+    const ModelNotes& notes = model.notes;
+    const SourceModel& source = model.source;
     const Line kLines[] = {
         {notes.degenerateFaces, "triangle with two corners at one place is dropped",
          "triangles with two corners at one place are dropped"},
-        {notes.linesAndPoints, "line or point is dropped", "lines and points are dropped"},
+        {source.linesAndPoints, "line or point is dropped", "lines and points are dropped"},
         {notes.turnedMeshes, "mesh has faces and normals on opposite sides; what encloses no volume is turned round",
          "meshes have faces and normals on opposite sides; what encloses no volume is turned round"},
         {notes.lightVertices, "vertex follows only the heaviest of several bones",
          "vertices follow only the heaviest of several bones"},
-        {notes.lostBones, "bone of a mesh has no node and holds nothing",
+        {source.lostBones, "bone of a mesh has no node and holds nothing",
          "bones of meshes have no node and hold nothing"},
         {notes.bindConflicts, "bone is bound in different poses by several meshes; the first one's is taken",
          "bones are bound in different poses by several meshes; the first one's is taken"},
@@ -100,17 +82,18 @@ std::vector<std::string> warningLines(const ModelNotes& notes) {
          "collision meshes hang on moving nodes but stay where they are"},
         {notes.scaledBones, "bone changes its size in an animation, which is dropped",
          "bones change their size in an animation, which is dropped"},
-        {notes.shapeAnimations, "animation of vertices (morphing) is skipped",
+        {source.shapeClips, "animation of vertices (morphing) is skipped",
          "animations of vertices (morphing) are skipped"},
         {notes.morphs, "mesh loses its morph targets", "meshes lose their morph targets"},
         {notes.vertexColors, "mesh loses its vertex colours", "meshes lose their vertex colours"},
+        {notes.moreUvs, "mesh loses its further texture coordinates", "meshes lose their further texture coordinates"},
         {notes.alphaTextures, "material blends by its texture's alpha alone and comes out opaque",
          "materials blend by their texture's alpha alone and come out opaque"},
         {notes.embeddedTextures, "embedded texture is referred to by name and not written out",
          "embedded textures are referred to by name and not written out"},
     };
     std::vector<std::string> lines;
-    if (notes.stickFigure) lines.emplace_back("the file has no meshes; its skeleton is drawn as a stick figure");
+    if (source.stickFigure) lines.emplace_back("the file has no meshes; its skeleton is drawn as a stick figure");
     for (const Line& line : kLines) {
         if (line.count > 0)
             lines.push_back(std::to_string(line.count) + " " + (line.count == 1 ? line.one : line.many));
@@ -120,29 +103,31 @@ std::vector<std::string> warningLines(const ModelNotes& notes) {
                         (notes.missingTextures.size() == 1 ? " texture isn't" : " textures aren't") +
                         " found beside the model: " + firstFew(notes.missingTextures));
     }
+    lines.insert(lines.end(), source.remarks.begin(), source.remarks.end());
     lines.insert(lines.end(), notes.others.begin(), notes.others.end());
     return lines;
 }
 
 }  // namespace
 
-LoadResult readModel(const std::string& path, const ImportOptions& options) {
-    LoadResult result;
-    Assimp::Importer importer;
+ImportResult readModel(const std::string& path, const ImportOptions& options) {
     Model model;
     model.path = path;
     model.options = options;
-    model.source = importer.ReadFile(path, 0);
-    if (model.source == nullptr) return {{}, path + ": " + oneLine(importer.GetErrorString()), {}};
-    model.format = readerName(importer);
-    checkModel(model);
-    if (model.error.empty() && !prepare(importer)) model.fail(oneLine(importer.GetErrorString()));
-    if (model.error.empty()) {
-        model.scene.host.frameRate = options.frameRate;
-        runPasses(model);
+    model.source = isGltf2(path) ? readGltf(path) : readWithAssimp(path);
+    if (model.source.meshes.empty()) model.source.fail("the file holds no meshes");
+    model.error = model.source.error;
+    if (model.error.empty()) runPasses(model);
+    ImportResult result;
+    if (!model.error.empty()) {
+        result.error = path + ": " + model.error;
+        return result;
     }
-    if (!model.error.empty()) return {{}, path + ": " + model.error, {}};
-    return {std::move(model.scene), {}, warningLines(model.notes)};
+    result.scene = std::move(model.scene);
+    result.warnings = warningLines(model);
+    result.details.push_back(axesText(model));
+    result.textures = std::move(model.textures);
+    return result;
 }
 
 }  // namespace marrowfen::standin

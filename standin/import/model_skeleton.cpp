@@ -20,7 +20,6 @@ namespace {
 
 // Two placements of a mesh are the same when they differ by less than this part of its size.
 constexpr double kSamePlace = 1e-3;
-constexpr std::string_view kGltfReader = "glTF2 Importer";
 
 struct Joint {
     int32_t node = kNoNode;
@@ -33,16 +32,12 @@ using Corners = std::array<Vector, 8>;
 
 ModelNode& nodeAt(Model& model, int32_t index) { return model.nodes[static_cast<size_t>(index)]; }
 
-int32_t findNode(const Model& model, const aiString& name) {
-    const auto found = model.nodeByName.find(name.C_Str());
-    return found == model.nodeByName.end() ? kNoNode : found->second;
-}
+const SourceMesh& meshAt(const Model& model, int32_t index) { return model.source.meshes[static_cast<size_t>(index)]; }
 
 // Calls act(node, mesh number) for every mesh that hangs in the hierarchy.
-void eachMesh(const Model& model, const std::function<void(int32_t, unsigned)>& act) {
+void eachMesh(const Model& model, const std::function<void(int32_t, int32_t)>& act) {
     for (size_t n = 0; n < model.nodes.size(); ++n) {
-        const aiNode& source = *model.nodes[n].source;
-        for (unsigned m = 0; m < source.mNumMeshes; ++m) act(static_cast<int32_t>(n), source.mMeshes[m]);
+        for (const int32_t mesh : model.nodes[n].source->meshes) act(static_cast<int32_t>(n), mesh);
     }
 }
 
@@ -65,16 +60,9 @@ int32_t commonAncestor(const Model& model, int32_t a, int32_t b) {
 
 // The bones that a mesh names, and what connects them up to their common ancestor. The root of the whole file connects
 // everything and means nothing.
-void markSkin(Model& model, const aiMesh& mesh) {
+void markSkin(Model& model, const SourceMesh& mesh) {
     std::vector<int32_t> named;
-    for (unsigned b = 0; b < mesh.mNumBones; ++b) {
-        const int32_t node = findNode(model, mesh.mBones[b]->mName);
-        if (node == kNoNode) {
-            ++model.notes.lostBones;
-        } else {
-            named.push_back(node);
-        }
-    }
+    for (const SourceBone& bone : mesh.bones) named.push_back(bone.node);
     if (named.empty()) return;
     int32_t top = named[0];
     for (const int32_t node : named) top = commonAncestor(model, top, node);
@@ -91,7 +79,7 @@ void markBetweenAndBelow(Model& model) {
     std::vector<bool> holdsMeshes(model.nodes.size()), holdsBones(model.nodes.size()), belowBone(model.nodes.size());
     for (size_t i = model.nodes.size(); i-- > 0;) {
         const ModelNode& node = model.nodes[i];
-        if (node.source->mNumMeshes > 0) holdsMeshes[i] = true;
+        if (!node.source->meshes.empty()) holdsMeshes[i] = true;
         if (node.skinned) holdsBones[i] = true;
         if (node.parent == kNoNode) continue;
         const auto parent = static_cast<size_t>(node.parent);
@@ -107,10 +95,10 @@ void markBetweenAndBelow(Model& model) {
     }
 }
 
-Corners cornersOf(const aiMesh& mesh) {
-    Vector low(mesh.mVertices[0]), high = low;
-    for (unsigned v = 1; v < mesh.mNumVertices; ++v) {
-        const Vector at(mesh.mVertices[v]);
+Corners cornersOf(const SourceMesh& mesh) {
+    Vector low(mesh.positions[0]), high = low;
+    for (const aiVector3D& position : mesh.positions) {
+        const Vector at(position);
         low = {std::min(low.x, at.x), std::min(low.y, at.y), std::min(low.z, at.z)};
         high = {std::max(high.x, at.x), std::max(high.y, at.y), std::max(high.z, at.z)};
     }
@@ -134,14 +122,11 @@ bool isSameSize(const Corners& corners, const Matrix& a, const Matrix& b) {
     return std::fabs(sizeA - sizeB) <= 0.01 * std::max(sizeA, sizeB);
 }
 
-std::vector<Joint> jointsOf(const Model& model, const aiMesh& mesh) {
+std::vector<Joint> jointsOf(const SourceMesh& mesh) {
     std::vector<Joint> joints;
-    for (unsigned b = 0; b < mesh.mNumBones; ++b) {
-        Joint joint{findNode(model, mesh.mBones[b]->mName), Matrix(mesh.mBones[b]->mOffsetMatrix), {}};
-        const std::optional<Matrix> inverse = inverseOf(joint.offset);
-        if (joint.node == kNoNode || !inverse) continue;
-        joint.meshFromBone = *inverse;
-        joints.push_back(joint);
+    for (const SourceBone& bone : mesh.bones) {
+        const std::optional<Matrix> inverse = inverseOf(bone.boneFromMesh);
+        if (inverse) joints.push_back({bone.node, bone.boneFromMesh, *inverse});
     }
     return joints;
 }
@@ -163,16 +148,16 @@ Matrix bindPlace(const Model& model, int32_t node, const std::vector<Joint>& joi
     };
     const Matrix first = restPlace(joints[0]);
     if (restFits(meshPlace)) return meshPlace;
-    // What a single bone says always fits itself; glTF gives a skinned mesh's own node no say.
-    if ((joints.size() > 1 || model.format == kGltfReader) && restFits(first)) return first;
+    // What a single bone says always fits itself.
+    if ((joints.size() > 1 || model.source.skinsStandAlone) && restFits(first)) return first;
     // The model rests in another pose than the one it was bound in.
     return isSameSize(corners, meshPlace, first) ? meshPlace : first;
 }
 
-void bindMesh(Model& model, int32_t node, unsigned meshIndex) {
-    const aiMesh& mesh = *model.source->mMeshes[meshIndex];
-    const std::vector<Joint> joints = jointsOf(model, mesh);
-    if (joints.empty() || mesh.mNumVertices == 0) return;
+void bindMesh(Model& model, int32_t node, int32_t meshIndex) {
+    const SourceMesh& mesh = meshAt(model, meshIndex);
+    const std::vector<Joint> joints = jointsOf(mesh);
+    if (joints.empty() || mesh.positions.empty()) return;
     const Corners corners = cornersOf(mesh);
     const Matrix place = bindPlace(model, node, joints, corners);
     if (!isFinite(place)) return;
@@ -218,19 +203,11 @@ void bindOtherBones(Model& model) {
     }
 }
 
-bool isSkinned(const Model& model, unsigned mesh) {
-    const aiMesh& source = *model.source->mMeshes[mesh];
-    for (unsigned b = 0; b < source.mNumBones; ++b) {
-        if (findNode(model, source.mBones[b]->mName) != kNoNode) return true;
-    }
-    return false;
-}
-
 // Nodes whose movement shows: they hold bones, or visible meshes that no skin moves.
 std::vector<bool> nodesThatCarry(const Model& model) {
     std::vector<bool> carries(model.nodes.size());
-    eachMesh(model, [&](int32_t node, unsigned mesh) {
-        if (!isSkinned(model, mesh) && isDetailLayer(model, model.nodes[static_cast<size_t>(node)].layer)) {
+    eachMesh(model, [&](int32_t node, int32_t mesh) {
+        if (meshAt(model, mesh).bones.empty() && isDetailLayer(model, model.nodes[static_cast<size_t>(node)].layer)) {
             carries[static_cast<size_t>(node)] = true;
         }
     });
@@ -245,16 +222,11 @@ std::vector<bool> nodesThatCarry(const Model& model) {
 // The node that a helper of the FBX reader belongs to: the first real one below.
 int32_t realNode(const Model& model, int32_t node) {
     const auto count = static_cast<int32_t>(model.nodes.size());
-    while (node < count && model.nodes[static_cast<size_t>(node)].helper) ++node;
+    while (node < count && model.nodes[static_cast<size_t>(node)].source->helper) ++node;
     return node < count ? node : kNoNode;
 }
 
 }  // namespace
-
-// Of Half-Life models the reader makes all bones siblings, with poses that are meant relative to parents.
-bool losesSkeleton(const Model& model) {
-    return model.format == "Quake Mesh / 3D GameStudio Mesh Importer" && model.nodes[0].name == "<MDL_root>";
-}
 
 int32_t boneAbove(const Model& model, int32_t node) {
     while (node != kNoNode && !model.nodes[static_cast<size_t>(node)].bone) {
@@ -267,7 +239,7 @@ int32_t parentBone(const Model& model, int32_t node) {
     return boneAbove(model, model.nodes[static_cast<size_t>(node)].parent);
 }
 
-Matrix sceneFromMesh(const Model& model, int32_t node, unsigned mesh) {
+Matrix sceneFromMesh(const Model& model, int32_t node, int32_t mesh) {
     const auto skin = model.skinPlaces.find({node, mesh});
     if (skin != model.skinPlaces.end()) return skin->second;
     const ModelNode& source = model.nodes[static_cast<size_t>(node)];
@@ -279,25 +251,23 @@ Matrix sceneFromMesh(const Model& model, int32_t node, unsigned mesh) {
 }
 
 void findSkinBones(Model& model) {
-    if (losesSkeleton(model)) return;
-    eachMesh(model, [&](int32_t, unsigned mesh) { markSkin(model, *model.source->mMeshes[mesh]); });
+    if (model.source.losesSkeleton) return;
+    eachMesh(model, [&](int32_t, int32_t mesh) { markSkin(model, meshAt(model, mesh)); });
     markBetweenAndBelow(model);
     for (ModelNode& node : model.nodes) {
-        node.skinned = node.skinned && !node.helper;
+        node.skinned = node.skinned && !node.source->helper;
         node.bone = node.skinned;
     }
-    eachMesh(model, [&](int32_t node, unsigned mesh) { bindMesh(model, node, mesh); });
+    eachMesh(model, [&](int32_t node, int32_t mesh) { bindMesh(model, node, mesh); });
 }
 
 void findMovingBones(Model& model) {
-    if (losesSkeleton(model)) return;
+    if (model.source.losesSkeleton) return;
     const std::vector<bool> carries = nodesThatCarry(model);
-    for (unsigned a = 0; a < model.source->mNumAnimations; ++a) {
-        const aiAnimation& animation = *model.source->mAnimations[a];
-        for (unsigned c = 0; c < animation.mNumChannels; ++c) {
-            const int32_t node = findNode(model, animation.mChannels[c]->mNodeName);
-            if (node == kNoNode || !isMoving(nodeAt(model, node), *animation.mChannels[c])) continue;
-            const int32_t moved = realNode(model, node);
+    for (const SourceClip& clip : model.source.clips) {
+        for (const SourceChannel& channel : clip.channels) {
+            if (!isMoving(nodeAt(model, channel.node), channel)) continue;
+            const int32_t moved = realNode(model, channel.node);
             if (moved != kNoNode && carries[static_cast<size_t>(moved)]) nodeAt(model, moved).bone = true;
         }
     }

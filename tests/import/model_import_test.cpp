@@ -78,9 +78,9 @@ TEST(ModelImport, YUpBoxIsTurnedJoinedAndFacesOutward) {
     EXPECT_EQ(box.vertices.size(), 24U);
     EXPECT_EQ(box.faces.size(), 12U);
     for (const Vec3& v : box.vertices) {
-        EXPECT_TRUE((v[0] == 0 || v[0] == 1) && (v[1] == 0 || v[1] == -3) && (v[2] == 0 || v[2] == 2));
+        EXPECT_TRUE((v[0] == 0 || v[0] == -1) && (v[1] == 0 || v[1] == 3) && (v[2] == 0 || v[2] == 2));
     }
-    expectLooksOutward(box, {0.5F, -1.5F, 1});
+    expectLooksOutward(box, {-0.5F, 1.5F, 1});
     // Every face of the box is flat.
     EXPECT_EQ(std::set<Vec3>(box.normals->begin(), box.normals->end()).size(), 6U);
     // v upward, as the file has it, each value once.
@@ -93,7 +93,7 @@ TEST(ModelImport, ScaleMirrorAndMissingNormals) {
     ImportOptions options;
     options.scale = 0.5F;
     const Scene half = importText("a.obj", boxObj(), options);
-    expectLooksOutward(half.nodes[0].polyhedron, {0.25F, -0.75F, 0.5F});
+    expectLooksOutward(half.nodes[0].polyhedron, {-0.25F, 0.75F, 0.5F});
     float top = 0;
     for (const Vec3& v : half.nodes[0].polyhedron.vertices) top = std::max(top, v[2]);
     EXPECT_EQ(top, 1);
@@ -109,7 +109,8 @@ TEST(ModelImport, ScaleMirrorAndMissingNormals) {
     ASSERT_EQ(pair.nodes.size(), 3U);
     EXPECT_EQ(pair.layers.size(), 2U);  // Assimp's "nodes[2]" for what has no name isn't a "nodes" layer
     for (const Node& node : pair.nodes) {
-        EXPECT_FALSE(node.polyhedron.normals.has_value());
+        // Without normals of its own a glTF file means flat faces; the host's normals point inward.
+        EXPECT_EQ(node.polyhedron.normals, (std::vector<Vec3>(3, Vec3{0, 0, -1})));
         const std::vector<Vec3>& v = node.polyhedron.vertices;
         const std::vector<Corner>& c = node.polyhedron.faces[0].corners;
         const auto at = [&](size_t k) { return v[static_cast<size_t>(c[k].vertex)]; };
@@ -123,12 +124,12 @@ TEST(ModelImport, FacesAndNormalsThatDisagreeArePutRight) {
         const ModelFolder folder;
         const LoadResult result = importModel(folder.write("a.obj", boxObj(normalsInward, !normalsInward)), {});
         ASSERT_TRUE(result.scene.has_value()) << result.error;
-        expectLooksOutward(result.scene->nodes[0].polyhedron, {0.5F, -1.5F, 1});
+        expectLooksOutward(result.scene->nodes[0].polyhedron, {-0.5F, 1.5F, 1});
         EXPECT_EQ(result.warnings.size(), 1U);
     }
     // A room looks inward on purpose.
     const Polyhedron room = importText("a.obj", boxObj(true, true)).nodes[0].polyhedron;
-    const Vec3 middle = {0.5F, -1.5F, 1};
+    const Vec3 middle = {-0.5F, 1.5F, 1};
     for (size_t v = 0; v < room.vertices.size(); ++v) {
         EXPECT_GT(dot((*room.normals)[v], minus(room.vertices[v], middle)), 0);
     }
@@ -196,7 +197,7 @@ TEST(ModelImport, NamesMakeLayersAndMarkers) {
                           {{"name", "bounds:no_mipmap"}}};
     gltf.json["scenes"] = {{{"nodes", {0, 1, 3, 6, 8}}}};
     const Scene scene = importText("a.gltf", gltf.text());
-    EXPECT_EQ(scene.layers, (std::vector<std::optional<std::string>>{std::nullopt, "Detail:size=1", "Collision:box",
+    EXPECT_EQ(scene.layers, (std::vector<std::optional<std::string>>{std::nullopt, "Detail:size=64", "Collision:box",
                                                                      "Nodes", "far:size=10", "bounds:no_mipmap"}));
     ASSERT_EQ(scene.nodes.size(), 4U);
     EXPECT_EQ(scene.nodes[0].layer, 1);
@@ -204,11 +205,11 @@ TEST(ModelImport, NamesMakeLayersAndMarkers) {
     const Node& eye = scene.nodes[2].children[0];
     EXPECT_EQ(eye.type, 201);
     EXPECT_EQ(eye.layer, 3);
-    EXPECT_EQ(eye.location, (Vec3{1, -3, 2}));
+    EXPECT_EQ(eye.location, (Vec3{-1, 3, 2}));
     // About the model's up axis is about the scene's, anticlockwise, which the host writes as Rz(-az).
     for (size_t k = 0; k < 3; ++k) EXPECT_NEAR(eye.rotation[k], k == 2 ? -std::acos(0.0F) : 0, 1e-6F);
     ASSERT_EQ(eye.children.size(), 1U);
-    EXPECT_NEAR(eye.children[0].location[1], -2, 1e-6F);
+    EXPECT_NEAR(eye.children[0].location[1], 2, 1e-6F);
     EXPECT_EQ(scene.nodes[3].children[0].layer, 4);
 }
 

@@ -1,0 +1,387 @@
+#include <assimp/GltfMaterial.h>
+#include <assimp/importerdesc.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+#include <assimp/Importer.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <unordered_map>
+
+#include "standin/import/assimp_axes.h"
+#include "standin/import/source_model.h"
+
+// What Assimp reads, as a source model. Assimp checks some formats and not others, so every index is checked here.
+
+namespace marrowfen::standin {
+
+namespace {
+
+constexpr std::string_view kFbxReader = "Autodesk FBX Importer";
+constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
+constexpr std::string_view kColladaReader = "Collada Importer";
+constexpr std::string_view kQuakeReader = "Quake Mesh / 3D GameStudio Mesh Importer";
+constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
+constexpr float kNoticeableWeight = 0.001F;    // a second weight below it is rounding
+constexpr unsigned kMostLevels = 1000;         // of the hierarchy, which later passes and the host walk recursively
+
+struct Reading {
+    const aiScene& scene;
+    std::string_view format;
+    std::filesystem::path path;
+    SourceModel model;
+    std::unordered_map<std::string, int32_t> nodeByName;  // the first one
+};
+
+std::string textOf(const aiString& text) { return cleanText(text.C_Str()); }
+
+std::string readerName(const Assimp::Importer& importer) {
+    const aiImporterDesc* description =
+        importer.GetImporterInfo(static_cast<size_t>(importer.GetPropertyInteger("importerIndex", -1)));
+    return description != nullptr && description->mName != nullptr ? description->mName : "";
+}
+
+// Assimp's own words, as one line.
+std::string oneLine(const char* text) {
+    std::string line = cleanText(text);
+    std::replace(line.begin(), line.end(), '\t', ' ');
+    return line.empty() ? "the file can't be read" : line;
+}
+
+std::string meshName(const aiScene& scene, unsigned mesh) {
+    const std::string name = textOf(scene.mMeshes[mesh]->mName);
+    return "mesh " + std::to_string(mesh) + (name.empty() ? "" : " (" + name + ")");
+}
+
+std::string outOf(size_t index, size_t count) { return std::to_string(index) + " of " + std::to_string(count); }
+
+// What Assimp's own passes and the ones below rely on.
+void checkMesh(Reading& reading, unsigned index) {
+    SourceModel& model = reading.model;
+    const aiMesh* mesh = reading.scene.mMeshes[index];
+    if (mesh == nullptr || mesh->mVertices == nullptr || (mesh->mNumFaces > 0 && mesh->mFaces == nullptr)) {
+        return model.fail("mesh " + std::to_string(index) + " has no vertices or faces");
+    }
+    const std::string name = meshName(reading.scene, index);
+    if (mesh->mMaterialIndex >= reading.scene.mNumMaterials) {
+        return model.fail(name + ": material " + outOf(mesh->mMaterialIndex, reading.scene.mNumMaterials));
+    }
+    for (unsigned f = 0; f < mesh->mNumFaces; ++f) {
+        const aiFace& face = mesh->mFaces[f];
+        for (unsigned c = 0; c < face.mNumIndices; ++c) {
+            if (face.mIndices[c] < mesh->mNumVertices) continue;
+            return model.fail(name + ", face " + std::to_string(f) + ": vertex " +
+                              outOf(face.mIndices[c], mesh->mNumVertices));
+        }
+    }
+    for (unsigned b = 0; b < mesh->mNumBones; ++b) {
+        const aiBone& bone = *mesh->mBones[b];
+        for (unsigned w = 0; w < bone.mNumWeights; ++w) {
+            if (bone.mWeights[w].mVertexId < mesh->mNumVertices) continue;
+            return model.fail(name + ", bone " + textOf(bone.mName) + ": vertex " +
+                              outOf(bone.mWeights[w].mVertexId, mesh->mNumVertices));
+        }
+    }
+}
+
+void checkNode(Reading& reading, const aiNode& node, unsigned level) {
+    SourceModel& model = reading.model;
+    if (level > kMostLevels) return model.fail("nodes are nested deeper than " + std::to_string(kMostLevels));
+    for (unsigned m = 0; m < node.mNumMeshes; ++m) {
+        if (node.mMeshes[m] < reading.scene.mNumMeshes) continue;
+        return model.fail("node " + textOf(node.mName) + ": mesh " + outOf(node.mMeshes[m], reading.scene.mNumMeshes));
+    }
+    for (unsigned c = 0; c < node.mNumChildren && model.error.empty(); ++c) {
+        checkNode(reading, *node.mChildren[c], level + 1);
+    }
+}
+
+// The reader puts the file's unit into the root's transform; the unit is applied where all formats' units are.
+void takeUnitFromRoot(SourceModel& model) {
+    Matrix& root = model.nodes[0].local;
+    const double unit = scaleOf(root).x;
+    if (!(unit > 0) || !std::isfinite(unit)) return;
+    for (unsigned row = 0; row < 3; ++row) {
+        for (unsigned column = 0; column < 3; ++column) root[row][column] /= unit;
+    }
+    model.unit = unit;
+}
+
+// The number in what the reader of glTF 1.0 calls a node without a name. It would make the node a layer of markers.
+std::string madeUpNumber(const Reading& reading, const std::string& name) {
+    if (reading.format.find("glTF") == std::string::npos || !name.starts_with("nodes") || name.size() < 7) return {};
+    const bool isBracket = name[5] == '[' && name.back() == ']';
+    const std::string number = name.substr(6, name.size() - (isBracket ? 7 : 6));
+    const bool isNumber = number.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber && (isBracket || name[5] == '_') ? number : std::string();
+}
+
+// The reader may name its root after the file; that is no name that an artist gave.
+bool isNamedAfterFile(const Reading& reading, const aiNode& root) {
+    const std::filesystem::path name(root.mName.C_Str());
+    return name.filename() == reading.path.filename() || name.filename() == reading.path.stem();
+}
+
+void addNode(Reading& reading, const aiNode& source, int32_t parent) {
+    const auto index = static_cast<int32_t>(reading.model.nodes.size());
+    SourceNode node;
+    node.parent = parent;
+    node.helper = std::string_view(source.mName.C_Str()).find(kFbxHelper) != std::string_view::npos;
+    node.name = textOf(source.mName);
+    const std::string number = madeUpNumber(reading, node.name);
+    // Other readers make up names such as "<STL_BINARY>".
+    node.unnamed = node.name.empty() || node.name.front() == '<' || !number.empty();
+    if (!number.empty()) node.name = "node" + number;
+    if (parent == kNone && isNamedAfterFile(reading, source)) node.unnamed = true;
+    node.local = Matrix(source.mTransformation);
+    for (unsigned m = 0; m < source.mNumMeshes; ++m) node.meshes.push_back(static_cast<int32_t>(source.mMeshes[m]));
+    reading.nodeByName.emplace(source.mName.C_Str(), index);
+    reading.model.nodes.push_back(std::move(node));
+    for (unsigned c = 0; c < source.mNumChildren; ++c) addNode(reading, *source.mChildren[c], index);
+}
+
+int32_t findNode(const Reading& reading, const aiString& name) {
+    const auto found = reading.nodeByName.find(name.C_Str());
+    return found == reading.nodeByName.end() ? kNone : found->second;
+}
+
+void addFaces(Reading& reading, const aiMesh& source, SourceMesh& mesh) {
+    for (unsigned f = 0; f < source.mNumFaces; ++f) {
+        const aiFace& face = source.mFaces[f];
+        if (face.mNumIndices < 3) ++reading.model.linesAndPoints;
+        for (unsigned c = 2; c < face.mNumIndices; ++c) {
+            mesh.corners.insert(mesh.corners.end(), {face.mIndices[0], face.mIndices[c - 1], face.mIndices[c]});
+        }
+    }
+}
+
+void addBones(Reading& reading, const aiMesh& source, SourceMesh& mesh) {
+    std::vector<float> heaviest(source.mNumVertices, 0);
+    std::vector<uint8_t> noticed(source.mNumVertices, 0);
+    for (unsigned b = 0; b < source.mNumBones; ++b) {
+        const aiBone& bone = *source.mBones[b];
+        const int32_t node = findNode(reading, bone.mName);
+        if (node == kNone) {
+            ++reading.model.lostBones;
+            continue;
+        }
+        mesh.holds.resize(source.mNumVertices);
+        for (unsigned w = 0; w < bone.mNumWeights; ++w) {
+            const unsigned vertex = bone.mWeights[w].mVertexId;
+            const float weight = bone.mWeights[w].mWeight;
+            if (!std::isfinite(weight)) {
+                return reading.model.fail("mesh " + mesh.name + ", bone " + textOf(bone.mName) +
+                                          ": a weight isn't finite");
+            }
+            if (weight > kNoticeableWeight && noticed[vertex]++ > 0) mesh.holds[vertex].several = true;
+            if (noticed[vertex] > 1) noticed[vertex] = 1;
+            if (!(weight > heaviest[vertex])) continue;
+            heaviest[vertex] = weight;
+            mesh.holds[vertex].bone = static_cast<int32_t>(mesh.bones.size());
+        }
+        mesh.bones.push_back({node, Matrix(bone.mOffsetMatrix)});
+    }
+}
+
+// The set of texture coordinates that the colour's texture uses, else the first.
+void addUvs(const aiScene& scene, const aiMesh& source, SourceMesh& mesh) {
+    int set = 0;
+    const aiMaterial& material = *scene.mMaterials[source.mMaterialIndex];
+    if (material.Get(AI_MATKEY_UVWSRC_DIFFUSE(0), set) != aiReturn_SUCCESS || set < 0 ||
+        set >= AI_MAX_NUMBER_OF_TEXTURECOORDS || !source.HasTextureCoords(static_cast<unsigned>(set))) {
+        set = 0;
+    }
+    const aiVector3D* uvs = source.mTextureCoords[set];
+    for (unsigned v = 0; uvs != nullptr && v < source.mNumVertices; ++v) mesh.uvs.push_back({uvs[v].x, uvs[v].y});
+    mesh.hasMoreUvs = source.GetNumUVChannels() > 1;
+}
+
+void addMesh(Reading& reading, unsigned index) {
+    const aiMesh& source = *reading.scene.mMeshes[index];
+    SourceMesh mesh;
+    mesh.name = textOf(source.mName);
+    const bool madeUp = mesh.name.starts_with('<') || !madeUpNumber(reading, mesh.name).empty();
+    if (madeUp) mesh.name.clear();
+    mesh.positions.assign(source.mVertices, source.mVertices + source.mNumVertices);
+    if (source.HasNormals()) mesh.normals.assign(source.mNormals, source.mNormals + source.mNumVertices);
+    mesh.material = static_cast<int32_t>(source.mMaterialIndex);
+    mesh.hasMorphs = source.mNumAnimMeshes > 0;
+    mesh.hasColors = source.HasVertexColors(0);
+    addUvs(reading.scene, source, mesh);
+    addFaces(reading, source, mesh);
+    addBones(reading, source, mesh);
+    reading.model.meshes.push_back(std::move(mesh));
+}
+
+void findAlpha(const aiMaterial& source, SourceMaterial& material) {
+    aiString mode;
+    // glTF keeps the opacity in the colour, and tells whether it counts.
+    if (source.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS) {
+        const std::string_view word = mode.C_Str();
+        if (word == "BLEND") material.alpha = SourceMaterial::Alpha::Blend;
+        if (word == "MASK") material.alpha = SourceMaterial::Alpha::Mask;
+        if (word != "BLEND") material.color[3] = 1;
+        return;
+    }
+    float opacity = 1;
+    source.Get(AI_MATKEY_OPACITY, opacity);
+    material.color[3] = opacity;
+    aiString mask;
+    const bool hasMask = source.GetTexture(aiTextureType_OPACITY, 0, &mask) == aiReturn_SUCCESS && mask.length > 0;
+    if (opacity < 1 || hasMask) material.alpha = SourceMaterial::Alpha::Blend;
+}
+
+void findTexture(const aiScene& scene, const aiMaterial& source, SourceMaterial& material) {
+    for (const aiTextureType type : {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR, aiTextureType_EMISSIVE}) {
+        aiString path;
+        if (source.GetTexture(type, 0, &path) != aiReturn_SUCCESS || path.length == 0) continue;
+        const auto [texture, index] = scene.GetEmbeddedTextureAndIndex(path.C_Str());
+        if (texture != nullptr) material.image = index;
+        material.texture = textOf(path);
+        return;
+    }
+}
+
+void addMaterial(Reading& reading, const aiMaterial& source) {
+    SourceMaterial material;
+    aiString name;
+    source.Get(AI_MATKEY_NAME, name);
+    material.name = textOf(name);
+    // Of a file without meshes, Assimp draws the skeleton.
+    if (material.name == "SkeletonMaterial") reading.model.stickFigure = true;
+    aiColor4D color(1, 1, 1, 1);
+    if (source.Get(AI_MATKEY_BASE_COLOR, color) != aiReturn_SUCCESS) source.Get(AI_MATKEY_COLOR_DIFFUSE, color);
+    material.color = {color.r, color.g, color.b, color.a};
+    findAlpha(source, material);
+    findTexture(reading.scene, source, material);
+    aiColor3D emission(0, 0, 0);
+    source.Get(AI_MATKEY_COLOR_EMISSIVE, emission);
+    material.emission = std::max({emission.r, emission.g, emission.b});
+    int twoSided = 0;
+    material.doubleSided = source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
+    reading.model.materials.push_back(std::move(material));
+}
+
+void addImage(Reading& reading, const aiTexture& source) {
+    SourceImage image;
+    image.name = textOf(source.mFilename);
+    if (!image.name.empty() && image.name[0] == '*') image.name.clear();
+    // With a height, it is pixels and not a file's bytes.
+    if (source.mHeight == 0 && source.pcData != nullptr) {
+        image.bytes.assign(reinterpret_cast<const char*>(source.pcData), source.mWidth);
+        const std::string ending = cleanText(source.achFormatHint);
+        if (!ending.empty()) image.ending = "." + ending;
+    }
+    reading.model.images.push_back(std::move(image));
+}
+
+template <typename KeyType>
+void addKey(const KeyType& key, double ticksPerSecond, SourceTrack& track) {
+    track.times.push_back(key.mTime / ticksPerSecond);
+    if constexpr (std::is_same_v<KeyType, aiQuatKey>) {
+        track.values.insert(track.values.end(), {key.mValue.x, key.mValue.y, key.mValue.z, key.mValue.w});
+    } else {
+        track.values.insert(track.values.end(), {key.mValue.x, key.mValue.y, key.mValue.z});
+    }
+}
+
+template <typename KeyType>
+SourceTrack trackOf(const KeyType* keys, unsigned count, double ticksPerSecond) {
+    SourceTrack track;
+    for (unsigned k = 0; keys != nullptr && k < count; ++k) addKey(keys[k], ticksPerSecond, track);
+    return track;
+}
+
+double lastTime(const SourceTrack& track) { return track.times.empty() ? 0 : track.times.back(); }
+
+void addClip(Reading& reading, const aiAnimation& source) {
+    if (source.mNumMorphMeshChannels > 0 || source.mNumMeshChannels > 0) ++reading.model.shapeClips;
+    if (source.mNumChannels == 0) return;
+    const double ticksPerSecond = source.mTicksPerSecond > 0 ? source.mTicksPerSecond : kDefaultTicksPerSecond;
+    SourceClip clip;
+    clip.name = textOf(source.mName);
+    clip.seconds = source.mDuration / ticksPerSecond;
+    double last = 0;
+    std::unordered_map<int32_t, size_t> channelOf;
+    for (unsigned c = 0; c < source.mNumChannels; ++c) {
+        const aiNodeAnim& track = *source.mChannels[c];
+        SourceChannel channel;
+        channel.node = findNode(reading, track.mNodeName);
+        channel.location = trackOf(track.mPositionKeys, track.mNumPositionKeys, ticksPerSecond);
+        channel.rotation = trackOf(track.mRotationKeys, track.mNumRotationKeys, ticksPerSecond);
+        channel.scale = trackOf(track.mScalingKeys, track.mNumScalingKeys, ticksPerSecond);
+        last = std::max({last, lastTime(channel.location), lastTime(channel.rotation), lastTime(channel.scale)});
+        if (track.mPostState == aiAnimBehaviour_REPEAT) clip.loops = true;
+        if (channel.node == kNone) continue;
+        const auto [entry, isNew] = channelOf.try_emplace(channel.node, clip.channels.size());
+        if (isNew) {
+            clip.channels.push_back(std::move(channel));
+        } else {
+            clip.channels[entry->second] = std::move(channel);
+        }
+    }
+    if (!(clip.seconds > 0)) clip.seconds = last;
+    reading.model.clips.push_back(std::move(clip));
+}
+
+// Where keys lie on whole ticks, a tick is a frame.
+double frameRateOf(const aiScene& scene) {
+    constexpr double kMostFrames = 240;
+    for (unsigned a = 0; a < scene.mNumAnimations; ++a) {
+        const aiAnimation& animation = *scene.mAnimations[a];
+        const double rate = animation.mTicksPerSecond;
+        if (!(rate >= 1) || rate > kMostFrames || animation.mNumChannels == 0) continue;
+        const aiNodeAnim& track = *animation.mChannels[0];
+        if (track.mNumRotationKeys < 2) continue;
+        bool whole = true;
+        for (unsigned k = 0; k < track.mNumRotationKeys && whole; ++k) {
+            const double time = track.mRotationKeys[k].mTime;
+            whole = std::fabs(time - std::round(time)) < 1e-3;
+        }
+        if (whole) return rate;
+    }
+    return 0;
+}
+
+void convert(Reading& reading) {
+    SourceModel& model = reading.model;
+    const aiScene& scene = reading.scene;
+    addNode(reading, *scene.mRootNode, kNone);
+    findAxes(scene, reading.format, model);
+    if (reading.format == kColladaReader) takeUnitFromRoot(model);
+    // Of Half-Life models the reader makes all bones siblings, with poses that are meant relative to parents.
+    model.losesSkeleton = reading.format == kQuakeReader && model.nodes[0].name == "<MDL_root>";
+    for (unsigned m = 0; m < scene.mNumMeshes && model.error.empty(); ++m) addMesh(reading, m);
+    for (unsigned m = 0; m < scene.mNumMaterials; ++m) addMaterial(reading, *scene.mMaterials[m]);
+    for (unsigned t = 0; t < scene.mNumTextures; ++t) addImage(reading, *scene.mTextures[t]);
+    for (unsigned a = 0; a < scene.mNumAnimations; ++a) addClip(reading, *scene.mAnimations[a]);
+    model.frameRate = frameRateOf(scene);
+}
+
+}  // namespace
+
+SourceModel readWithAssimp(const std::string& path) {
+    Assimp::Importer importer;
+    SourceModel model;
+    const aiScene* scene = importer.ReadFile(path, 0);
+    if (scene == nullptr) {
+        model.fail(oneLine(importer.GetErrorString()));
+        return model;
+    }
+    const std::string format = readerName(importer);
+    Reading reading{*scene, format, path, {}, {}};
+    if (scene->mRootNode == nullptr) reading.model.fail("the file holds no nodes");
+    for (unsigned m = 0; m < scene->mNumMeshes && reading.model.error.empty(); ++m) checkMesh(reading, m);
+    if (reading.model.error.empty()) checkNode(reading, *scene->mRootNode, 1);
+    // Polygons are cut into triangles here, where concave ones are cut right; the host would cut them as fans. Mappings
+    // other than coordinates, and texture transforms, are worked into the coordinates.
+    if (reading.model.error.empty() && importer.ApplyPostProcessing(aiProcess_Triangulate | aiProcess_GenUVCoords |
+                                                                    aiProcess_TransformUVCoords) == nullptr) {
+        reading.model.fail(oneLine(importer.GetErrorString()));
+    }
+    if (reading.model.error.empty()) convert(reading);
+    return std::move(reading.model);
+}
+
+}  // namespace marrowfen::standin

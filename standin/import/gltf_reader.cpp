@@ -1,0 +1,470 @@
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <set>
+
+#include "ground/ascii.h"
+#include "standin/import/assimp_axes.h"
+#include "standin/import/gltf_document.h"
+#include "standin/import/gltf_primitives.h"
+
+// glTF 2.0 as a source model: the nodes of the scene that the file opens with, and what hangs on them.
+
+namespace marrowfen::standin {
+
+namespace {
+
+constexpr size_t kMostLevels = 1000;  // of the hierarchy, which later passes and the host walk recursively
+constexpr const char* kSpecularGlossiness = "KHR_materials_pbrSpecularGlossiness";
+constexpr const char* kTextureTransform = "KHR_texture_transform";
+
+struct Reading {
+    GltfDocument document;
+    SourceModel model;
+    std::vector<int32_t> nodeOf;  // by the file's node, in the source model; kNone for those of other scenes
+    std::vector<GltfUvs> uvsOf;   // by material
+    std::vector<GltfSkin> skins;
+    std::map<std::pair<int, int>, std::vector<int32_t>> meshesOf;  // by the file's mesh and skin
+
+    const tinygltf::Model& file() const { return document.model(); }
+};
+
+std::string listText(const std::set<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+void noteExtensions(Reading& reading) {
+    constexpr std::string_view kCarriedOver[] = {"KHR_mesh_quantization",      "KHR_texture_transform",
+                                                 "KHR_draco_mesh_compression", "EXT_meshopt_compression",
+                                                 "KHR_materials_unlit",        "KHR_materials_pbrSpecularGlossiness"};
+    std::set<std::string> others;
+    for (const std::string& extension : reading.file().extensionsUsed) {
+        if (std::find(std::begin(kCarriedOver), std::end(kCarriedOver), extension) == std::end(kCarriedOver)) {
+            others.insert(cleanText(extension));
+        }
+    }
+    if (!others.empty()) {
+        reading.model.remarks.push_back((others.size() == 1 ? "extension is ignored: " : "extensions are ignored: ") +
+                                        listText(others));
+    }
+}
+
+// Nodes.
+
+double numberAt(const std::vector<double>& numbers, size_t index, double otherwise) {
+    return index < numbers.size() ? numbers[index] : otherwise;
+}
+
+Matrix localOf(const tinygltf::Node& node) {
+    if (node.matrix.size() == 16) {
+        const std::vector<double>& m = node.matrix;  // by columns
+        return {m[0], m[4], m[8], m[12], m[1], m[5], m[9], m[13], m[2], m[6], m[10], m[14], m[3], m[7], m[11], m[15]};
+    }
+    const Vector scale(numberAt(node.scale, 0, 1), numberAt(node.scale, 1, 1), numberAt(node.scale, 2, 1));
+    const Vector location(numberAt(node.translation, 0, 0), numberAt(node.translation, 1, 0),
+                          numberAt(node.translation, 2, 0));
+    aiQuaterniont<double> rotation(numberAt(node.rotation, 3, 1), numberAt(node.rotation, 0, 0),
+                                   numberAt(node.rotation, 1, 0), numberAt(node.rotation, 2, 0));
+    const double length = std::sqrt(rotation.w * rotation.w + rotation.x * rotation.x + rotation.y * rotation.y +
+                                    rotation.z * rotation.z);
+    if (length > 0) {
+        rotation = {rotation.w / length, rotation.x / length, rotation.y / length, rotation.z / length};
+    } else {
+        rotation = {};
+    }
+    return {scale, rotation, location};
+}
+
+void addNode(Reading& reading, int index, int32_t parent, size_t level) {
+    const std::vector<tinygltf::Node>& nodes = reading.file().nodes;
+    if (indexWithin(index, nodes.size()) == kNone) {
+        return reading.model.fail("node " + std::to_string(index) + " of " + std::to_string(nodes.size()));
+    }
+    int32_t& place = reading.nodeOf[static_cast<size_t>(index)];
+    if (place != kNone) return reading.model.fail("node " + std::to_string(index) + " hangs in two places");
+    if (level > kMostLevels) return reading.model.fail("nodes are nested deeper than " + std::to_string(kMostLevels));
+    const tinygltf::Node& source = nodes[static_cast<size_t>(index)];
+    place = static_cast<int32_t>(reading.model.nodes.size());
+    SourceNode node;
+    node.name = cleanText(source.name);
+    node.unnamed = node.name.empty();
+    if (node.unnamed) node.name = "node" + std::to_string(index);
+    node.parent = parent;
+    node.local = localOf(source);
+    reading.model.nodes.push_back(std::move(node));
+    const int32_t self = place;
+    for (const int child : source.children) {
+        if (reading.model.error.empty()) addNode(reading, child, self, level + 1);
+    }
+}
+
+std::vector<int> rootsOf(const tinygltf::Model& file) {
+    const int32_t scene = indexWithin(std::max(file.defaultScene, 0), file.scenes.size());
+    if (scene != kNone) return file.scenes[static_cast<size_t>(scene)].nodes;
+    std::vector<bool> isChild(file.nodes.size());
+    for (const tinygltf::Node& node : file.nodes) {
+        for (const int child : node.children) {
+            if (indexWithin(child, file.nodes.size()) != kNone) isChild[static_cast<size_t>(child)] = true;
+        }
+    }
+    std::vector<int> roots;
+    for (size_t n = 0; n < file.nodes.size(); ++n) {
+        if (!isChild[n]) roots.push_back(static_cast<int>(n));
+    }
+    return roots;
+}
+
+void addNodes(Reading& reading) {
+    const tinygltf::Model& file = reading.file();
+    reading.nodeOf.assign(file.nodes.size(), kNone);
+    SourceNode root;
+    root.unnamed = true;
+    reading.model.nodes.push_back(std::move(root));
+    for (const int index : rootsOf(file)) {
+        if (reading.model.error.empty()) addNode(reading, index, 0, 1);
+    }
+    if (file.scenes.size() > 1) {
+        reading.model.remarks.push_back(std::to_string(file.scenes.size() - 1) +
+                                        (file.scenes.size() == 2 ? " further scene is" : " further scenes are") +
+                                        " left out");
+    }
+}
+
+// Materials.
+
+const tinygltf::Value* memberOf(const tinygltf::Value& object, const char* key) {
+    return object.Has(key) ? &object.Get(key) : nullptr;
+}
+
+double numberOf(const tinygltf::Value* value, double otherwise) {
+    return value != nullptr && value->IsNumber() ? value->GetNumberAsDouble() : otherwise;
+}
+
+double numberIn(const tinygltf::Value* list, size_t index, double otherwise) {
+    if (list == nullptr || !list->IsArray() || index >= list->ArrayLen()) return otherwise;
+    return numberOf(&list->Get(index), otherwise);
+}
+
+// A texture reference of the core or of an extension.
+struct TextureUse {
+    int texture = kNone;
+    int set = 0;
+    const tinygltf::Value* transform = nullptr;
+};
+
+TextureUse useOf(const tinygltf::TextureInfo& info) {
+    const auto transform = info.extensions.find(kTextureTransform);
+    return {info.index, info.texCoord, transform == info.extensions.end() ? nullptr : &transform->second};
+}
+
+TextureUse useOf(const tinygltf::Value* info) {
+    if (info == nullptr) return {};
+    TextureUse use;
+    use.texture = static_cast<int>(numberOf(memberOf(*info, "index"), kNone));
+    use.set = static_cast<int>(numberOf(memberOf(*info, "texCoord"), 0));
+    const tinygltf::Value* extensions = memberOf(*info, "extensions");
+    use.transform = extensions == nullptr ? nullptr : memberOf(*extensions, kTextureTransform);
+    return use;
+}
+
+GltfUvs uvsOf(const TextureUse& use) {
+    GltfUvs uvs;
+    uvs.set = use.set;
+    if (use.transform == nullptr) return uvs;
+    uvs.set = static_cast<int>(numberOf(memberOf(*use.transform, "texCoord"), uvs.set));
+    uvs.rotation = numberOf(memberOf(*use.transform, "rotation"), 0);
+    for (size_t k = 0; k < 2; ++k) {
+        uvs.scale[k] = numberIn(memberOf(*use.transform, "scale"), k, 1);
+        uvs.offset[k] = numberIn(memberOf(*use.transform, "offset"), k, 0);
+    }
+    return uvs;
+}
+
+int32_t imageOf(const tinygltf::Model& file, int texture) {
+    if (indexWithin(texture, file.textures.size()) == kNone) return kNone;
+    const tinygltf::Texture& found = file.textures[static_cast<size_t>(texture)];
+    int image = found.source;
+    for (const char* extension : {"EXT_texture_webp", "MSFT_texture_dds", "KHR_texture_basisu"}) {
+        const auto entry = found.extensions.find(extension);
+        if (image < 0 && entry != found.extensions.end()) {
+            image = static_cast<int>(numberOf(memberOf(entry->second, "source"), kNone));
+        }
+    }
+    return image;
+}
+
+void setTexture(Reading& reading, const TextureUse& use, SourceMaterial& material) {
+    const std::vector<GltfImage>& images = reading.document.images();
+    const int32_t image = indexWithin(imageOf(reading.file(), use.texture), images.size());
+    if (image == kNone) return;
+    const GltfImage& source = images[static_cast<size_t>(image)];
+    if (source.path.empty()) {
+        material.image = image;
+    } else {
+        material.texture = cleanText(source.path);
+    }
+}
+
+// The texture of the colour; false for none.
+TextureUse colorTexture(const tinygltf::Material& source, SourceMaterial& material) {
+    const std::vector<double>& factor = source.pbrMetallicRoughness.baseColorFactor;
+    for (size_t k = 0; k < 4; ++k) material.color[k] = static_cast<float>(numberAt(factor, k, 1));
+    const auto other = source.extensions.find(kSpecularGlossiness);
+    if (other == source.extensions.end()) return useOf(source.pbrMetallicRoughness.baseColorTexture);
+    const tinygltf::Value* diffuse = memberOf(other->second, "diffuseFactor");
+    for (size_t k = 0; k < 4; ++k) material.color[k] = static_cast<float>(numberIn(diffuse, k, 1));
+    return useOf(memberOf(other->second, "diffuseTexture"));
+}
+
+void addMaterial(Reading& reading, const tinygltf::Material& source, size_t& partlyGlowing) {
+    SourceMaterial material;
+    material.name = cleanText(source.name);
+    TextureUse use = colorTexture(source, material);
+    const TextureUse glow = useOf(source.emissiveTexture);
+    double emission = 0;
+    for (size_t k = 0; k < 3; ++k) emission = std::max(emission, numberAt(source.emissiveFactor, k, 0));
+    const bool sharesGlow = glow.texture < 0 || use.texture < 0 ||
+                            imageOf(reading.file(), glow.texture) == imageOf(reading.file(), use.texture);
+    if (emission > 0 && !sharesGlow) {
+        // The engine lights a material as a whole.
+        ++partlyGlowing;
+        emission = 0;
+    }
+    if (use.texture < 0 && emission > 0) use = glow;
+    if (source.extensions.count("KHR_materials_unlit") > 0) emission = 1;
+    material.emission = static_cast<float>(emission);
+    if (source.alphaMode == "BLEND") material.alpha = SourceMaterial::Alpha::Blend;
+    if (source.alphaMode == "MASK") material.alpha = SourceMaterial::Alpha::Mask;
+    if (material.alpha != SourceMaterial::Alpha::Blend) material.color[3] = 1;
+    material.doubleSided = source.doubleSided;
+    setTexture(reading, use, material);
+    reading.uvsOf.push_back(uvsOf(use));
+    reading.model.materials.push_back(std::move(material));
+}
+
+std::string endingOf(std::string_view bytes, std::string_view mimeType) {
+    const struct {
+        std::string_view magic, mimeType, ending;
+    } kKinds[] = {{"\x89PNG", "image/png", ".png"},     {"\xFF\xD8\xFF", "image/jpeg", ".jpg"},
+                  {"RIFF", "image/webp", ".webp"},      {"\xABKTX", "image/ktx2", ".ktx2"},
+                  {"DDS ", "image/vnd-ms.dds", ".dds"}, {"BM", "image/bmp", ".bmp"},
+                  {"GIF8", "image/gif", ".gif"}};
+    for (const auto& kind : kKinds) {
+        if (bytes.starts_with(kind.magic)) return std::string(kind.ending);
+    }
+    for (const auto& kind : kKinds) {
+        if (mimeType == kind.mimeType) return std::string(kind.ending);
+    }
+    return {};
+}
+
+void addImages(Reading& reading) {
+    for (const GltfImage& source : reading.document.images()) {
+        SourceImage image;
+        image.name = cleanText(source.name);
+        image.bytes = source.bytes;
+        std::string_view bytes;
+        std::string fault;
+        if (source.bufferView >= 0 && reading.document.viewBytes(source.bufferView, bytes, fault)) image.bytes = bytes;
+        if (!fault.empty()) reading.model.remarks.push_back("image " + image.name + ": " + fault);
+        image.ending = endingOf(image.bytes, source.mimeType);
+        reading.model.images.push_back(std::move(image));
+    }
+}
+
+void addMaterials(Reading& reading) {
+    addImages(reading);
+    size_t partlyGlowing = 0;
+    for (const tinygltf::Material& source : reading.file().materials) addMaterial(reading, source, partlyGlowing);
+    // Of primitives without one.
+    reading.model.materials.emplace_back();
+    reading.uvsOf.emplace_back();
+    if (partlyGlowing > 0) {
+        reading.model.remarks.push_back(std::to_string(partlyGlowing) +
+                                        (partlyGlowing == 1 ? " material glows" : " materials glow") +
+                                        " in parts only, which isn't carried over");
+    }
+}
+
+// Meshes and skins.
+
+void addSkins(Reading& reading) {
+    for (const tinygltf::Skin& source : reading.file().skins) {
+        GltfSkin skin;
+        std::vector<float> inverses;
+        if (source.inverseBindMatrices >= 0) {
+            const std::string fault = reading.document.readFloats(source.inverseBindMatrices, 16, inverses);
+            if (!fault.empty()) return reading.model.fail(fault);
+            if (inverses.size() < source.joints.size() * 16) {
+                return reading.model.fail("a skin has fewer bind matrices than joints");
+            }
+        }
+        for (size_t j = 0; j < source.joints.size(); ++j) {
+            SourceBone bone;
+            const int32_t node = indexWithin(source.joints[j], reading.nodeOf.size());
+            if (node != kNone) bone.node = reading.nodeOf[static_cast<size_t>(node)];
+            const auto number = [&](size_t k) { return static_cast<double>(inverses[j * 16 + k]); };
+            if (!inverses.empty()) {
+                bone.boneFromMesh = {number(0), number(4),  number(8),  number(12), number(1),  number(5),
+                                     number(9), number(13), number(2),  number(6),  number(10), number(14),
+                                     number(3), number(7),  number(11), number(15)};
+            }
+            if (bone.node == kNone)
+                return reading.model.fail("a skin names joint node " + std::to_string(source.joints[j]) +
+                                          ", which isn't in the scene");
+            skin.bones.push_back(bone);
+        }
+        reading.skins.push_back(std::move(skin));
+    }
+}
+
+std::vector<int32_t> addMesh(Reading& reading, int meshIndex, int skinIndex) {
+    const tinygltf::Mesh& source = reading.file().meshes[static_cast<size_t>(meshIndex)];
+    const GltfSkin* skin = skinIndex == kNone ? nullptr : &reading.skins[static_cast<size_t>(skinIndex)];
+    std::vector<int32_t> meshes;
+    for (size_t p = 0; p < source.primitives.size(); ++p) {
+        const tinygltf::Primitive& primitive = source.primitives[p];
+        const size_t materials = reading.model.materials.size();
+        SourceMesh mesh;
+        mesh.name = cleanText(source.name);
+        mesh.material = static_cast<int32_t>(materials) - 1;
+        if (primitive.material >= 0) mesh.material = indexWithin(primitive.material, materials - 1);
+        std::string fault =
+            mesh.material == kNone ? "material " + std::to_string(primitive.material) + " isn't there" : "";
+        if (fault.empty()) {
+            fault = readPrimitive(reading.document, primitive, reading.uvsOf[static_cast<size_t>(mesh.material)], skin,
+                                  source.weights, mesh, reading.model.linesAndPoints);
+        }
+        if (!fault.empty()) {
+            reading.model.fail("mesh " + std::to_string(meshIndex) + (mesh.name.empty() ? "" : " (" + mesh.name + ")") +
+                               ", primitive " + std::to_string(p) + ": " + fault);
+            return meshes;
+        }
+        if (mesh.positions.empty()) continue;
+        meshes.push_back(static_cast<int32_t>(reading.model.meshes.size()));
+        reading.model.meshes.push_back(std::move(mesh));
+    }
+    return meshes;
+}
+
+void addMeshes(Reading& reading) {
+    const tinygltf::Model& file = reading.file();
+    for (size_t n = 0; n < file.nodes.size() && reading.model.error.empty(); ++n) {
+        const tinygltf::Node& node = file.nodes[n];
+        if (reading.nodeOf[n] == kNone || node.mesh < 0) continue;
+        if (indexWithin(node.mesh, file.meshes.size()) == kNone) {
+            return reading.model.fail("node " + std::to_string(n) + ": mesh " + std::to_string(node.mesh) + " of " +
+                                      std::to_string(file.meshes.size()));
+        }
+        const int32_t skin = indexWithin(node.skin, reading.skins.size());
+        if (node.skin >= 0 && skin == kNone) {
+            return reading.model.fail("node " + std::to_string(n) + ": skin " + std::to_string(node.skin) + " of " +
+                                      std::to_string(reading.skins.size()));
+        }
+        const auto [entry, isNew] = reading.meshesOf.try_emplace({node.mesh, skin});
+        if (isNew) entry->second = addMesh(reading, node.mesh, skin);
+        reading.model.nodes[static_cast<size_t>(reading.nodeOf[n])].meshes = entry->second;
+    }
+}
+
+// Animations.
+
+std::string readTrack(GltfDocument& document, const tinygltf::AnimationSampler& sampler, size_t width,
+                      SourceTrack& track) {
+    std::vector<float> times;
+    std::string fault = document.readFloats(sampler.input, 1, times);
+    if (fault.empty()) fault = document.readFloats(sampler.output, width, track.values);
+    if (!fault.empty()) return fault;
+    if (sampler.interpolation == "STEP") track.interpolation = Interpolation::Step;
+    if (sampler.interpolation == "CUBICSPLINE") track.interpolation = Interpolation::Cubic;
+    const size_t parts = track.interpolation == Interpolation::Cubic ? 3 : 1;
+    if (track.values.size() < times.size() * parts * width) return "it has fewer values than times";
+    track.times.assign(times.begin(), times.end());
+    return {};
+}
+
+SourceTrack* trackOf(SourceChannel& channel, const std::string& path) {
+    if (path == "translation") return &channel.location;
+    if (path == "rotation") return &channel.rotation;
+    return path == "scale" ? &channel.scale : nullptr;
+}
+
+// Empty, else what is wrong.
+std::string fillClip(Reading& reading, const tinygltf::Animation& source, SourceClip& clip) {
+    std::map<int32_t, size_t> channelOf;
+    bool hasShapes = false;
+    for (const tinygltf::AnimationChannel& channel : source.channels) {
+        if (channel.target_path == "weights") hasShapes = true;
+        const int32_t target = indexWithin(channel.target_node, reading.nodeOf.size());
+        const int32_t sampler = indexWithin(channel.sampler, source.samplers.size());
+        if (target == kNone || reading.nodeOf[static_cast<size_t>(target)] == kNone) continue;
+        if (sampler == kNone) return "sampler " + std::to_string(channel.sampler) + " isn't there";
+        const int32_t node = reading.nodeOf[static_cast<size_t>(target)];
+        const auto [entry, isNew] = channelOf.try_emplace(node, clip.channels.size());
+        if (isNew) clip.channels.emplace_back().node = node;
+        SourceTrack* track = trackOf(clip.channels[entry->second], channel.target_path);
+        if (track == nullptr) continue;
+        const std::string fault = readTrack(reading.document, source.samplers[static_cast<size_t>(sampler)],
+                                            channel.target_path == "rotation" ? 4 : 3, *track);
+        if (!fault.empty()) return fault;
+        if (!track->times.empty()) clip.seconds = std::max(clip.seconds, track->times.back());
+    }
+    if (hasShapes) ++reading.model.shapeClips;
+    return {};
+}
+
+void addClips(Reading& reading) {
+    for (size_t a = 0; a < reading.file().animations.size(); ++a) {
+        const tinygltf::Animation& source = reading.file().animations[a];
+        SourceClip clip;
+        clip.name = cleanText(source.name);
+        const std::string fault = fillClip(reading, source, clip);
+        if (!fault.empty()) {
+            // An animation's fault is none of the meshes'.
+            reading.model.remarks.push_back("animation " + (clip.name.empty() ? std::to_string(a) : clip.name) +
+                                            " is skipped: " + fault);
+        } else if (!clip.channels.empty()) {
+            reading.model.clips.push_back(std::move(clip));
+        }
+    }
+}
+
+}  // namespace
+
+bool isGltf2(const std::string& path) {
+    const std::string ending = std::filesystem::path(path).extension().string();
+    if (equalIgnoringCase(ending, ".vrm")) return true;
+    if (!equalIgnoringCase(ending, ".gltf") && !equalIgnoringCase(ending, ".glb")) return false;
+    // Version 1 is another format, which Assimp reads.
+    std::ifstream file(path, std::ios::binary);
+    std::string head(8, '\0');
+    file.read(head.data(), static_cast<std::streamsize>(head.size()));
+    if (head.starts_with("glTF")) return head[4] != 1;
+    file.clear();
+    file.seekg(0);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return text.find("\"version\":\"1.") == std::string::npos && text.find("\"version\": \"1.") == std::string::npos;
+}
+
+SourceModel readGltf(const std::string& path) {
+    Reading reading{GltfDocument(path), {}, {}, {}, {}, {}};
+    SourceModel& model = reading.model;
+    model.error = reading.document.error();
+    if (!model.error.empty()) return model;
+    model.upright = uprightFrom(0, 1, 1, 1);
+    model.unit = 1;
+    model.skinsStandAlone = true;
+    noteExtensions(reading);
+    addNodes(reading);
+    if (model.error.empty()) addMaterials(reading);
+    if (model.error.empty()) addSkins(reading);
+    if (model.error.empty()) addMeshes(reading);
+    if (model.error.empty()) addClips(reading);
+    return std::move(model);
+}
+
+}  // namespace marrowfen::standin
