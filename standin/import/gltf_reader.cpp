@@ -79,6 +79,15 @@ Matrix localOf(const tinygltf::Node& node) {
     return {scale, rotation, location};
 }
 
+// Some exporters write out what a reader made up for nodes without names: "nodes[3]", "nodes_3". Taken for a name it
+// would make the node a layer of markers.
+bool isMadeUp(std::string_view name) {
+    if (!name.starts_with("nodes") || name.size() < 7 || (name[5] != '_' && name[5] != '[')) return false;
+    name.remove_prefix(6);
+    if (name.back() == ']') name.remove_suffix(1);
+    return name.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 void addNode(Reading& reading, int index, int32_t parent, size_t level) {
     const std::vector<tinygltf::Node>& nodes = reading.file().nodes;
     if (indexWithin(index, nodes.size()) == kNone) {
@@ -91,7 +100,7 @@ void addNode(Reading& reading, int index, int32_t parent, size_t level) {
     place = static_cast<int32_t>(reading.model.nodes.size());
     SourceNode node;
     node.name = cleanText(source.name);
-    node.unnamed = node.name.empty();
+    node.unnamed = node.name.empty() || isMadeUp(node.name);
     if (node.unnamed) node.name = "node" + std::to_string(index);
     node.parent = parent;
     node.local = localOf(source);

@@ -115,7 +115,10 @@ ImportResult readModel(const std::string& path, const ImportOptions& options) {
     model.path = path;
     model.options = options;
     model.source = isGltf2(path) ? readGltf(path) : readWithAssimp(path);
-    if (model.source.meshes.empty()) model.source.fail("the file holds no meshes");
+    if (model.source.meshes.empty()) {
+        model.source.fail(model.source.linesAndPoints > 0 ? "the file holds lines and points, but no triangles"
+                                                          : "the file holds no meshes");
+    }
     model.error = model.source.error;
     if (model.error.empty()) runPasses(model);
     ImportResult result;
