@@ -32,7 +32,8 @@ LayerTags tagsOf(const std::string& name) {
     layer.name = name;
     TextureOptions textures;
     std::ostringstream log;
-    Notices notices(log, nullptr);
+    const MessageListener nobody;
+    Notices notices(log, nobody);
     parseDetailTags(layer, notices);
     parseCollisionTags(layer, notices);
     parseBoundsTags(name, textures, notices);
