@@ -1,6 +1,8 @@
 #include "standin/import/mesh_sides.h"
 
 #include <algorithm>
+#include <array>
+#include <map>
 
 namespace marrowfen::standin {
 
@@ -38,6 +40,25 @@ double enclosedVolume(const SourceMesh& mesh) {
         volume += at(0) * (at(1) ^ at(2));
     }
     return volume;
+}
+
+bool isClosed(const SourceMesh& mesh) {
+    // Vertices at one place are one here.
+    std::map<std::array<float, 3>, uint32_t> placeOf;
+    std::vector<uint32_t> places;
+    for (const aiVector3D& p : mesh.positions) {
+        places.push_back(placeOf.try_emplace({p.x, p.y, p.z}, static_cast<uint32_t>(placeOf.size())).first->second);
+    }
+    std::vector<std::pair<uint32_t, uint32_t>> edges;
+    for (size_t c = 0; c < mesh.corners.size(); ++c) {
+        const uint32_t from = places[mesh.corners[c]], to = places[mesh.corners[c % 3 == 2 ? c - 2 : c + 1]];
+        if (from != to) edges.emplace_back(from, to);
+    }
+    std::sort(edges.begin(), edges.end());
+    if (std::adjacent_find(edges.begin(), edges.end()) != edges.end()) return false;
+    return std::all_of(edges.begin(), edges.end(), [&](const auto& edge) {
+        return std::binary_search(edges.begin(), edges.end(), std::make_pair(edge.second, edge.first));
+    });
 }
 
 }  // namespace marrowfen::standin

@@ -14,4 +14,7 @@ bool normalsOpposeFaces(const SourceMesh& mesh);
 // middle of its vertices.
 double enclosedVolume(const SourceMesh& mesh);
 
+// True when every edge lies between two faces that turn round it in opposite ways, by position.
+bool isClosed(const SourceMesh& mesh);
+
 }  // namespace marrowfen::standin

@@ -4,6 +4,7 @@
 // their order; each may set the error, which ends the import.
 
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -45,11 +46,13 @@ struct ModelNotes {
     size_t morphs = 0;         // meshes with morph targets
     size_t vertexColors = 0;   // meshes with them
     size_t moreUvs = 0;        // meshes with several sets of texture coordinates
-    size_t embeddedTextures = 0;
-    size_t alphaTextures = 0;  // materials that blend by their texture's alpha alone
+    size_t cutOuts = 0;        // materials whose texture's alpha cuts holes
+    size_t backs = 0;          // faces that were doubled for their backs
+    size_t backsWithout = 0;   // meshes without normals whose backs are left out
     size_t stillCollisions = 0;
-    std::vector<std::string> missingTextures;
-    std::vector<std::string> others;  // whole lines
+    std::set<std::string> missingTextures;
+    std::vector<std::string> plainMaterials;  // keys of those without a texture
+    std::vector<std::string> others;          // whole lines
 };
 
 struct Model {
@@ -64,6 +67,8 @@ struct Model {
     std::vector<std::string> materialKeys;                     // one per material of the source
     std::map<std::pair<int32_t, int32_t>, Matrix> skinPlaces;  // scene-from-mesh of skinned meshes, by node and mesh
     std::map<int32_t, std::vector<std::string>> boneIds;       // of each bone, one a skeleton that has it
+    std::map<int32_t, std::string> imageNames;                 // file names of embedded textures
+    std::set<std::string> textureBases;                        // without endings, in small letters
     Scene scene;
     std::vector<std::pair<std::string, std::string>> textures;  // file names and bytes
     ModelNotes notes;

@@ -17,6 +17,7 @@ struct ImportOptions {
     double unit = 0;                  // metres; 0 for the file's own, else 1
     std::optional<UpAxis> up;         // of the file; none for what its format says
     float turnDegrees = 0;            // about the scene's up axis, anticlockwise seen from above
+    bool singleSided = false;         // leaves out the backs of double-sided materials
     unsigned memoryMegabytes = 4096;  // limits of the child process that reads the model
     unsigned cpuSeconds = 120;
     unsigned wallSeconds = 180;

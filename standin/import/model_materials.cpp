@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <filesystem>
 #include <set>
 
+#include "ground/ascii.h"
 #include "standin/import/model.h"
 
 namespace marrowfen::standin {
@@ -16,6 +18,11 @@ uint8_t toByte(float value) {
 
 std::array<uint8_t, 4> colorOf(const SourceMaterial& source) {
     return {toByte(source.color[0]), toByte(source.color[1]), toByte(source.color[2]), toByte(source.color[3])};
+}
+
+std::string lowerCased(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), lowerCase);
+    return text;
 }
 
 std::string lastPartOf(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
@@ -36,21 +43,73 @@ bool isThere(const Model& model, const std::string& texture) {
     return std::filesystem::exists(folder / path, fault) || std::filesystem::exists(folder / lastPartOf(path), fault);
 }
 
+// A file's name without what has a meaning on some system; the ending isn't part of it.
+std::string safeBaseName(const std::string& path) {
+    constexpr size_t kMostBytes = 60;
+    std::string name = std::filesystem::path(lastPartOf(path)).stem().string();
+    for (char& c : name) {
+        const bool plain = std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '-';
+        if (!plain) c = '_';
+    }
+    return name.substr(0, kMostBytes);
+}
+
+// The file name that an embedded texture is written under. Materials are told apart by what stands before the ending,
+// so no two textures share that.
+std::string embeddedName(Model& model, int32_t index) {
+    const SourceImage& image = model.source.images[static_cast<size_t>(index)];
+    std::string& name = model.imageNames[index];
+    if (!name.empty()) return name;
+    std::string base = safeBaseName(image.name);
+    if (base.empty()) base = safeBaseName(model.path) + "_" + std::to_string(index);
+    std::string tried = base;
+    for (int copy = 2; !model.textureBases.insert(lowerCased(tried)).second; ++copy) {
+        tried = base + "_" + std::to_string(copy);
+    }
+    name = tried + image.ending;
+    if (image.bytes.empty() || image.ending.empty()) {
+        model.notes.missingTextures.insert(name);
+    } else {
+        model.textures.emplace_back(name, image.bytes);
+    }
+    return name;
+}
+
 // Only the file's name is kept: the folders of the machine that made the model mean nothing to the engine, which looks
 // textures up by name.
-std::string textureName(Model& model, const SourceMaterial& source) {
-    if (source.texture.empty() && source.image == kNone) return asTextureName(source.name);
-    if (source.image != kNone) {
-        ++model.notes.embeddedTextures;
-        const std::string file = lastPartOf(model.source.images[static_cast<size_t>(source.image)].name);
-        if (!file.empty()) return file;
-        return source.texture.empty() || source.texture[0] == '*' ? asTextureName(source.name)
-                                                                  : lastPartOf(source.texture);
-    }
+std::string textureName(Model& model, const SourceMaterial& source, const std::string& key) {
+    if (source.image != kNone) return embeddedName(model, source.image);
     const std::string file = lastPartOf(source.texture);
-    if (file.empty()) return asTextureName(source.name);
-    if (!isThere(model, source.texture)) model.notes.missingTextures.push_back(file);
+    if (file.empty()) {
+        model.notes.plainMaterials.push_back(key);
+        return asTextureName(key);
+    }
+    if (!isThere(model, source.texture)) model.notes.missingTextures.insert(file);
     return file;
+}
+
+// Whether a texture can be seen through, as far as its bytes tell without being decoded: not if it is a JPEG, or a PNG
+// without an alpha channel.
+bool mayHaveAlpha(const Model& model, const SourceMaterial& source) {
+    if (source.image == kNone) return !source.texture.empty();
+    constexpr size_t kPngColorType = 25;
+    const std::string& bytes = model.source.images[static_cast<size_t>(source.image)].bytes;
+    if (bytes.starts_with("\xFF\xD8")) return false;
+    if (!bytes.starts_with("\x89PNG") || bytes.size() <= kPngColorType) return true;
+    return bytes[kPngColorType] != 0 && bytes[kPngColorType] != 2;
+}
+
+// A translucent material is one whose opacity is below what the exporter takes for opaque; the engine then goes by the
+// texture's alpha.
+uint8_t opacityOf(Model& model, const SourceMaterial& source, uint8_t factor) {
+    constexpr uint8_t kMostTranslucent = 174;
+    if (source.alpha == SourceMaterial::Alpha::Opaque) return factor;
+    const bool byTexture = mayHaveAlpha(model, source);
+    if (source.alpha == SourceMaterial::Alpha::Mask) {
+        if (byTexture) ++model.notes.cutOuts;
+        return byTexture ? kMostTranslucent : 255;
+    }
+    return byTexture || factor < 255 ? std::min(factor, kMostTranslucent) : factor;
 }
 
 // Emission is what the environment shader's ambient factor says: above 0, the material lights itself.
@@ -82,13 +141,13 @@ void convertMaterials(Model& model) {
         const SourceMaterial& source = materials[m];
         HostMaterial material;
         material.color = colorOf(source);
-        material.texture = textureName(model, source);
         material.shader = emissionShader(source);
-        if (source.alpha == SourceMaterial::Alpha::Blend && material.color[3] == 255) ++model.notes.alphaTextures;
-
-        std::string key = source.name.empty() ? "material " + std::to_string(m) : source.name;
-        for (int copy = 2; !keys.insert(key).second; ++copy) key = source.name + "#" + std::to_string(copy);
+        const std::string base = source.name.empty() ? "material " + std::to_string(m) : source.name;
+        std::string key = base;
+        for (int copy = 2; !keys.insert(key).second; ++copy) key = base + "#" + std::to_string(copy);
         model.materialKeys[m] = key;
+        material.color[3] = opacityOf(model, source, material.color[3]);
+        material.texture = textureName(model, source, key);
         model.scene.materials.emplace_back(key, std::move(material));
     }
 }

@@ -59,6 +59,7 @@ struct Part {
     bool mirrored = false;
     bool facesInward = false;    // its faces are to be turned round
     bool normalsInward = false;  // its normals are to be turned round
+    bool hasBacks = false;       // every face is there a second time, seen from behind
     std::vector<Hold> holds;
     int32_t material = 0;               // position in the polyhedron's list
     std::vector<int32_t> joined, uvOf;  // per vertex, kNone until it is met
@@ -76,7 +77,9 @@ private:
     Part preparePart(int32_t meshIndex);
     std::vector<Hold> findHolds(const SourceMesh& mesh);
     int32_t materialSlot(int32_t material);
+    bool showsBacks(const Part& part);
     void addTriangle(Part& part, std::array<uint32_t, 3> corners);
+    void addBack(Part& part, const std::array<uint32_t, 3>& corners, const std::array<Vec3, 3>& at);
     Vec3 scenePosition(const Part& part, uint32_t vertex);
     Vec3 sceneNormal(const Part& part, uint32_t vertex) const;
     int32_t joinedVertex(Part& part, uint32_t vertex, const Vec3& position, const Vec3& faceNormal);
@@ -156,7 +159,17 @@ Part Joiner::preparePart(int32_t meshIndex) {
     part.material = materialSlot(mesh.material);
     part.joined.assign(mesh.positions.size(), kNone);
     part.uvOf.assign(mesh.positions.size(), kNone);
+    part.hasBacks = showsBacks(part);
     return part;
+}
+
+// The back of what encloses a volume is never seen, unless there are holes to see it through.
+bool Joiner::showsBacks(const Part& part) {
+    const SourceMaterial& material = model_.source.materials[static_cast<size_t>(part.mesh->material)];
+    if (!material.doubleSided || !detail_ || model_.options.singleSided) return false;
+    if (material.alpha == SourceMaterial::Alpha::Opaque && isClosed(*part.mesh)) return false;
+    if (!hasNormals_) ++model_.notes.backsWithout;
+    return hasNormals_;
 }
 
 Vec3 Joiner::scenePosition(const Part& part, uint32_t vertex) {
@@ -240,6 +253,19 @@ void Joiner::addTriangle(Part& part, std::array<uint32_t, 3> corners) {
         face.corners.push_back({joinedVertex(part, corners[c], at[c], faceNormal), uvIndex(part, corners[c])});
     }
     result_.faces.push_back(std::move(face));
+    if (part.hasBacks) addBack(part, corners, at);
+}
+
+void Joiner::addBack(Part& part, const std::array<uint32_t, 3>& corners, const std::array<Vec3, 3>& at) {
+    ++model_.notes.backs;
+    Face back;
+    back.material = part.material;
+    for (const size_t c : {size_t{0}, size_t{2}, size_t{1}}) {
+        const Vec3 front = vertices_[static_cast<size_t>(result_.faces.back().corners[c].vertex)].normal;
+        const int32_t vertex = findOrAdd(at[c], {0 - front[0], 0 - front[1], 0 - front[2]}, part.holds[corners[c]]);
+        back.corners.push_back({vertex, result_.faces.back().corners[c].uv});
+    }
+    result_.faces.push_back(std::move(back));
 }
 
 void Joiner::add(int32_t meshIndex) {

@@ -55,12 +55,11 @@ struct Line {
     const char* many;
 };
 
-// A few of the names, so that a line stays one.
-std::string firstFew(const std::vector<std::string>& names) {
-    constexpr size_t kFew = 3;
+template <typename List>
+std::string joined(const List& names) {
     std::string text;
-    for (size_t i = 0; i < std::min(names.size(), kFew); ++i) text += (i > 0 ? ", " : "") + names[i];
-    return names.size() > kFew ? text + ", ..." : text;
+    for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+    return text;
 }
 
 std::vector<std::string> warningLines(const Model& model) {
@@ -87,10 +86,12 @@ std::vector<std::string> warningLines(const Model& model) {
         {notes.morphs, "mesh loses its morph targets", "meshes lose their morph targets"},
         {notes.vertexColors, "mesh loses its vertex colours", "meshes lose their vertex colours"},
         {notes.moreUvs, "mesh loses its further texture coordinates", "meshes lose their further texture coordinates"},
-        {notes.alphaTextures, "material blends by its texture's alpha alone and comes out opaque",
-         "materials blend by their texture's alpha alone and come out opaque"},
-        {notes.embeddedTextures, "embedded texture is referred to by name and not written out",
-         "embedded textures are referred to by name and not written out"},
+        {notes.cutOuts, "material is cut out by its texture's alpha and comes out translucent",
+         "materials are cut out by their textures' alpha and come out translucent"},
+        {notes.backs, "face shows from both sides and is doubled; --single-sided leaves its back out",
+         "faces show from both sides and are doubled; --single-sided leaves their backs out"},
+        {notes.backsWithout, "mesh shows from both sides but has no normals, and keeps its front only",
+         "meshes show from both sides but have no normals, and keep their fronts only"},
     };
     std::vector<std::string> lines;
     if (source.stickFigure) lines.emplace_back("the file has no meshes; its skeleton is drawn as a stick figure");
@@ -101,7 +102,13 @@ std::vector<std::string> warningLines(const Model& model) {
     if (!notes.missingTextures.empty()) {
         lines.push_back(std::to_string(notes.missingTextures.size()) +
                         (notes.missingTextures.size() == 1 ? " texture isn't" : " textures aren't") +
-                        " found beside the model: " + firstFew(notes.missingTextures));
+                        " found beside the model: " + joined(notes.missingTextures));
+    }
+    if (!notes.plainMaterials.empty()) {
+        lines.push_back(
+            std::to_string(notes.plainMaterials.size()) +
+            (notes.plainMaterials.size() == 1 ? " material has" : " materials have") +
+            " a colour only; the engine will look for a texture of that name: " + joined(notes.plainMaterials));
     }
     lines.insert(lines.end(), source.remarks.begin(), source.remarks.end());
     lines.insert(lines.end(), notes.others.begin(), notes.others.end());

@@ -34,18 +34,28 @@ private:
     std::filesystem::path path_;
 };
 
+// The warnings but those of materials without textures, which most of these models have.
+inline std::vector<std::string> warningsOf(const LoadResult& result) {
+    std::vector<std::string> lines = result.warnings;
+    std::erase_if(lines, [](const std::string& line) { return line.find("a colour only") != std::string::npos; });
+    return lines;
+}
+
 // A glTF file with its numbers inside. json is free to be added to; the lists return accessor numbers.
 struct Gltf {
     nlohmann::json json = {{"asset", {{"version", "2.0"}}}, {"scene", 0}};
     std::string bytes;
 
+    int view(const std::string& content) {
+        json["bufferViews"].push_back({{"buffer", 0}, {"byteOffset", bytes.size()}, {"byteLength", content.size()}});
+        bytes += content;
+        return static_cast<int>(json["bufferViews"].size()) - 1;
+    }
     template <typename T>
     int list(const std::vector<T>& values, const char* type, int componentType, size_t perElement) {
         while (bytes.size() % 4 != 0) bytes += '\0';
         const size_t size = values.size() * sizeof(T);
-        json["bufferViews"].push_back({{"buffer", 0}, {"byteOffset", bytes.size()}, {"byteLength", size}});
-        bytes.append(reinterpret_cast<const char*>(values.data()), size);
-        nlohmann::json accessor = {{"bufferView", json["bufferViews"].size() - 1},
+        nlohmann::json accessor = {{"bufferView", view({reinterpret_cast<const char*>(values.data()), size})},
                                    {"componentType", componentType},
                                    {"count", values.size() / perElement},
                                    {"type", type}};

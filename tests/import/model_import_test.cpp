@@ -125,7 +125,7 @@ TEST(ModelImport, FacesAndNormalsThatDisagreeArePutRight) {
         const LoadResult result = importModel(folder.write("a.obj", boxObj(normalsInward, !normalsInward)), {});
         ASSERT_TRUE(result.scene.has_value()) << result.error;
         expectLooksOutward(result.scene->nodes[0].polyhedron, {-0.5F, 1.5F, 1});
-        EXPECT_EQ(result.warnings.size(), 1U);
+        EXPECT_EQ(warningsOf(result).size(), 1U);
     }
     // A room looks inward on purpose.
     const Polyhedron room = importText("a.obj", boxObj(true, true)).nodes[0].polyhedron;
@@ -175,8 +175,8 @@ TEST(ModelImport, BacksOfASheetStayApart) {
     const LoadResult result = importModel(folder.write("a.obj", sheet), {});
     ASSERT_TRUE(result.scene.has_value()) << result.error;
     EXPECT_EQ(result.scene->nodes.front().polyhedron.vertices.size(), 6U);
-    EXPECT_EQ(result.warnings, (std::vector<std::string>{"1 triangle with two corners at one place is dropped",
-                                                         "1 line or point is dropped"}));
+    EXPECT_EQ(warningsOf(result), (std::vector<std::string>{"1 triangle with two corners at one place is dropped",
+                                                            "1 line or point is dropped"}));
 }
 
 TEST(ModelImport, NamesMakeLayersAndMarkers) {
@@ -235,7 +235,82 @@ TEST(ModelImport, Materials) {
     ASSERT_TRUE(found["lamp"].shader.has_value());
     EXPECT_EQ(found["lamp"].shader->name, "c_envr_map");
     EXPECT_EQ(found["lamp"].shader->parameters, (std::vector<ShaderParameter>{{"ambient factor", 7, 0.75F}}));
-    EXPECT_EQ(result.warnings, (std::vector<std::string>{"1 texture isn't found beside the model: gone.png"}));
+    EXPECT_EQ(warningsOf(result), (std::vector<std::string>{"1 texture isn't found beside the model: gone.png"}));
+}
+
+TEST(ModelImport, AlphaModesAndEmbeddedTextures) {
+    const std::string png("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x08\x06", 26);
+    std::string opaquePng = png;
+    opaquePng[25] = 2;
+    const std::string jpeg = "\xFF\xD8\xFF\xE0 rest";
+    // Images: "../leaf.png" with alpha, one without a name, another without, "LEAF" as a JPEG.
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+    const std::pair<const char*, std::string> kImages[] = {
+        {"../leaf.png", png}, {"", opaquePng}, {"", jpeg}, {"LEAF", jpeg}};
+    for (const auto& [name, bytes] : kImages) {
+        gltf.json["images"].push_back({{"name", name}, {"bufferView", gltf.view(bytes)}});
+        gltf.json["textures"].push_back({{"source", gltf.json["images"].size() - 1}});
+    }
+    const struct {
+        const char* mode;
+        float alpha;
+        int texture;
+        const char* name;
+        int opacity;
+    } kCases[] = {{"OPAQUE", 0.5F, 0, "leaf.png", 255}, {"MASK", 1, 0, "leaf.png", 174},
+                  {"MASK", 1, 1, "a_1.png", 255},       {"BLEND", 1, 0, "leaf.png", 174},
+                  {"BLEND", 1, 2, "a_2.jpg", 255},      {"BLEND", 0.9F, 3, "LEAF_2.jpg", 174},
+                  {"BLEND", 0.5F, -1, "", 128}};
+    for (const auto& entry : kCases) {
+        nlohmann::json material = {{"alphaMode", entry.mode},
+                                   {"pbrMetallicRoughness", {{"baseColorFactor", {1, 1, 1, entry.alpha}}}}};
+        if (entry.texture >= 0) material["pbrMetallicRoughness"]["baseColorTexture"]["index"] = entry.texture;
+        gltf.json["materials"].push_back(material);
+        gltf.json["meshes"][0]["primitives"].push_back(
+            {{"attributes", {{"POSITION", points}}}, {"material", gltf.json["materials"].size() - 1}});
+    }
+    gltf.json["nodes"] = {{{"mesh", 0}}};
+    gltf.json["scenes"] = {{{"nodes", {0}}}};
+    const ModelFolder folder;
+    const ImportResult result = importModel(folder.write("a.gltf", gltf.text()), {});
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    ASSERT_EQ(result.scene->materials.size(), std::size(kCases));
+    for (size_t m = 0; m < std::size(kCases); ++m) {
+        const Material& material = result.scene->materials[m].second;
+        EXPECT_EQ(material.color[3], kCases[m].opacity) << m;
+        EXPECT_EQ(material.texture, kCases[m].texture < 0 ? "material 6" : kCases[m].name);
+    }
+    EXPECT_EQ(result.textures,
+              (std::vector<std::pair<std::string, std::string>>{
+                  {"leaf.png", png}, {"a_1.png", opaquePng}, {"a_2.jpg", jpeg}, {"LEAF_2.jpg", jpeg}}));
+}
+
+TEST(ModelImport, BacksOfDoubleSidedFacesAreFacesOfTheirOwn) {
+    // A tetrahedron, and with a face less.
+    for (const size_t faces : {4U, 3U}) {
+        Gltf gltf;
+        const int points = gltf.points({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1});
+        std::vector<uint8_t> corners = {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3};
+        corners.resize(faces * 3);
+        gltf.json["materials"] = {{{"name", "m"}, {"doubleSided", true}}};
+        gltf.json["meshes"] = {{{"primitives",
+                                 {{{"attributes", {{"POSITION", points}}},
+                                   {"indices", gltf.list(corners, "SCALAR", 5121, 1)},
+                                   {"material", 0}}}}}};
+        gltf.json["nodes"] = {{{"mesh", 0}}};
+        gltf.json["scenes"] = {{{"nodes", {0}}}};
+        const Polyhedron open = importText("a.gltf", gltf.text()).nodes[0].polyhedron;
+        EXPECT_EQ(open.faces.size(), faces == 4 ? 4U : 6U);
+        for (const Face& face : open.faces) {
+            const auto at = [&](size_t c) { return open.vertices[static_cast<size_t>(face.corners[c].vertex)]; };
+            const Vec3 outward = cross(minus(at(2), at(0)), minus(at(1), at(0)));
+            EXPECT_LT(dot(outward, (*open.normals)[static_cast<size_t>(face.corners[0].vertex)]), 0);
+        }
+        ImportOptions options;
+        options.singleSided = true;
+        EXPECT_EQ(importText("a.gltf", gltf.text(), options).nodes[0].polyhedron.faces.size(), faces);
+    }
 }
 
 TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {

@@ -99,7 +99,8 @@ TEST(SkeletonImport, SkinFollowsItsHeaviestBoneThroughTheClip) {
         // A bone's colon makes no layer, and the skeleton is where the mesh is.
         EXPECT_EQ(result.scene->layers.size(), 2U);
         EXPECT_EQ(nodes["elbow"]->layer, nodes["Arm"]->layer);
-        EXPECT_EQ(result.warnings, (std::vector<std::string>{"1 vertex follows only the heaviest of several bones"}));
+        EXPECT_EQ(warningsOf(result),
+                  (std::vector<std::string>{"1 vertex follows only the heaviest of several bones"}));
 
         const Clip& clip = result.scene->clips.at(0);
         EXPECT_EQ(clip.name, "wave:blend");
@@ -212,7 +213,7 @@ TEST(SkeletonImport, WhatMovesAsAWholeBecomesABone) {
     // A track at rest needs one key, and names stay different up to the colon.
     EXPECT_EQ(keysOf(result.scene->clips[1], "wheel#2")->size(), 1U);
     EXPECT_EQ(result.scene->clips[2].name, "up_2:fps=9");
-    EXPECT_EQ(result.warnings,
+    EXPECT_EQ(warningsOf(result),
               (std::vector<std::string>{"animation blink moves nothing that is exported and is skipped"}));
 }
 
