@@ -8,10 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string_view>
-
-#include "standin/host/scene_file.h"
-#include "standin/import/model_import.h"
 
 namespace marrowfen::cli {
 
@@ -36,25 +32,6 @@ void Session::note(const std::string& text) const {
 
 void Session::detail(const std::string& text) const {
     if (verbose && !quiet) line("", "", text);
-}
-
-void SceneOptions::addTo(CLI::App& command) {
-    command.add_option("--fps", fps, "frame rate of the host that a model is loaded into")
-        ->check(CLI::Range(1.0F, 1000.0F))
-        ->capture_default_str();
-    command.add_option("--scale", scale, "factor on a model's coordinates")->check(CLI::PositiveNumber);
-}
-
-standin::LoadResult loadScene(const std::string& path, const SceneOptions& options) {
-    constexpr std::string_view kSceneEnding = ".scene.json";
-    if (path.size() >= kSceneEnding.size() &&
-        std::string_view(path).substr(path.size() - kSceneEnding.size()) == kSceneEnding) {
-        return standin::readSceneFile(path);
-    }
-    standin::ImportOptions import;
-    import.frameRate = options.fps;
-    import.scale = options.scale;
-    return standin::importModel(path, import);
 }
 
 Outcome printResult(const std::string& text) {

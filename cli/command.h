@@ -5,8 +5,6 @@
 #include <functional>
 #include <string>
 
-#include "standin/host/scene.h"
-
 namespace CLI {
 class App;
 }
@@ -43,17 +41,6 @@ struct Session {
     void note(const std::string& text) const;
     void detail(const std::string& text) const;
 };
-
-// Options of commands that load a scene.
-struct SceneOptions {
-    float fps = 30;
-    float scale = 1;
-
-    void addTo(CLI::App& command);
-};
-
-// A scene file or, through Assimp, a model; the file name's ending decides.
-standin::LoadResult loadScene(const std::string& path, const SceneOptions& options);
 
 // Writes a result to standard output.
 Outcome printResult(const std::string& text);

@@ -14,6 +14,7 @@
 #include "cli/export_report.h"
 #include "cli/output_folder.h"
 #include "cli/plugin_session.h"
+#include "cli/scene_options.h"
 #include "ground/ascii.h"
 #include "ground/whole_file.h"
 #include "plugin/resources/resource.h"
@@ -146,9 +147,10 @@ Outcome deliver(const OutputFolder& folder, const ExportOptions& options, std::s
 Outcome runExport(const ExportOptions& options, const Session& session) {
     // Past a limit of the file size, writes shall fail like on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
+    if (const Outcome checked = checkOptions(options.scene, options.loading); !checked.good()) return checked;
     const OutputFolder folder(options.output);
     if (!folder.made().good()) return folder.made();
-    standin::LoadResult loaded = loadScene(options.scene, options.loading);
+    standin::ImportResult loaded = loadScene(options.scene, options.loading);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
 
     ExportUser user(session, folder.file());
@@ -160,6 +162,8 @@ Outcome runExport(const ExportOptions& options, const Session& session) {
     const Outcome delivered = deliver(folder, options, summary);
     if (!delivered.good()) return delivered;
 
+    if (const Outcome written = writeTextures(loaded, options.output, session); !written.good()) return written;
+    for (const std::string& text : loaded.details) session.detail(text);
     std::vector<std::string> warnings = std::move(loaded.warnings);
     for (auto& warning : groupedWarnings(messages)) warnings.push_back(std::move(warning));
     for (const std::string& warning : warnings) session.warning(warning);

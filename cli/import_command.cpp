@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli/command.h"
+#include "cli/scene_options.h"
 #include "standin/host/scene_file.h"
 
 namespace marrowfen::cli {
@@ -16,10 +17,13 @@ struct ImportArguments {
 };
 
 Outcome importToFile(const ImportArguments& arguments, const Session& session) {
-    const standin::LoadResult loaded = loadScene(arguments.model, arguments.options);
+    if (const Outcome checked = checkOptions(arguments.model, arguments.options); !checked.good()) return checked;
+    const standin::ImportResult loaded = loadScene(arguments.model, arguments.options);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
     for (const std::string& text : loaded.warnings) session.warning(text);
-    return writeWholeFile(arguments.output, standin::sceneText(*loaded.scene));
+    for (const std::string& text : loaded.details) session.detail(text);
+    const Outcome written = writeWholeFile(arguments.output, standin::sceneText(*loaded.scene));
+    return written.good() ? writeTextures(loaded, arguments.output, session) : written;
 }
 
 }  // namespace
@@ -27,7 +31,8 @@ Outcome importToFile(const ImportArguments& arguments, const Session& session) {
 void addImportCommand(CLI::App& app, Session& session) {
     CLI::App* command = app.add_subcommand("import", "write a model as the host's scene, to look at or to change");
     const auto arguments = std::make_shared<ImportArguments>();
-    command->add_option("model", arguments->model, "any model that Assimp reads")->required();
+    command->add_option("model", arguments->model, "glTF, FBX, OBJ, Collada, Blender, ... (see `marrowfen formats`)")
+        ->required();
     command->add_option("output", arguments->output, "the scene file (.scene.json)")->required();
     arguments->options.addTo(*command);
     onRun(*command, session, [arguments, &session] { return importToFile(*arguments, session); });

@@ -18,6 +18,8 @@ struct ImportOptions {
     std::optional<UpAxis> up;         // of the file; none for what its format says
     float turnDegrees = 0;            // about the scene's up axis, anticlockwise seen from above
     bool singleSided = false;         // leaves out the backs of double-sided materials
+    bool noTextures = false;          // hands over no textures
+    bool plainTextures = false;       // hands over a plain one for materials that have a colour only
     unsigned memoryMegabytes = 4096;  // limits of the child process that reads the model
     unsigned cpuSeconds = 120;
     unsigned wallSeconds = 180;

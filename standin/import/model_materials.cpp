@@ -6,6 +6,7 @@
 
 #include "ground/ascii.h"
 #include "standin/import/model.h"
+#include "standin/import/plain_png.h"
 
 namespace marrowfen::standin {
 
@@ -54,22 +55,27 @@ std::string safeBaseName(const std::string& path) {
     return name.substr(0, kMostBytes);
 }
 
-// The file name that an embedded texture is written under. Materials are told apart by what stands before the ending,
-// so no two textures share that.
+// Materials are told apart by what stands before their textures' endings, so no two textures that are written share
+// that.
+std::string untakenBase(Model& model, const std::string& base) {
+    std::string tried = base;
+    for (int copy = 2; !model.textureBases.insert(lowerCased(tried)).second; ++copy) {
+        tried = base + "_" + std::to_string(copy);
+    }
+    return tried;
+}
+
+// The file name that an embedded texture is written under.
 std::string embeddedName(Model& model, int32_t index) {
     const SourceImage& image = model.source.images[static_cast<size_t>(index)];
     std::string& name = model.imageNames[index];
     if (!name.empty()) return name;
     std::string base = safeBaseName(image.name);
     if (base.empty()) base = safeBaseName(model.path) + "_" + std::to_string(index);
-    std::string tried = base;
-    for (int copy = 2; !model.textureBases.insert(lowerCased(tried)).second; ++copy) {
-        tried = base + "_" + std::to_string(copy);
-    }
-    name = tried + image.ending;
+    name = untakenBase(model, base) + image.ending;
     if (image.bytes.empty() || image.ending.empty()) {
         model.notes.missingTextures.insert(name);
-    } else {
+    } else if (!model.options.noTextures) {
         model.textures.emplace_back(name, image.bytes);
     }
     return name;
@@ -80,6 +86,11 @@ std::string embeddedName(Model& model, int32_t index) {
 std::string textureName(Model& model, const SourceMaterial& source, const std::string& key) {
     if (source.image != kNone) return embeddedName(model, source.image);
     const std::string file = lastPartOf(source.texture);
+    if (file.empty() && model.options.plainTextures) {
+        const std::string written = untakenBase(model, safeBaseName(key + ".")) + ".png";
+        model.textures.emplace_back(written, plainPng(colorOf(source)));
+        return written;
+    }
     if (file.empty()) {
         model.notes.plainMaterials.push_back(key);
         return asTextureName(key);

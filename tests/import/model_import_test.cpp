@@ -277,7 +277,7 @@ TEST(ModelImport, AlphaModesAndEmbeddedTextures) {
     ASSERT_TRUE(result.scene.has_value()) << result.error;
     ASSERT_EQ(result.scene->materials.size(), std::size(kCases));
     for (size_t m = 0; m < std::size(kCases); ++m) {
-        const Material& material = result.scene->materials[m].second;
+        const HostMaterial& material = result.scene->materials[m].second;
         EXPECT_EQ(material.color[3], kCases[m].opacity) << m;
         EXPECT_EQ(material.texture, kCases[m].texture < 0 ? "material 6" : kCases[m].name);
     }
