@@ -52,6 +52,7 @@ Outcome writeWholeFile(const std::string& path, const std::string& content);
 void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& run);
 
 void addExportCommand(CLI::App& app, Session& session);
+void addFormatsCommand(CLI::App& app, Session& session);
 void addImportCommand(CLI::App& app, Session& session);
 void addAddNodeCommand(CLI::App& app, Session& session);
 void addDumpCommand(CLI::App& app, Session& session);

@@ -157,7 +157,10 @@ Outcome runExport(const ExportOptions& options, const Session& session) {
     std::vector<Message> messages;
     const Outcome pressed = pressExport(std::move(*loaded.scene), options, user, messages);
     if (!pressed.good()) return pressed;
-    if (!user.error().empty()) return deliverRefusal(folder, options, user, session);
+    if (!user.error().empty()) {
+        for (const std::string& warning : loaded.warnings) session.warning(warning);
+        return deliverRefusal(folder, options, user, session);
+    }
     std::string summary;
     const Outcome delivered = deliver(folder, options, summary);
     if (!delivered.good()) return delivered;

@@ -16,6 +16,7 @@ namespace marrowfen::cli {
 
 struct SceneOptions {
     standin::ImportOptions import;
+    std::string forShape;                   // the path of a shape that animations are for; empty for none
     std::vector<const CLI::Option*> given;  // all that there are; those with a count are set
 
     void addTo(CLI::App& command);

@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <sstream>
 #include <unordered_map>
 
 #include "standin/import/assimp_axes.h"
+#include "standin/import/model_import.h"
 #include "standin/import/source_model.h"
 
 // What Assimp reads, as a source model. Assimp checks some formats and not others, so every index is checked here.
@@ -382,6 +384,16 @@ SourceModel readWithAssimp(const std::string& path) {
     }
     if (reading.model.error.empty()) convert(reading);
     return std::move(reading.model);
+}
+
+std::vector<std::string> otherEndings() {
+    std::string list;
+    Assimp::Importer().GetExtensionList(list);  // "*.3ds;*.obj"
+    std::vector<std::string> endings;
+    std::istringstream in(list);
+    for (std::string entry; std::getline(in, entry, ';');) endings.push_back(entry.substr(1));
+    std::sort(endings.begin(), endings.end());
+    return endings;
 }
 
 }  // namespace marrowfen::standin

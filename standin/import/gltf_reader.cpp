@@ -38,9 +38,13 @@ std::string listText(const std::set<std::string>& words) {
 }
 
 void noteExtensions(Reading& reading) {
-    constexpr std::string_view kCarriedOver[] = {"KHR_mesh_quantization",      "KHR_texture_transform",
-                                                 "KHR_draco_mesh_compression", "EXT_meshopt_compression",
-                                                 "KHR_materials_unlit",        "KHR_materials_pbrSpecularGlossiness"};
+    constexpr std::string_view kCarriedOver[] = {"KHR_mesh_quantization",
+                                                 "KHR_texture_transform",
+                                                 "KHR_draco_mesh_compression",
+                                                 "EXT_meshopt_compression",
+                                                 "KHR_materials_unlit",
+                                                 "KHR_materials_pbrSpecularGlossiness",
+                                                 "MSFT_lod"};
     std::set<std::string> others;
     for (const std::string& extension : reading.file().extensionsUsed) {
         if (std::find(std::begin(kCarriedOver), std::end(kCarriedOver), extension) == std::end(kCarriedOver)) {
@@ -88,6 +92,17 @@ bool isMadeUp(std::string_view name) {
     return name.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+std::vector<int> lodsOf(const tinygltf::Node& node) {
+    std::vector<int> lods;
+    const auto extension = node.extensions.find("MSFT_lod");
+    if (extension == node.extensions.end() || !extension->second.Has("ids")) return lods;
+    const tinygltf::Value& ids = extension->second.Get("ids");
+    for (size_t k = 0; ids.IsArray() && k < ids.ArrayLen(); ++k) {
+        if (ids.Get(k).IsInt()) lods.push_back(ids.Get(k).GetNumberAsInt());
+    }
+    return lods;
+}
+
 void addNode(Reading& reading, int index, int32_t parent, size_t level) {
     const std::vector<tinygltf::Node>& nodes = reading.file().nodes;
     if (indexWithin(index, nodes.size()) == kNone) {
@@ -104,10 +119,18 @@ void addNode(Reading& reading, int index, int32_t parent, size_t level) {
     if (node.unnamed) node.name = "node" + std::to_string(index);
     node.parent = parent;
     node.local = localOf(source);
+    const std::vector<int> lods = lodsOf(source);
+    if (!lods.empty()) node.lod = 0;
     reading.model.nodes.push_back(std::move(node));
     const int32_t self = place;
     for (const int child : source.children) {
         if (reading.model.error.empty()) addNode(reading, child, self, level + 1);
+    }
+    // The lower levels are in no scene; they stand where the first one does.
+    for (size_t k = 0; k < lods.size() && reading.model.error.empty(); ++k) {
+        const size_t at = reading.model.nodes.size();
+        addNode(reading, lods[k], parent, level);
+        if (reading.model.error.empty()) reading.model.nodes[at].lod = static_cast<int32_t>(k) + 1;
     }
 }
 
@@ -431,6 +454,8 @@ void addClips(Reading& reading) {
         const tinygltf::Animation& source = reading.file().animations[a];
         SourceClip clip;
         clip.name = cleanText(source.name);
+        clip.loops =
+            source.extras.Has("loop") && source.extras.Get("loop").IsBool() && source.extras.Get("loop").Get<bool>();
         const std::string fault = fillClip(reading, source, clip);
         if (!fault.empty()) {
             // An animation's fault is none of the meshes'.

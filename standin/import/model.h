@@ -3,6 +3,7 @@
 // A model between its file and the host scene: what the passes of the import share. runPasses in model_reader.cpp has
 // their order; each may set the error, which ends the import.
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -64,6 +65,8 @@ struct Model {
     Matrix modelFromUpright;  // a node's own axes from those that stand upright; see poseInScene
     std::unordered_map<std::string, int16_t> layerByName;
     bool usesDefaultLayer = false;                             // something visible is on no layer of its own
+    int16_t firstLevel = kNoLayer;                             // the detail layer with the largest size
+    size_t levelsFound = 0;                                    // that the model has by its own nodes, "_LOD0" and so on
     std::vector<std::string> materialKeys;                     // one per material of the source
     std::map<std::pair<int32_t, int32_t>, Matrix> skinPlaces;  // scene-from-mesh of skinned meshes, by node and mesh
     std::map<int32_t, std::vector<std::string>> boneIds;       // of each bone, one a skeleton that has it
@@ -133,6 +136,15 @@ Polyhedron convertMeshes(Model& model, int32_t node, BoneVertices& held);
 
 // Fills the scene's nodes: groups, polyhedra, markers.
 void placeNodes(Model& model, BoneVertices& held);
+
+// Adds the levels of detail that the options ask for, and keeps to the count of triangles that they allow.
+void addLevels(Model& model, BoneVertices& held);
+
+// Gives bones the names that the nodes of the shape have which the clips are for.
+void nameBonesAsShape(Model& model);
+
+// True when a name matches a pattern of *, ? and [...], whatever the case of its letters.
+bool matches(const std::string& pattern, const std::string& name);
 
 // Adds a skeleton for each layer whose vertices hang on bones.
 void addSkeletons(Model& model, const BoneVertices& held);

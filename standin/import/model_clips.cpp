@@ -1,7 +1,10 @@
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <set>
 
+#include "builder/tags.h"
+#include "ground/ascii.h"
 #include "standin/import/model.h"
 
 // Animations become clips: every bone and marker that an animation moves gets a pose at every frame of the host's rate.
@@ -241,6 +244,31 @@ std::string clipName(const std::string& given, size_t number, std::set<std::stri
     return name + given.substr(colon);
 }
 
+// Takes the tag "loop" out of a clip's name, where the exporter knows none; true if it was there, or if the name ends
+// in the word.
+bool takeLoopWord(std::string& name) {
+    constexpr std::string_view kWord = "loop";
+    bool found = false;
+    const size_t colon = name.find(':');
+    if (colon != std::string::npos) {
+        std::string tags;
+        for (size_t at = colon + 1; at <= name.size();) {
+            const size_t end = std::min(name.find(',', at), name.size());
+            const std::string tag = name.substr(at, end - at);
+            if (equalIgnoringCase(tag, kWord)) {
+                found = true;
+            } else {
+                tags += (tags.empty() ? "" : ",") + tag;
+            }
+            at = end + 1;
+        }
+        if (found) name = name.substr(0, colon) + (tags.empty() ? "" : ":") + tags;
+    }
+    const std::string base = name.substr(0, name.find(':'));
+    if (base.size() <= kWord.size() || !equalIgnoringCase(base.substr(base.size() - kWord.size()), kWord)) return found;
+    return found || std::isalnum(static_cast<unsigned char>(base[base.size() - kWord.size() - 1])) == 0;
+}
+
 void convertClip(Model& model, const SourceClip& source, const std::string& name, std::set<int32_t>& scaled) {
     Player player = newPlayer(model, source);
     if (player.recorded.empty()) {
@@ -290,8 +318,19 @@ void convertAnimations(Model& model) {
     }
     std::set<std::string> taken;
     std::set<int32_t> scaled;
-    for (const SourceClip& clip : model.source.clips) {
+    std::vector<bool> used(model.options.loops.size());
+    for (SourceClip& clip : model.source.clips) {
+        if (takeLoopWord(clip.name)) clip.loops = true;
+        for (size_t p = 0; p < used.size(); ++p) {
+            if (!matches(model.options.loops[p], nameWithoutTags(clip.name))) continue;
+            used[p] = true;
+            clip.loops = true;
+        }
         if (model.error.empty()) convertClip(model, clip, clipName(clip.name, model.scene.clips.size(), taken), scaled);
+    }
+    for (size_t p = 0; p < used.size(); ++p) {
+        if (used[p]) continue;
+        model.notes.others.push_back("no animation is called like " + model.options.loops[p] + ", which --loop gives");
     }
     model.notes.scaledBones = scaled.size();
 }

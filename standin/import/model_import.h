@@ -11,16 +11,33 @@ namespace marrowfen::standin {
 
 enum class UpAxis { X, Y, Z };
 
+// Nodes whose name matches a pattern (*, ?, [...]) become a layer.
+struct LayerOption {
+    std::string layer;  // its name, tags included
+    std::string pattern;
+};
+
+// A level of detail: its size in pixels and its triangles in per cent of the first one's.
+struct LevelOption {
+    int size = 0;
+    double percent = 100;
+};
+
 struct ImportOptions {
     float frameRate = 0;  // that animations are sampled at; 0 for the file's own, else 30
     float scale = 1;
-    double unit = 0;                  // metres; 0 for the file's own, else 1
-    std::optional<UpAxis> up;         // of the file; none for what its format says
-    float turnDegrees = 0;            // about the scene's up axis, anticlockwise seen from above
-    bool singleSided = false;         // leaves out the backs of double-sided materials
-    bool noTextures = false;          // hands over no textures
-    bool plainTextures = false;       // hands over a plain one for materials that have a colour only
-    unsigned memoryMegabytes = 4096;  // limits of the child process that reads the model
+    double unit = 0;                      // metres; 0 for the file's own, else 1
+    std::optional<UpAxis> up;             // of the file; none for what its format says
+    float turnDegrees = 0;                // about the scene's up axis, anticlockwise seen from above
+    std::vector<LayerOption> layers;      // the first match counts
+    std::vector<LevelOption> levels;      // sizes falling
+    std::vector<std::string> loops;       // patterns of the names of clips that loop
+    std::vector<std::string> shapeNodes;  // of the shape that the clips are for; none to go by the model's own names
+    size_t mostTriangles = 0;             // of a detail layer; 0 for any
+    bool singleSided = false;             // leaves out the backs of double-sided materials
+    bool noTextures = false;              // hands over no textures
+    bool plainTextures = false;           // hands over a plain one for materials that have a colour only
+    unsigned memoryMegabytes = 4096;      // limits of the child process that reads the model
     unsigned cpuSeconds = 120;
     unsigned wallSeconds = 180;
 };
@@ -32,5 +49,8 @@ struct ImportResult : LoadResult {
 
 // Loads a 3D model (glTF, or what Assimp reads) in a child process, so that a crash or a runaway there is one error.
 ImportResult importModel(const std::string& path, const ImportOptions& options);
+
+// The endings of all files that Assimp reads, ".3ds" and so on.
+std::vector<std::string> otherEndings();
 
 }  // namespace marrowfen::standin

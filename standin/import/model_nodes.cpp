@@ -1,3 +1,5 @@
+#include <fnmatch.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
@@ -60,11 +62,50 @@ std::string layerOfName(const std::string& name) {
     return tagsOf(layer).anyKnown ? layer : std::string();
 }
 
-std::string layerOfNode(const Model& model, const ModelNode& node) {
-    (void)model;
+// The number that a level is called by, "Detail64"; 0 for none.
+int32_t numberInName(std::string_view name) {
+    constexpr int32_t kMostSize = 32767;
+    name = name.substr(0, name.find(':'));
+    const size_t end = name.find_last_not_of("0123456789");
+    int32_t number = 0;
+    for (const char c : name.substr(end == std::string_view::npos ? 0 : end + 1)) {
+        number = std::min(number * 10 + (c - '0'), kMostSize);
+    }
+    return number;
+}
+
+// The number of a level of detail that a modelling program made: "tree_LOD2". kNone for other names.
+int32_t lodOf(const ModelNode& node) {
+    constexpr std::string_view kMark = "_lod";
+    if (node.source->lod != kNone) return node.source->lod;
+    const std::string& name = node.name;
+    const size_t digits = name.find_last_not_of("0123456789") + 1;
+    if (digits == name.size() || digits < kMark.size() || node.source->unnamed) return kNone;
+    const std::string_view mark = std::string_view(name).substr(digits - kMark.size(), kMark.size());
+    constexpr int32_t kMostLevels = 8;
+    const int32_t number = numberInName(name);
+    return equalIgnoringCase(mark, kMark) && number < kMostLevels ? number : kNone;
+}
+
+std::string levelName(const Model& model, int32_t level) {
+    const std::vector<LevelOption>& levels = model.options.levels;
+    const auto k = static_cast<size_t>(level);
+    const int size = k < levels.size() ? levels[k].size : std::max(1, kUsualSize >> level);
+    return "Detail" + std::to_string(level + 1) + ":size=" + std::to_string(size);
+}
+
+std::string layerOfNode(Model& model, const ModelNode& node, std::vector<size_t>& patternUses) {
+    if (node.source->helper) return {};
+    for (size_t p = 0; p < model.options.layers.size(); ++p) {
+        if (!matches(model.options.layers[p].pattern, node.name)) continue;
+        ++patternUses[p];
+        return model.options.layers[p].layer;
+    }
     // The nodes of a skin's skeleton are no layers, whatever they are called.
-    if (node.source->helper || node.skinned || node.source->unnamed) return {};
-    return layerOfName(node.name);
+    if (node.skinned) return {};
+    const int32_t lod = model.levelsFound > 1 ? lodOf(node) : kNone;
+    if (lod != kNone) return levelName(model, lod);
+    return node.source->unnamed ? std::string() : layerOfName(node.name);
 }
 
 int16_t layerNamed(Model& model, const std::string& name) {
@@ -88,16 +129,32 @@ std::string nameOf(const Model& model, const SourceNode& source) {
     return mesh.empty() ? cleanText(std::filesystem::path(model.path).stem().string()) : mesh;
 }
 
-// The number that a level is called by, "Detail64"; 0 for none.
-int32_t numberInName(std::string_view name) {
-    constexpr int32_t kMostSize = 32767;
-    name = name.substr(0, name.find(':'));
-    const size_t end = name.find_last_not_of("0123456789");
-    int32_t number = 0;
-    for (const char c : name.substr(end == std::string_view::npos ? 0 : end + 1)) {
-        number = std::min(number * 10 + (c - '0'), kMostSize);
+void findLods(Model& model) {
+    std::set<int32_t> found;
+    for (const ModelNode& node : model.nodes) {
+        if (const int32_t lod = lodOf(node); lod != kNone) found.insert(lod);
     }
-    return number;
+    model.levelsFound = found.size();
+    if (found.size() > 1) {
+        model.notes.others.push_back(std::to_string(found.size()) +
+                                     " levels of detail are taken from nodes with _LOD in "
+                                     "their names or the extension MSFT_lod");
+    }
+}
+
+// The name of the layer of what is on none: the first level's, where levels are asked for or found.
+std::string defaultLayer(const Model& model) {
+    return model.levelsFound > 1 || !model.options.levels.empty() ? levelName(model, 0) : std::string(kDefaultLayer);
+}
+
+void findFirstLevel(Model& model) {
+    int32_t largest = 0;
+    for (size_t i = 1; i < model.scene.layers.size(); ++i) {
+        const LayerTags tags = tagsOf(*model.scene.layers[i]);
+        if (!isDetailLayer(model, static_cast<int16_t>(i)) || tags.autoLod || tags.size <= largest) continue;
+        largest = tags.size;
+        model.firstLevel = static_cast<int16_t>(i);
+    }
 }
 
 // A level without a size would never show. Every one gets a size: by its number, or above all others.
@@ -126,6 +183,10 @@ void giveSizes(Model& model) {
 
 }  // namespace
 
+bool matches(const std::string& pattern, const std::string& name) {
+    return fnmatch(pattern.c_str(), name.c_str(), FNM_CASEFOLD) == 0;
+}
+
 bool namesRole(const ModelNode& node) { return !node.source->unnamed && beginsWithRole(node.name); }
 
 void listNodes(Model& model) {
@@ -145,6 +206,9 @@ void listNodes(Model& model) {
 
 void assignLayers(Model& model) {
     model.scene.layers.emplace_back();  // slot 0 never holds anything
+    findLods(model);
+    const std::string others = defaultLayer(model);
+    std::vector<size_t> patternUses(model.options.layers.size());
     for (ModelNode& node : model.nodes) {
         // Parents come first, so theirs is known.
         if (node.parent != kNoNode) {
@@ -152,7 +216,7 @@ void assignLayers(Model& model) {
             node.layerName = parent.layerName;
             node.belowNodes = beginsWithIgnoringCase(parent.layerName, "nodes");
         }
-        const std::string own = layerOfNode(model, node);
+        const std::string own = layerOfNode(model, node, patternUses);
         if (!own.empty()) {
             node.layerName = own;
             node.belowNodes = false;
@@ -163,11 +227,22 @@ void assignLayers(Model& model) {
         const bool marker = node.belowNodes && !node.source->helper;
         if (node.source->meshes.empty() && !marker) continue;
         if (node.layerName.empty()) model.usesDefaultLayer = true;
-        node.layer = layerNamed(model, node.layerName.empty() ? std::string(kDefaultLayer) : node.layerName);
+        node.layer = layerNamed(model, node.layerName.empty() ? others : node.layerName);
         node.marker = marker && node.source->meshes.empty();
         if (!model.error.empty()) return;
     }
+    // Bones alone need a layer too.
+    if (model.source.meshes.empty() && model.scene.layers.size() == 1) {
+        model.usesDefaultLayer = true;
+        layerNamed(model, others);
+    }
     giveSizes(model);
+    findFirstLevel(model);
+    for (size_t p = 0; p < patternUses.size(); ++p) {
+        if (patternUses[p] > 0) continue;
+        model.notes.others.push_back("no node is called like " + model.options.layers[p].pattern +
+                                     ", which --layer gives");
+    }
 }
 
 bool isDetailLayer(const Model& model, int16_t layer) {

@@ -24,6 +24,40 @@ void noteWhatIsLost(Model& model) {
     }
 }
 
+// A file with bones and animations alone is one for sequences.
+void dropMeshes(SourceModel& source) {
+    source.stickFigure = false;
+    source.meshes.clear();
+    for (SourceNode& node : source.nodes) node.meshes.clear();
+}
+
+void countVertices(const std::vector<Node>& nodes, std::map<int16_t, size_t>& counts) {
+    for (const Node& node : nodes) {
+        std::set<std::pair<int32_t, int32_t>> corners;
+        for (const Face& face : node.polyhedron.faces) {
+            for (const Corner& corner : face.corners) corners.emplace(corner.vertex, corner.uv);
+        }
+        counts[node.layer] += corners.size();
+        countVertices(node.children, counts);
+    }
+}
+
+// Says how to get a mesh through that the exporter will refuse.
+void noteTooLarge(Model& model) {
+    constexpr size_t kMostVertices = 65535;
+    if (triangleCount(model.scene.nodes) * 3 <= kMostVertices) return;
+    std::map<int16_t, size_t> counts;
+    countVertices(model.scene.nodes, counts);
+    for (const auto& [layer, count] : counts) {
+        if (count <= kMostVertices || !isDetailLayer(model, layer)) continue;
+        model.notes.others.push_back("layer " + *model.scene.layers[static_cast<size_t>(layer)] + " comes to " +
+                                     std::to_string(count) +
+                                     " vertices, and a mesh holds 65535: --max-triangles N makes "
+                                     "it smaller" +
+                                     (model.notes.backs > 0 ? ", and so does --single-sided" : ""));
+    }
+}
+
 float frameRateOf(const Model& model) {
     if (model.options.frameRate > 0) return model.options.frameRate;
     return model.source.frameRate > 0 ? static_cast<float>(model.source.frameRate) : kUsualFrameRate;
@@ -39,10 +73,15 @@ void runPasses(Model& model) {
     if (model.error.empty()) findSkinBones(model);
     if (model.error.empty()) assignLayers(model);
     if (model.error.empty()) findMovingBones(model);
+    if (model.error.empty()) nameBonesAsShape(model);
     if (model.error.empty()) convertMaterials(model);
     BoneVertices held;
     if (model.error.empty()) placeNodes(model, held);
-    if (model.error.empty() && triangleCount(model.scene.nodes) == 0) model.fail("the file holds no triangles");
+    if (model.error.empty() && triangleCount(model.scene.nodes) == 0 && model.source.clips.empty()) {
+        model.fail("the file holds no triangles");
+    }
+    if (model.error.empty()) addLevels(model, held);
+    if (model.error.empty()) noteTooLarge(model);
     if (model.error.empty()) addSkeletons(model, held);
     if (model.error.empty()) convertAnimations(model);
     if (model.error.empty()) shortenIds(model.scene);
@@ -122,7 +161,8 @@ ImportResult readModel(const std::string& path, const ImportOptions& options) {
     model.path = path;
     model.options = options;
     model.source = isGltf2(path) ? readGltf(path) : readWithAssimp(path);
-    if (model.source.meshes.empty()) {
+    if (model.source.stickFigure && !model.source.clips.empty()) dropMeshes(model.source);
+    if (model.source.meshes.empty() && model.source.clips.empty()) {
         model.source.fail(model.source.linesAndPoints > 0 ? "the file holds lines and points, but no triangles"
                                                           : "the file holds no meshes");
     }

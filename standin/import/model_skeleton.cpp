@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <set>
 
+#include "ground/ascii.h"
 #include "standin/import/model.h"
 
 // Which nodes become bones, and in which pose they are bound.
@@ -203,20 +205,21 @@ void bindOtherBones(Model& model) {
     }
 }
 
-// Nodes whose movement shows: they hold bones, or visible meshes that no skin moves.
-std::vector<bool> nodesThatCarry(const Model& model) {
-    std::vector<bool> carries(model.nodes.size());
-    eachMesh(model, [&](int32_t node, int32_t mesh) {
-        if (meshAt(model, mesh).bones.empty() && isDetailLayer(model, model.nodes[static_cast<size_t>(node)].layer)) {
-            carries[static_cast<size_t>(node)] = true;
-        }
-    });
+// Nodes that hold meshes of roles whose geometry follows no bones, and nothing else.
+std::vector<bool> nodesOfStillThings(const Model& model) {
+    std::vector<bool> hasStill(model.nodes.size()), hasOther(model.nodes.size());
     for (size_t i = model.nodes.size(); i-- > 0;) {
         const ModelNode& node = model.nodes[i];
-        if (node.bone) carries[i] = true;
-        if (carries[i] && node.parent != kNoNode) carries[static_cast<size_t>(node.parent)] = true;
+        const bool holds = !node.source->meshes.empty();
+        if (holds) (isDetailLayer(model, node.layer) ? hasOther : hasStill)[i] = true;
+        if (node.bone) hasOther[i] = true;
+        if (node.parent == kNoNode) continue;
+        const auto parent = static_cast<size_t>(node.parent);
+        if (hasStill[i]) hasStill[parent] = true;
+        if (hasOther[i]) hasOther[parent] = true;
     }
-    return carries;
+    for (size_t i = 0; i < hasStill.size(); ++i) hasStill[i] = hasStill[i] && !hasOther[i];
+    return hasStill;
 }
 
 // The node that a helper of the FBX reader belongs to: the first real one below.
@@ -252,6 +255,13 @@ Matrix sceneFromMesh(const Model& model, int32_t node, int32_t mesh) {
 
 void findSkinBones(Model& model) {
     if (model.source.losesSkeleton) return;
+    // Of a file with animations alone, what they say something about is the skeleton.
+    for (const SourceClip& clip : model.source.clips) {
+        for (const SourceChannel& channel : clip.channels) {
+            const int32_t node = model.source.meshes.empty() ? realNode(model, channel.node) : kNoNode;
+            if (node != kNoNode) nodeAt(model, node).skinned = true;
+        }
+    }
     eachMesh(model, [&](int32_t, int32_t mesh) { markSkin(model, meshAt(model, mesh)); });
     markBetweenAndBelow(model);
     for (ModelNode& node : model.nodes) {
@@ -261,14 +271,48 @@ void findSkinBones(Model& model) {
     eachMesh(model, [&](int32_t node, int32_t mesh) { bindMesh(model, node, mesh); });
 }
 
+void nameBonesAsShape(Model& model) {
+    const std::vector<std::string>& wanted = model.options.shapeNodes;
+    if (wanted.empty()) return;
+    const auto withoutNamespace = [](const std::string& name) { return name.substr(name.rfind(':') + 1); };
+    std::set<std::string> met;
+    std::vector<std::string> strangers;
+    for (ModelNode& node : model.nodes) {
+        if (!node.bone && !node.marker) continue;
+        const auto same = std::find_if(wanted.begin(), wanted.end(), [&](const std::string& name) {
+            return equalIgnoringCase(name, node.name) ||
+                   equalIgnoringCase(withoutNamespace(name), withoutNamespace(node.name));
+        });
+        if (same == wanted.end()) {
+            strangers.push_back(node.name);
+        } else {
+            node.name = *same;
+            met.insert(*same);
+        }
+    }
+    std::vector<std::string> still;
+    for (const std::string& name : wanted) {
+        if (met.count(name) == 0 && name != "Root") still.push_back(name);
+    }
+    const auto tell = [&](const std::vector<std::string>& names, const char* what) {
+        if (names.empty()) return;
+        std::string line = std::to_string(names.size()) + what;
+        for (const std::string& name : names) line += (&name == &names[0] ? "" : ", ") + name;
+        model.notes.others.push_back(line);
+    };
+    tell(strangers, " of the model's nodes aren't in the shape: ");
+    tell(still, " of the shape's nodes aren't in the model: ");
+}
+
 void findMovingBones(Model& model) {
     if (model.source.losesSkeleton) return;
-    const std::vector<bool> carries = nodesThatCarry(model);
+    const std::vector<bool> isStill = nodesOfStillThings(model);
     for (const SourceClip& clip : model.source.clips) {
         for (const SourceChannel& channel : clip.channels) {
             if (!isMoving(nodeAt(model, channel.node), channel)) continue;
             const int32_t moved = realNode(model, channel.node);
-            if (moved != kNoNode && carries[static_cast<size_t>(moved)]) nodeAt(model, moved).bone = true;
+            if (moved == kNoNode || isStill[static_cast<size_t>(moved)] || nodeAt(model, moved).marker) continue;
+            nodeAt(model, moved).bone = true;
         }
     }
     bindOtherBones(model);

@@ -79,12 +79,33 @@ std::vector<Skeleton> skeletonsOf(const Model& model, const BoneVertices& held) 
         }
         skeletons.push_back(std::move(skeleton));
     }
+    // Bones that hold nothing are in the shape as well.
+    const bool hasBones =
+        std::any_of(model.nodes.begin(), model.nodes.end(), [](const ModelNode& n) { return n.bone; });
+    if (!skeletons.empty() || !hasBones) return skeletons;
+    Skeleton skeleton;
+    skeleton.layer = model.firstLevel;
+    for (size_t i = 0; i < model.nodes.size(); ++i) {
+        if (model.nodes[i].bone) skeleton.bones.push_back(static_cast<int32_t>(i));
+    }
+    skeletons.push_back(std::move(skeleton));
     return skeletons;
 }
 
 }  // namespace
 
 void addSkeletons(Model& model, const BoneVertices& held) {
+    if (model.source.meshes.empty()) {
+        // The exporter leaves out a layer without polyhedra, bones and all.
+        Node empty;
+        empty.type = TsxPolyhedron;
+        empty.name = "no mesh";
+        empty.id = "no mesh";
+        empty.layer = model.firstLevel;
+        empty.polyhedron.vertexTransform = Transform{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
+        model.scene.nodes.push_back(std::move(empty));
+        model.notes.others.emplace_back("the file holds no meshes: it is good for sequences (.dsq) only");
+    }
     for (const Skeleton& skeleton : skeletonsOf(model, held)) {
         const bool isCopy = !model.boneIds.empty();
         model.scene.nodes.push_back(newSkeleton(model, skeleton, isCopy, held));

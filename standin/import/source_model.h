@@ -24,6 +24,7 @@ struct SourceNode {
     int32_t parent = kNone;  // a lower index; only the first node has none
     Matrix local;            // parent-from-node
     std::vector<int32_t> meshes;
+    int32_t lod = kNone;   // the level of detail that the file says it is
     bool unnamed = false;  // without a name that a person gave
     bool helper = false;   // one of the nodes that the FBX reader splits a node's transform into
 };

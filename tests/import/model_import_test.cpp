@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <map>
 #include <set>
 
 #include "standin/host/scene_file.h"
@@ -310,6 +311,78 @@ TEST(ModelImport, BacksOfDoubleSidedFacesAreFacesOfTheirOwn) {
         ImportOptions options;
         options.singleSided = true;
         EXPECT_EQ(importText("a.gltf", gltf.text(), options).nodes[0].polyhedron.faces.size(), faces);
+    }
+}
+
+// A bumpy square of side * side quads with a node for each name.
+std::string bumps(const std::vector<std::string>& nodes) {
+    constexpr int kSide = 12;
+    std::string text;
+    for (int y = 0; y <= kSide; ++y) {
+        for (int x = 0; x <= kSide; ++x) {
+            text += "v " + std::to_string(x) + " " + std::to_string(0.1 * ((x * 7 + y * 3) % 5)) + " " +
+                    std::to_string(y) + "\n";
+        }
+    }
+    for (const std::string& node : nodes) {
+        text += "o " + node + "\n";
+        for (int y = 0; y < kSide; ++y) {
+            for (int x = 1; x <= kSide; ++x) {
+                const int at = y * (kSide + 1) + x, below = at + kSide + 1;
+                text += "f " + std::to_string(at) + " " + std::to_string(below) + " " + std::to_string(below + 1) +
+                        " " + std::to_string(at + 1) + "\n";
+            }
+        }
+    }
+    return text;
+}
+
+TEST(ModelImport, LayersAndLevelsThatTheOptionsAskFor) {
+    const struct {
+        std::vector<std::string> nodes;
+        std::vector<LayerOption> layers;
+        std::vector<LevelOption> levels;
+        size_t mostTriangles;
+        std::vector<std::pair<std::string, size_t>> expected;  // layers and about how many triangles they have
+    } kCases[] = {
+        {{"hut", "hut_col1"},
+         {{"collision:box", "*_COL*"}, {"Detail:size=3", "h*"}},
+         {},
+         0,
+         {{"Detail:size=3", 288}, {"collision:box", 288}}},
+        {{"hut"},
+         {},
+         {{64, 100}, {32, 50}, {16, 25}},
+         0,
+         {{"Detail1:size=64", 288}, {"Detail2:size=32", 144}, {"Detail3:size=16", 72}}},
+        {{"hut_LOD0", "hut_LOD1"},
+         {},
+         {{90, 100}, {30, 50}, {10, 25}},
+         0,
+         {{"Detail1:size=90", 288}, {"Detail2:size=30", 288}, {"Detail3:size=10", 72}}},
+        {{"hut_LOD0"}, {}, {}, 0, {{"Detail:size=1", 288}}},
+        {{"hut"}, {}, {}, 100, {{"Detail:size=1", 100}}},
+        {{"Detail", "Detail20", "rig:hut", "detailed", "far:size=9,sort"},
+         {},
+         {},
+         0,
+         {{"Detail:size=64", 864}, {"Detail20:size=20", 288}, {"far:size=9,sort", 288}}},
+    };
+    for (const auto& entry : kCases) {
+        ImportOptions options;
+        options.layers = entry.layers;
+        options.levels = entry.levels;
+        options.mostTriangles = entry.mostTriangles;
+        const Scene scene = importText("a.obj", bumps(entry.nodes), options);
+        std::map<std::string, size_t> triangles;
+        for (const Node& node : scene.nodes) {
+            triangles[*scene.layers[static_cast<size_t>(node.layer)]] += node.polyhedron.faces.size();
+        }
+        ASSERT_EQ(triangles.size(), entry.expected.size()) << entry.nodes[0];
+        for (const auto& [layer, count] : entry.expected) {
+            EXPECT_LE(triangles[layer], count) << layer;
+            EXPECT_GE(triangles[layer], count * 8 / 10) << layer;
+        }
     }
 }
 

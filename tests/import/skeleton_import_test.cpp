@@ -205,16 +205,41 @@ TEST(SkeletonImport, WhatMovesAsAWholeBecomesABone) {
     std::sort(held.begin(), held.end()), std::sort(expected.begin(), expected.end());
     EXPECT_EQ(held, expected);
 
-    ASSERT_EQ(result.scene->clips.size(), 3U);
+    ASSERT_EQ(result.scene->clips.size(), 4U);
     const Clip& clip = result.scene->clips[0];
     EXPECT_EQ(clip.end, 5);
     EXPECT_EQ((*(*keysOf(clip, "wheel#2"))[5].transform)[11], 2);
     EXPECT_EQ((*keysOf(clip, "eye"))[5].location, (Vec3{0, 0, 2}));
     // A track at rest needs one key, and names stay different up to the colon.
     EXPECT_EQ(keysOf(result.scene->clips[1], "wheel#2")->size(), 1U);
-    EXPECT_EQ(result.scene->clips[2].name, "up_2:fps=9");
-    EXPECT_EQ(warningsOf(result),
-              (std::vector<std::string>{"animation blink moves nothing that is exported and is skipped"}));
+    EXPECT_EQ(result.scene->clips[3].name, "up_2:fps=9");
+    // What moves is a node of the shape, even if nothing hangs on it.
+    EXPECT_EQ(keysOf(result.scene->clips[2], "lamp")->size(), 6U);
+    EXPECT_TRUE(warningsOf(result).empty());
+}
+
+TEST(SkeletonImport, AnimationsAloneAreASkeletonThatTakesTheNamesOfAShape) {
+    Gltf gltf = arm(json::object());
+    gltf.json["animations"][0]["name"] = "wave_loop";
+    gltf.json["animations"].push_back(gltf.json["animations"][0]);
+    gltf.json["animations"][1]["name"] = "idle:loop,blend";
+    for (json& node : gltf.json["nodes"]) node.erase("mesh"), node.erase("skin");
+    gltf.json.erase("meshes"), gltf.json.erase("skins");
+    ImportOptions options;
+    options.shapeNodes = {"Root", "Shoulder", "ELBOW", "hat"};
+    const LoadResult result = importGltf(gltf, options);
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    std::map<std::string, const Node*> nodes;
+    listNodes(result.scene->nodes, nodes);
+    EXPECT_EQ(nodes.count("Shoulder") + nodes.count("ELBOW") + nodes.count("tip"), 3U);
+    ASSERT_EQ(result.scene->clips.size(), 2U);
+    EXPECT_EQ(keysOf(result.scene->clips[0], "ELBOW")->size(), 31U);
+    EXPECT_EQ(result.scene->clips[1].name, "idle:blend");
+    for (const Clip& clip : result.scene->clips) EXPECT_EQ(clip.loop, 1) << clip.name;
+    EXPECT_EQ(warningsOf(result), (std::vector<std::string>{"1 of the model's nodes aren't in the shape: tip",
+                                                            "1 of the shape's nodes aren't in the model: hat",
+                                                            "the file holds no meshes: it is good for sequences (.dsq) "
+                                                            "only"}));
 }
 
 TEST(SkeletonImport, BadAnimationsAreLeftOutAndTheMeshStays) {
