@@ -18,8 +18,8 @@ namespace {
 
 constexpr std::string_view kRoles[] = {"detail", "collision", "loscollision", "bounds", "nodes"};
 constexpr std::string_view kDefaultLayer = "Detail";
-constexpr int32_t kOnlySize = 1;       // of the default layer when it is the only level: it always shows
-constexpr int32_t kUsualSize = 64;     // of a level that says none
+constexpr int32_t kOnlySize = 1;                      // of the default layer when it is the only level: it always shows
+constexpr int32_t kUsualSize = 64;                    // of a level that says none
 constexpr size_t kMostNamedLayers = kMostLayers - 1;  // slot 0 has no name
 
 // What the exporter finds in a layer's tags.

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <functional>
 #include <map>
 #include <set>
 
@@ -314,6 +315,73 @@ TEST(ModelImport, BacksOfDoubleSidedFacesAreFacesOfTheirOwn) {
     }
 }
 
+// One triangle (0, 0, 0), (0, 0, 1), (1, 0, 0) in the ways that glTF has to say it.
+TEST(ModelImport, FormsOfGltfNumbersAreAllTheSame) {
+    using Fill = std::function<void(Gltf&, nlohmann::json&)>;
+    const auto floats = [](Gltf& gltf) { return gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0}); };
+    const auto uvs = [](Gltf& gltf, nlohmann::json& primitive, int accessor) {
+        gltf.json["accessors"][static_cast<size_t>(accessor)]["normalized"] = true;
+        primitive["attributes"]["TEXCOORD_0"] = accessor;
+    };
+    const struct {
+        const char* what;
+        Fill fill;
+    } kCases[] = {
+        {"bytes",
+         [](Gltf& gltf, nlohmann::json& p) {
+             p["attributes"]["POSITION"] = gltf.list<int8_t>({0, 0, 0, 0, 0, 1, 1, 0, 0}, "VEC3", 5120, 3);
+         }},
+        {"normalised shorts",
+         [](Gltf& gltf, nlohmann::json& p) {
+             const int at = gltf.list<int16_t>({0, 0, 0, 0, 0, 32767, 32767, 0, 0}, "VEC3", 5122, 3);
+             gltf.json["accessors"][static_cast<size_t>(at)]["normalized"] = true;
+             p["attributes"]["POSITION"] = at;
+         }},
+        {"sparse",
+         [](Gltf& gltf, nlohmann::json& p) {
+             const std::string indices("\1\2", 2);
+             const float moved[] = {0, 0, 1, 1, 0, 0};
+             const int of = gltf.view(indices), with = gltf.view({reinterpret_cast<const char*>(moved), sizeof moved});
+             gltf.json["accessors"].push_back({{"componentType", 5126}, {"count", 3}, {"type", "VEC3"}});
+             gltf.json["accessors"].back()["sparse"] = {{"count", 2},
+                                                        {"indices", {{"bufferView", of}, {"componentType", 5121}}},
+                                                        {"values", {{"bufferView", with}}}};
+             p["attributes"]["POSITION"] = gltf.json["accessors"].size() - 1;
+         }},
+        {"strip",
+         [&](Gltf& gltf, nlohmann::json& p) {
+             p["attributes"]["POSITION"] = floats(gltf);
+             p["indices"] = gltf.list<uint16_t>({2, 2, 1, 0}, "SCALAR", 5123, 1);
+             p["mode"] = 5;
+         }},
+        {"fan",
+         [&](Gltf& gltf, nlohmann::json& p) {
+             p["attributes"]["POSITION"] = floats(gltf);
+             p["mode"] = 6;
+         }},
+        {"16-bit texture coordinates",
+         [&](Gltf& gltf, nlohmann::json& p) {
+             p["attributes"]["POSITION"] = floats(gltf);
+             uvs(gltf, p, gltf.list<uint16_t>({0, 65535, 65535, 65535, 0, 65535}, "VEC2", 5123, 2));
+         }},
+    };
+    for (const auto& entry : kCases) {
+        Gltf gltf;
+        nlohmann::json primitive;
+        entry.fill(gltf, primitive);
+        gltf.json["meshes"] = {{{"primitives", {primitive}}}};
+        gltf.json["nodes"] = {{{"name", "n"}, {"mesh", 0}}};
+        gltf.json["scenes"] = {{{"nodes", {0}}}};
+        const Polyhedron mesh = importText("a.gltf", gltf.text()).nodes.at(0).polyhedron;
+        ASSERT_EQ(mesh.faces.size(), 1U) << entry.what;
+        std::set<Vec3> places(mesh.vertices.begin(), mesh.vertices.end());
+        EXPECT_EQ(places, (std::set<Vec3>{{0, 0, 0}, {0, 1, 0}, {-1, 0, 0}})) << entry.what;
+        EXPECT_EQ(mesh.normals, (std::vector<Vec3>(3, Vec3{0, 0, -1}))) << entry.what;
+        const bool hasUvs = primitive["attributes"].contains("TEXCOORD_0");
+        EXPECT_EQ(mesh.uvs, hasUvs ? (std::vector<Vec2>{{0, 0}, {1, 0}}) : std::vector<Vec2>()) << entry.what;
+    }
+}
+
 // A bumpy square of side * side quads with a node for each name.
 std::string bumps(const std::vector<std::string>& nodes) {
     constexpr int kSide = 12;
@@ -393,11 +461,32 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
     const std::string plyFaces = "element face 1\nproperty list uchar int vertex_indices\nend_header\n";
     Gltf missing;
     missing.json["buffers"] = {{{"byteLength", 36}, {"uri", "gone.bin"}}};
+    const auto gltfWith = [](const char* key, const nlohmann::json& value) {
+        Gltf gltf;
+        gltf.json["meshes"] = {
+            {{"primitives", {{{"attributes", {{"POSITION", gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0})}}}}}}}};
+        gltf.json["nodes"] = {{{"mesh", 0}}};
+        gltf.json["scenes"] = {{{"nodes", {0}}}};
+        gltf.text();
+        gltf.json[key] = value;
+        return gltf.json.dump();
+    };
+    const nlohmann::json accessor = {{"bufferView", 0}, {"componentType", 5126}, {"count", 4}, {"type", "VEC3"}};
     const struct {
         const char* name;
         std::string content;
         const char* says;
     } kCases[] = {
+        {"extension.gltf", gltfWith("extensionsRequired", {"ACME_shapes"}), "needs the glTF extension ACME_shapes"},
+        {"outside.gltf", gltfWith("buffers", {{{"byteLength", 36}, {"uri", "../b.bin"}}}),
+         "outside the model's folder"},
+        {"root.gltf", gltfWith("buffers", {{{"byteLength", 36}, {"uri", "/etc/hosts"}}}), "outside the model's folder"},
+        {"escaped.gltf", gltfWith("buffers", {{{"byteLength", 36}, {"uri", "a/%2E%2E/../b"}}}), "outside the model's"},
+        {"count.gltf", gltfWith("accessors", nlohmann::json::array({accessor})),
+         "accessor 0: ends beyond its buffer view"},
+        {"view.gltf", gltfWith("bufferViews", {{{"buffer", 0}, {"byteOffset", 4}, {"byteLength", 36}}}), "ends beyond"},
+        {"loop.gltf", gltfWith("nodes", nlohmann::json::parse(R"([{"mesh": 0, "children": [0]}])")),
+         "hangs in two places"},
         {"empty.obj", "", ""},
         {"text.xyz", "hello", "No suitable reader"},
         {"points.obj", triangle + "p 1 2 3\n", "no triangles"},
