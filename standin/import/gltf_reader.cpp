@@ -272,6 +272,7 @@ void addMaterial(Reading& reading, const tinygltf::Material& source, size_t& par
     if (source.alphaMode == "BLEND") material.alpha = SourceMaterial::Alpha::Blend;
     if (source.alphaMode == "MASK") material.alpha = SourceMaterial::Alpha::Mask;
     if (material.alpha != SourceMaterial::Alpha::Blend) material.color[3] = 1;
+    material.tintsTexture = true;
     material.doubleSided = source.doubleSided;
     setTexture(reading, use, material);
     reading.uvsOf.push_back(uvsOf(use));

@@ -51,6 +51,8 @@ struct ModelNotes {
     size_t backs = 0;          // faces that were doubled for their backs
     size_t backsWithout = 0;   // meshes without normals whose backs are left out
     size_t stillCollisions = 0;
+    size_t tinted = 0;            // materials whose colour tints their texture
+    bool restsElsewhere = false;  // bones rest in another pose than they were bound in
     std::set<std::string> missingTextures;
     std::vector<std::string> plainMaterials;  // keys of those without a texture
     std::vector<std::string> others;          // whole lines

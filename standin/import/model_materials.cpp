@@ -159,6 +159,10 @@ void convertMaterials(Model& model) {
         model.materialKeys[m] = key;
         material.color[3] = opacityOf(model, source, material.color[3]);
         material.texture = textureName(model, source, key);
+        const bool hasTexture = source.image != kNone || !source.texture.empty();
+        const bool isWhite =
+            std::all_of(source.color.begin(), source.color.begin() + 3, [](float c) { return c > 0.99F; });
+        if (source.tintsTexture && hasTexture && !isWhite) ++model.notes.tinted;
         model.scene.materials.emplace_back(key, std::move(material));
     }
 }

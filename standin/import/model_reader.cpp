@@ -52,7 +52,7 @@ void noteTooLarge(Model& model) {
         if (count <= kMostVertices || !isDetailLayer(model, layer)) continue;
         model.notes.others.push_back("layer " + *model.scene.layers[static_cast<size_t>(layer)] + " comes to " +
                                      std::to_string(count) +
-                                     " vertices, and a mesh holds 65535: --max-triangles N makes "
+                                     " vertices, and a mesh holds 65535, and no more indices: --max-triangles N makes "
                                      "it smaller" +
                                      (model.notes.backs > 0 ? ", and so does --single-sided" : ""));
     }
@@ -129,6 +129,8 @@ std::vector<std::string> warningLines(const Model& model) {
          "materials are cut out by their textures' alpha and come out translucent"},
         {notes.backs, "face shows from both sides and is doubled; --single-sided leaves its back out",
          "faces show from both sides and are doubled; --single-sided leaves their backs out"},
+        {notes.tinted, "material tints its texture, which the engine shows in its own colours",
+         "materials tint their textures, which the engine shows in their own colours"},
         {notes.backsWithout, "mesh shows from both sides but has no normals, and keeps its front only",
          "meshes show from both sides but have no normals, and keep their fronts only"},
     };
@@ -137,6 +139,9 @@ std::vector<std::string> warningLines(const Model& model) {
     for (const Line& line : kLines) {
         if (line.count > 0)
             lines.push_back(std::to_string(line.count) + " " + (line.count == 1 ? line.one : line.many));
+    }
+    if (notes.restsElsewhere) {
+        lines.emplace_back("the model rests in another pose than its skin was bound in; the shape shows the bind pose");
     }
     if (!notes.missingTextures.empty()) {
         lines.push_back(std::to_string(notes.missingTextures.size()) +

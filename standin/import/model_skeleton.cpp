@@ -222,6 +222,18 @@ std::vector<bool> nodesOfStillThings(const Model& model) {
     return hasStill;
 }
 
+// By more than rounding.
+bool differs(const Matrix& a, const Matrix& b) {
+    constexpr double kNoticeable = 1e-3;
+    for (unsigned row = 0; row < 3; ++row) {
+        for (unsigned column = 0; column < 4; ++column) {
+            const double size = std::max({1.0, std::fabs(a[row][column]), std::fabs(b[row][column])});
+            if (std::fabs(a[row][column] - b[row][column]) > kNoticeable * size) return true;
+        }
+    }
+    return false;
+}
+
 // The node that a helper of the FBX reader belongs to: the first real one below.
 int32_t realNode(const Model& model, int32_t node) {
     const auto count = static_cast<int32_t>(model.nodes.size());
@@ -316,6 +328,9 @@ void findMovingBones(Model& model) {
         }
     }
     bindOtherBones(model);
+    for (const ModelNode& node : model.nodes) {
+        if (node.bone && node.bound && differs(node.bind, node.world)) model.notes.restsElsewhere = true;
+    }
 }
 
 }  // namespace marrowfen::standin

@@ -64,6 +64,7 @@ struct SourceMaterial {
     std::string texture;    // path of the colour's texture as the file has it, empty for none
     int32_t image = kNone;  // the embedded one
     Alpha alpha = Alpha::Opaque;
+    bool tintsTexture = false;  // the colour is multiplied with the texture's
     bool doubleSided = false;
 };
 
