@@ -2,6 +2,7 @@
 // Y-up and in the file's own front and units.
 
 import { Group, LoadingManager, Mesh, MeshPhongMaterial, Scene, Vector3 } from 'three';
+import { ThreeMFLoader } from 'three/examples/jsm/loaders/3MFLoader.js';
 import { AMFLoader } from 'three/examples/jsm/loaders/AMFLoader.js';
 import { BVHLoader } from 'three/examples/jsm/loaders/BVHLoader.js';
 import { ColladaLoader } from 'three/examples/jsm/loaders/ColladaLoader.js';
@@ -84,6 +85,7 @@ function parseBvh(bytes) {
 
 // up: which of the file's axes is up once the loader has read it; uvUp: texture coordinates grow upwards.
 const FORMATS = {
+  '3mf': { parse: (bytes) => new ThreeMFLoader(manager).parse(bytes.buffer), up: 'z', uvUp: true },
   amf: { parse: (bytes) => new AMFLoader(manager).parse(bytes.buffer), up: 'z' },
   bvh: { parse: parseBvh },
   dae: { parse: parseCollada, uvUp: true },
@@ -134,8 +136,9 @@ window.toGlb = async ({ name, files }) => {
   return btoa(new Uint8Array(glb).reduce((text, byte) => text + String.fromCharCode(byte), ''));
 };
 
-// {name, files: {name: base64}, turned}: the model and what lies beside it; turned half round about the upright axis.
-export async function load({ name, files, turned }) {
+// {name, files: {name: base64}, turned, hidden}: the model and what lies beside it; turned half round about the upright
+// axis; without the nodes whose names hold what is hidden.
+export async function load({ name, files, turned, hidden }) {
   const format = formatOf(name);
   const model = await format.parse(bytesOf(files[name]), files);
   const upright = new Group().add(model);
@@ -149,6 +152,7 @@ export async function load({ name, files, turned }) {
   scene.traverse((object) => {
     object.frustumCulled = false;
     if (object.isLine || object.isPoints) object.visible = false;
+    if (hidden && new RegExp(hidden).test(object.userData.name ?? object.name)) object.visible = false;
     if (!object.isMesh) return;
     addMissingNormals(object);
     if (object.isSkinnedMesh) bindToHeaviest(object);

@@ -120,11 +120,11 @@ function framing(scene, clip, times) {
   return sphere;
 }
 
-// One entry a surface, time and direction, all within one frame. shares: times as parts of the model's clip.
+// One entry a surface, time and direction, all within one frame. clip: its name or number, shares: times as parts of it.
 window.compare = async ({ model, shape, clip, shares }) => {
   const scenes = [await load(model), await load(shape)];
-  const clips = scenes.map((scene) => (clip === undefined ? null : scene.animations[clip]));
-  if (clip !== undefined && !(clips[0] && clips[1])) throw new Error(`no animation ${clip} in both`);
+  const clips = scenes.map(({ animations }) => animations[clip] ?? animations.find(({ name }) => name === clip));
+  if (clip && !(clips[0] && clips[1])) throw new Error(`no animation ${clip} in both`);
   const times = shares.map((share) => share * (clips[0]?.duration ?? 0));
   const sphere = framing(scenes[0], clips[0], times);
   const surfaces = Object.keys(SURFACES);

@@ -1,6 +1,7 @@
 // Draws models beside the shapes that are made of them: the same silhouettes, normals and places of textures, from every
 // side, at rest and in motion. The pictures stay in the folder, the model above the shape.
-// usage: node pictures.mjs MARROWFEN WORK_FOLDER [variants:]MODEL[@CLIP] ...
+// usage: node pictures.mjs MARROWFEN WORK_FOLDER [variants:]MODEL[@CLIP[@HIDDEN]] ...
+// CLIP: name or number. HIDDEN: a regular expression for nodes of the model that the shape's first level doesn't show.
 // variants: the model as glTF in the forms that tools write.
 
 import { execFileSync } from 'node:child_process';
@@ -19,26 +20,26 @@ mkdirSync(folder, { recursive: true });
 const { browser, page, faults } = await openPage();
 const models = [];
 for (const argument of given) {
-  const [path, clip] = argument.split('@');
+  const [path, clip, hidden] = argument.split('@');
   const of = path.startsWith('variants:') ? await variantsOf(page, path.slice('variants:'.length), folder) : [path];
-  models.push(...of.map((file) => ({ file, clip })));
+  models.push(...of.map((file) => ({ file, clip, hidden })));
 }
 let failures = 0;
-for (const { file, clip } of models) {
+for (const { file, clip, hidden } of models) {
   const stem = join(folder, basename(file));
   let compared;
   try {
     execFileSync(marrowfen, ['-q', 'export', file, `${stem}.dts`, '--with-animation'], { stdio: 'inherit' });
-    execFileSync(marrowfen, ['-q', 'view', `${stem}.dts`, `${stem}.glb`], { stdio: 'inherit' });
+    execFileSync(marrowfen, ['-q', 'view', `${stem}.dts`, `${stem}.dts.glb`], { stdio: 'inherit' });
     compared = await page.evaluate((work) => window.compare(work), {
-      model: await sourceOf(file), shape: shapeOf(`${stem}.glb`), clip: clip && Number(clip), shares: clip ? [0, 0.3, 0.7] : [0],
+      model: { ...await sourceOf(file), hidden }, shape: shapeOf(`${stem}.dts.glb`), clip, shares: clip ? [0, 0.3, 0.7] : [0],
     });
   } catch (error) {
     console.log(`${file}: ${error.message.split('\n')[0]}`);
     failures += 1;
     continue;
   }
-  writeFileSync(`${stem}.png`, Buffer.from(compared.sheet, 'base64'));
+  writeFileSync(`${stem}${clip ? `.${clip}` : ''}.png`, Buffer.from(compared.sheet, 'base64'));
   // From where it is seen edge-on, a flat model covers nothing to compare.
   const seen = compared.results.filter(({ covered }) => covered > 0.005);
   const bad = seen.filter(({ overlap, apart }) => overlap < LEAST_OVERLAP || apart > MOST_APART);

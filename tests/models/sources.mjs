@@ -3,7 +3,9 @@
 import { NodeIO } from '@gltf-transform/core';
 import { ALL_EXTENSIONS } from '@gltf-transform/extensions';
 import draco3d from 'draco3dgltf';
-import { existsSync, readFileSync, readdirSync } from 'node:fs';
+import { execFileSync } from 'node:child_process';
+import { existsSync, mkdtempSync, readFileSync, readdirSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
 import { basename, dirname, join } from 'node:path';
 
 export const gltfIo = new NodeIO().registerExtensions(ALL_EXTENSIONS).registerDependencies({
@@ -36,9 +38,23 @@ export function shapeOf(file) {
   return { name: basename(file), files: { [basename(file)]: readFileSync(file).toString('base64') } };
 }
 
+// Blender's own files, by Blender where it is installed.
+function throughBlender(file) {
+  const folder = mkdtempSync(join(tmpdir(), 'marrowfen-'));
+  const glb = join(folder, 'model.glb');
+  try {
+    execFileSync('blender', ['--background', '--factory-startup', '--python-exit-code', '1', file, '--python-expr',
+      `import bpy; bpy.ops.export_scene.gltf(filepath=${JSON.stringify(glb)}, export_apply=True)`], { stdio: 'pipe' });
+    return { name: 'model.glb', files: { 'model.glb': readFileSync(glb).toString('base64') } };
+  } finally {
+    rmSync(folder, { recursive: true });
+  }
+}
+
 export async function sourceOf(file) {
   const name = basename(file);
   const ending = name.split('.').pop().toLowerCase();
+  if (ending === 'blend') return throughBlender(file);
   const files = {};
   const bytes = readFileSync(file);
   if (/^gl(tf|b)$/.test(ending) && bytes.includes('KHR_draco_mesh_compression')) {

@@ -10,7 +10,7 @@ import { openPage } from './page.mjs';
 import { filesBelow, shapeOf, sourceOf } from './sources.mjs';
 import { variantsOf } from './variants.mjs';
 
-const READ = /\.(gltf|glb|fbx|obj|dae|zae|3ds|stl|ply|md2|amf|lwo|wrl|bvh)$/i;
+const READ = /\.(gltf|glb|fbx|obj|dae|zae|3ds|stl|ply|md2|amf|lwo|wrl|bvh|3mf|blend)$/i;
 const MODELS = '/usr/share/assimp/models/';
 const KNOWN = JSON.parse(readFileSync(new URL('known.json', import.meta.url))); // why a model differs
 const WAY_OUT = /--max-triangles/; // a model is too large, and its owner learns what to do
