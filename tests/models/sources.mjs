@@ -31,8 +31,8 @@ function packed(file) {
   return Buffer.from(JSON.stringify(json));
 }
 
-// The formats whose front, +Z with Y up, becomes the engine's, +Y. The others keep X.
-const TURNED = process.env.TURNED ? new RegExp(process.env.TURNED) : /^(gltf|glb|lwo)$/;
+// Formats of printing and motion capture keep their front; that of all others becomes the engine's, +Y.
+const KEEPS_FRONT = /^(3mf|amf|bvh|stl)$/;
 
 export function shapeOf(file) {
   return { name: basename(file), files: { [basename(file)]: readFileSync(file).toString('base64') } };
@@ -45,7 +45,7 @@ function throughBlender(file) {
   try {
     execFileSync('blender', ['--background', '--factory-startup', '--python-exit-code', '1', file, '--python-expr',
       `import bpy; bpy.ops.export_scene.gltf(filepath=${JSON.stringify(glb)}, export_apply=True)`], { stdio: 'pipe' });
-    return { name: 'model.glb', files: { 'model.glb': readFileSync(glb).toString('base64') } };
+    return { name: 'model.glb', files: { 'model.glb': readFileSync(glb).toString('base64') }, turned: true };
   } finally {
     rmSync(folder, { recursive: true });
   }
@@ -68,7 +68,7 @@ export async function sourceOf(file) {
       if (existsSync(path)) files[library] = readFileSync(path).toString('base64');
     }
   }
-  return { name, files, turned: TURNED.test(ending) };
+  return { name, files, turned: !KEEPS_FRONT.test(ending) };
 }
 
 // Every file below the folders, in order.
