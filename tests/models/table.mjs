@@ -37,9 +37,14 @@ const round = (values) => values.map((value) => Number(value.toPrecision(4))).jo
 const box = ({ min, max }) => `${round(min)}..${round(max)}`;
 const plain = (name) => name.replace(/\s/g, '_').replace(/[\[\].:/]/g, '');
 
-// of: what is in the source and in the shape, as shown. excuse: what a warning holds that tells of a difference.
+const SKIPPED_CLIP = (line) => /(animation|clip).* (skipped|left out)/.test(line);
+
+// of: what is in the source and in the shape, as shown. excuse: whether a warning tells of the difference.
 const COLUMNS = {
-  triangles: { of: (s, level, shape) => [s.triangles, shape.drawn.triangles], excuse: /triangle|face|polygon/ },
+  triangles: {
+    of: (s, level, shape) => [s.triangles, shape.drawn.triangles],
+    excuse: (line, apart) => Number(line.match(/(\d+) [^;]*(triangle|face|polygon)/)?.[1]) === apart,
+  },
   bounds: {
     of: (s, level, shape) => {
       const want = inEngine(s.bounds);
@@ -47,18 +52,21 @@ const COLUMNS = {
       const factor = factorOf(want, shape.bounds);
       return factor ? [1, `${factor.toPrecision(4)} times as large`] : [box(want), box(shape.bounds)];
     },
-    excuse: /bounds|pose|bind|scale/,
+    excuse: (line) => /\bposes?\b|bounds/.test(line),
   },
-  materials: { of: (s, level) => [s.materials, level.materials.filter((m) => m >= 0).length], excuse: /material/ },
+  materials: {
+    of: (s, level) => [s.materials, level.materials.filter((m) => m >= 0).length],
+    excuse: (line) => /materials? .*\b(one|same|merged|joined)\b/.test(line),
+  },
   joints: {
     of: (s, level, shape) => {
       const names = new Set(shape.nodes.map(({ name }) => plain(name)));
       const missing = s.joints.filter((name) => name && !names.has(plain(name)));
       return [s.joints.length, missing.length ? `all but ${missing.length} (${missing.slice(0, 3).join(' ')} ...)` : s.joints.length];
     },
-    excuse: /bone|joint|node/,
+    excuse: (line) => /(bone|joint)s? (is|are) (left out|dropped|skipped)/.test(line),
   },
-  clips: { of: (s, level, shape) => [s.clips.length, shape.sequences.length], excuse: /animation|clip/ },
+  clips: { of: (s, level, shape) => [s.clips.length, shape.sequences.length], excuse: SKIPPED_CLIP },
   seconds: {
     of: (s, level, shape) => {
       const long = (clips, of) => clips.map((clip) => of(clip).toFixed(2)).join(' ');
@@ -68,7 +76,7 @@ const COLUMNS = {
         pairs.every(({ duration }, i) => Math.abs(duration - shape.sequences[i].seconds) < 2.01 / (shape.sequences[i].rate || 30));
       return same ? [0, 0] : [long(pairs, (c) => c.duration), long(shape.sequences, (c) => c.seconds)];
     },
-    excuse: /animation|clip|seconds/,
+    excuse: SKIPPED_CLIP,
   },
 };
 
@@ -88,7 +96,7 @@ function differences(source, shape, warnings) {
   return Object.entries(COLUMNS).flatMap(([name, { of, excuse }]) => {
     const [theirs, ours] = of(source, level, shape);
     if (theirs === ours) return [];
-    return [{ name, theirs, ours, said: warnings.find((line) => excuse.test(line)) }];
+    return [{ name, theirs, ours, said: warnings.find((line) => excuse(line, Math.abs(theirs - ours))) }];
   });
 }
 
