@@ -1,4 +1,4 @@
-"""Makes the watchman in Blender, by the names that Marrowfen reads, and exports it as a binary glTF file.
+"""Makes the watchman in Blender, by the names that Marrowfen reads, and exports it, as binary glTF or as FBX.
 
     blender --background --factory-startup --python examples/blender/watchman.py -- watchman.glb [picture.png]
 
@@ -161,7 +161,10 @@ def main():
     for name in ACTIONS:
         animate(armature, name)
 
-    bpy.ops.export_scene.gltf(filepath=output, export_format="GLB", export_animations=True, export_nla_strips=True)
+    if output.endswith(".fbx"):
+        bpy.ops.export_scene.fbx(filepath=output, add_leaf_bones=False)
+    else:
+        bpy.ops.export_scene.gltf(filepath=output, export_format="GLB")
     if picture:
         draw(picture[0])
 
