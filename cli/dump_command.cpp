@@ -9,10 +9,11 @@ namespace marrowfen::cli {
 
 namespace {
 
-Outcome dump(const std::string& path) {
+Outcome dump(const std::string& path, const Session& session) {
     ShapeFile file;
     const std::string fault = loadShapeFile(path, file);
     if (!fault.empty()) return {UnreadableInput, fault};
+    if (!newerVersion(file).empty()) session.warning(path + ": " + newerVersion(file));
     std::ostringstream text;
     file.shape.dumpText(text);
     return printResult(text.str());
@@ -24,7 +25,7 @@ void addDumpCommand(CLI::App& app, Session& session) {
     CLI::App* command = app.add_subcommand("dump", "print every table of a shape file as text");
     const auto path = std::make_shared<std::string>();
     command->add_option("FILE", *path, "DTS file of version 19 to 24, or DSQ file of version 24")->required();
-    onRun(*command, session, [path] { return dump(*path); });
+    onRun(*command, session, [path, &session] { return dump(*path, session); });
 }
 
 }  // namespace marrowfen::cli

@@ -18,10 +18,9 @@ Outcome inspect(const InspectOptions& options) {
     ShapeFile file;
     const std::string fault = loadShapeFile(options.path, file);
     if (!fault.empty()) return {UnreadableInput, fault};
-    const std::vector<ShapeProblem> problems = findProblems(file.shape, file.kind);
+    const std::vector<ShapeProblem> problems = problemsOf(file);
     const Outcome printed = printResult(options.json ? inspectJson(file, problems) : inspectText(file, problems));
-    const bool isClean = problems.empty() && file.surplus.empty();
-    return printed.good() && options.strict && !isClean ? Outcome{StrictWarnings, {}} : printed;
+    return printed.good() && options.strict && !problems.empty() ? Outcome{StrictWarnings, {}} : printed;
 }
 
 }  // namespace

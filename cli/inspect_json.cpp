@@ -109,18 +109,11 @@ Json sequences(const Shape& shape) {
     });
 }
 
-Json problemList(const ShapeFile& file, const std::vector<ShapeProblem>& problems) {
-    Json list = listOf(problems, [](const ShapeProblem& problem, size_t) {
+Json problemList(const std::vector<ShapeProblem>& problems) {
+    return listOf(problems, [](const ShapeProblem& problem, size_t) {
         return Json{
             {"what", problem.what}, {"broken", problem.broken}, {"count", problem.count}, {"where", problem.where}};
     });
-    if (!file.surplus.empty()) {
-        list.push_back({{"what", "bytes that belong to nothing"},
-                        {"broken", false},
-                        {"count", 1},
-                        {"where", Json::array({file.surplus})}});
-    }
-    return list;
 }
 
 void addShape(Json& json, const ShapeFile& file) {
@@ -143,12 +136,15 @@ void addShape(Json& json, const ShapeFile& file) {
 
 std::string inspectJson(const ShapeFile& file, const std::vector<ShapeProblem>& problems) {
     const bool dts = file.kind == ShapeFileKind::Dts;
-    Json json = {
-        {"file", file.path}, {"format", dts ? "dts" : "dsq"}, {"version", file.version}, {"bytes", file.bytes}};
+    Json json = {{"file", file.path},
+                 {"format", dts ? "dts" : "dsq"},
+                 {"version", file.version.layout()},
+                 {"versionWord", file.version.word},
+                 {"bytes", file.bytes}};
     json["nodes"] = nodes(file);
     if (dts) addShape(json, file);
     json["sequences"] = sequences(file.shape);
-    json["problems"] = problemList(file, problems);
+    json["problems"] = problemList(problems);
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

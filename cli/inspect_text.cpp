@@ -74,10 +74,19 @@ private:
     std::vector<bool> right_;
 };
 
+// With the whole word where that says more.
+std::string versionText(const VersionWord& version) {
+    std::string text = "version " + std::to_string(version.layout());
+    if (version.word == version.layout()) return text;
+    char word[16];
+    std::snprintf(word, sizeof word, "0x%08X", static_cast<unsigned>(version.word));
+    return text + " (version word " + word + ")";
+}
+
 std::string titleText(const ShapeFile& file) {
     const bool dts = file.kind == ShapeFileKind::Dts;
-    std::string text = shown(file.path) + ": " + (dts ? "DTS shape" : "DSQ sequences") + ", version " +
-                       std::to_string(file.version) + ", " + std::to_string(file.bytes) + " bytes\n";
+    std::string text = shown(file.path) + ": " + (dts ? "DTS shape" : "DSQ sequences") + ", " +
+                       versionText(file.version) + ", " + std::to_string(file.bytes) + " bytes\n";
     if (!dts) return text;
     return text + "  blocks of 32, 16 and 8 bits: " + std::to_string(file.words) + ", " + std::to_string(file.halves) +
            " and " + std::to_string(file.narrow) + " bytes; sequences and materials: " + std::to_string(file.rest) +
@@ -158,12 +167,10 @@ std::string sequencesText(const Shape& shape) {
     return headline("Sequences", shape.sequences.size()) + table.text();
 }
 
-std::string problemsText(const ShapeFile& file, const std::vector<ShapeProblem>& problems) {
-    const size_t count = problems.size() + (file.surplus.empty() ? 0 : 1);
-    if (count == 0) return "\nNo problems found.\n";
-    std::string text = headline("Problems", count);
+std::string problemsText(const std::vector<ShapeProblem>& problems) {
+    if (problems.empty()) return "\nNo problems found.\n";
+    std::string text = headline("Problems", problems.size());
     for (const ShapeProblem& problem : problems) text += "  " + problem.text() + "\n";
-    if (!file.surplus.empty()) text += "  bytes that belong to nothing: " + file.surplus + "\n";
     return text;
 }
 
@@ -180,7 +187,7 @@ std::string inspectText(const ShapeFile& file, const std::vector<ShapeProblem>& 
     text += levelsText(shape, facts, "Collision levels", {LevelKind::Collision, LevelKind::LineOfSight});
     text += materialsText(shape);
     text += sequencesText(shape);
-    return text + problemsText(file, problems);
+    return text + problemsText(problems);
 }
 
 }  // namespace marrowfen::cli

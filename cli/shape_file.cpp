@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "ground/ascii.h"
-#include "ground/block_stream.h"
 
 namespace marrowfen::cli {
 
@@ -42,9 +41,24 @@ std::string loadShapeFile(const std::string& path, ShapeFile& file) {
         file.shape.readDts(in, &file.surplus);
     }
     if (file.shape.hasError()) return path + ": " + file.shape.error();
-    file.version = ByteReader(bytes, 0, bytes.size(), fault).read<uint32_t>();
+    file.version.word = ByteReader(bytes, 0, bytes.size(), fault).read<uint32_t>();
     if (file.kind == ShapeFileKind::Dts) measureBlocks(bytes, file);
     return {};
+}
+
+std::vector<ShapeProblem> problemsOf(const ShapeFile& file) {
+    std::vector<ShapeProblem> problems = findProblems(file.shape, file.kind);
+    const auto addOdd = [&](const char* what, const std::string& where) {
+        if (!where.empty()) problems.push_back({what, false, 1, {where}});
+    };
+    addOdd("version that isn't known", newerVersion(file));
+    addOdd("bytes that belong to nothing", file.surplus);
+    return problems;
+}
+
+std::string newerVersion(const ShapeFile& file) {
+    if (file.version.isKnown()) return {};
+    return "version " + std::to_string(file.version.word) + ", read as " + std::to_string(file.version.layout());
 }
 
 }  // namespace marrowfen::cli

@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "ground/block_stream.h"
 #include "shape/shape_check.h"
 
 namespace marrowfen::cli {
@@ -12,7 +14,7 @@ namespace marrowfen::cli {
 struct ShapeFile {
     std::string path;
     ShapeFileKind kind = ShapeFileKind::Dts;  // by the ending of the path
-    uint32_t version = 0;
+    VersionWord version;
     size_t bytes = 0;
     Shape shape;
     std::string surplus;  // about bytes that belong to nothing, empty for none
@@ -24,5 +26,11 @@ struct ShapeFile {
 
 // Empty on success, else one line that names the file and the place.
 std::string loadShapeFile(const std::string& path, ShapeFile& file);
+
+// What is wrong with the file, with its shape and beyond.
+std::vector<ShapeProblem> problemsOf(const ShapeFile& file);
+
+// "version 25, read as 24"; empty for a known version.
+std::string newerVersion(const ShapeFile& file);
 
 }  // namespace marrowfen::cli

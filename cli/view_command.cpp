@@ -53,6 +53,7 @@ Outcome view(const Session& session, const ViewOptions& options) {
     ShapeFile file;
     std::string fault = loadShapeFile(options.input, file);
     if (!fault.empty()) return {UnreadableInput, fault};
+    if (!newerVersion(file).empty()) session.warning(options.input + ": " + newerVersion(file));
     if (file.kind == ShapeFileKind::Dsq) {
         return {WrongUsage, options.input +
                                 ": holds keys for nodes but no shape to move; view a .dts with --sequences " +

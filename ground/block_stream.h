@@ -15,6 +15,17 @@ namespace marrowfen {
 inline constexpr uint32_t kFormatVersion = 24;  // of DTS and DSQ files
 inline constexpr uint32_t kOldestVersion = 19;  // of DTS files that can be read
 
+// The first word of a DTS file. Its low byte is the version; exporters keep what they like in the other bits. A word
+// whose low byte is no version that is known belongs to a newer one, and is read as the latest known.
+struct VersionWord {
+    static constexpr uint32_t kVersionBits = 0xFF;
+
+    uint32_t word = kFormatVersion;
+
+    bool isKnown() const { return kOldestVersion <= (word & kVersionBits) && (word & kVersionBits) <= kFormatVersion; }
+    uint32_t layout() const { return isKnown() ? word & kVersionBits : kFormatVersion; }
+};
+
 struct BlockWriter {
     ByteWriter words, halves, bytes;
 

@@ -9,7 +9,7 @@
 
 // A DTS file is the packed blocks with all tables, then the sequences, then the material list. Each table stands here
 // once, for writing (a BlockWriter and a const Shape, version 24) and for reading (a BlockReader and a Shape, versions
-// 19 to 24). Mesh blocks of older versions are read in the layout of version 24.
+// 19 to 24; newer ones as 24). Mesh blocks of older versions are read in the layout of version 24.
 
 namespace marrowfen {
 
@@ -213,45 +213,53 @@ void exchangeMaterials(ByteReader& bytes, std::vector<Shape::Material>& material
     exchangeMaterialColumns(bytes, materials);
 }
 
-// One line about bytes that nothing refers to; the padding of the narrow blocks is none of them.
-std::string surplusText(const BlockReader& blocks, const ByteReader& rest) {
-    const auto line = [](const ByteReader& in, const char* place) {
-        return "offset " + std::to_string(in.offset()) + ": " + std::to_string(in.left()) + " bytes too many " + place;
+// One way to read a file.
+struct Reading {
+    Shape shape;
+    ReadFault fault;
+    std::string surplus;        // a line about bytes that belong to nothing, empty for none
+    bool hasFullBlocks = true;  // the tables use up the blocks that hold them
+
+    // Bytes after the end of a file are likelier than bytes left over in a block.
+    int trouble() const { return !fault.none() ? 3 : !hasFullBlocks ? 2 : surplus.empty() ? 0 : 1; }
+};
+
+// The padding of the narrow blocks is no surplus.
+void noteSurplus(const BlockReader& blocks, const ByteReader& rest, Reading& reading) {
+    const auto note = [&](const ByteReader& in, const char* place) {
+        reading.surplus =
+            "offset " + std::to_string(in.offset()) + ": " + std::to_string(in.left()) + " bytes too many " + place;
+        reading.hasFullBlocks = &in == &rest;
     };
-    if (blocks.words.left() > 0) return line(blocks.words, "in the 32-bit block");
-    if (blocks.halves.left() > 2) return line(blocks.halves, "in the 16-bit block");
-    if (blocks.bytes.left() > 3) return line(blocks.bytes, "in the 8-bit block");
-    if (rest.left() > 0) return line(rest, "at the end of the file");
-    return {};
+    if (blocks.words.left() > 0) return note(blocks.words, "in the 32-bit block");
+    if (blocks.halves.left() > 2) return note(blocks.halves, "in the 16-bit block");
+    if (blocks.bytes.left() > 3) return note(blocks.bytes, "in the 8-bit block");
+    if (rest.left() > 0) note(rest, "at the end of the file");
 }
 
-void readFile(const std::string& file, const Layout& layout, Shape& shape, ReadFault& fault, std::string& surplus) {
-    const BlockPlaces places = readBlockPlaces(file, fault);
-    BlockReader blocks = places.open(file, fault);
+Reading readFile(const std::string& file, const Layout& layout) {
+    Reading reading;
+    const BlockPlaces places = readBlockPlaces(file, reading.fault);
+    BlockReader blocks = places.open(file, reading.fault);
     Counts counts;
-    exchangeTables(blocks, layout, counts, shape);
+    exchangeTables(blocks, layout, counts, reading.shape);
 
-    ByteReader rest(file, places.end, file.size(), fault);
-    exchangeSequences(rest, layout.version, shape.sequences);
-    exchangeMaterials(rest, shape.materials);
-    surplus = surplusText(blocks, rest);
-    assert(!fault.none() || (count32(shape.meshes) == counts.meshes && count32(shape.names) == counts.names));
+    ByteReader rest(file, places.end, file.size(), reading.fault);
+    exchangeSequences(rest, layout.version, reading.shape.sequences);
+    exchangeMaterials(rest, reading.shape.materials);
+    noteSurplus(blocks, rest, reading);
+    assert(!reading.fault.none() ||
+           (count32(reading.shape.meshes) == counts.meshes && count32(reading.shape.names) == counts.names));
+    return reading;
 }
 
 // Before version 22 there are no scale tables, and files with and without their mark are both imaginable. The reading
-// that uses up the whole file is the right one.
-void readOldFile(const std::string& file, uint32_t version, Shape& shape, ReadFault& fault, std::string& surplus) {
-    readFile(file, {version, true}, shape, fault, surplus);
-    if (fault.none() && surplus.empty()) return;
-
-    Shape other;
-    ReadFault otherFault;
-    std::string otherSurplus;
-    readFile(file, {version, false}, other, otherFault, otherSurplus);
-    if (!otherFault.none() || !otherSurplus.empty()) return;
-    shape = std::move(other);
-    fault = otherFault;
-    surplus = otherSurplus;
+// with less trouble is the right one.
+Reading readOldFile(const std::string& file, uint32_t version) {
+    Reading marked = readFile(file, {version, true});
+    if (marked.trouble() == 0) return marked;
+    Reading unmarked = readFile(file, {version, false});
+    return unmarked.trouble() < marked.trouble() ? std::move(unmarked) : std::move(marked);
 }
 
 }  // namespace
@@ -271,21 +279,20 @@ void Shape::writeDts(std::ostream& stream, bool includeSequences) const {
 void Shape::readDts(std::istream& stream, std::string* surplus) {
     ReadFault fault;
     const std::string file = readWholeStream(stream, fault);
-    const auto version = ByteReader(file, 0, file.size(), fault).read<uint32_t>();
-    if (fault.none() && version < kOldestVersion) return setError("The DTS file is of a older, unsupported version");
-    if (version > kFormatVersion) {
-        fault.report(0, "version " + std::to_string(version) + " is newer than " + std::to_string(kFormatVersion));
-    }
-
-    Shape shape;
-    std::string left;
-    if (fault.none()) {
-        const bool old = !Layout{version}.hasScales();
-        old ? readOldFile(file, version, shape, fault, left) : readFile(file, {version}, shape, fault, left);
-    }
+    const VersionWord version{ByteReader(file, 0, file.size(), fault).read<uint32_t>()};
     if (!fault.none()) return setError(fault.text);
-    *this = std::move(shape);
-    if (surplus != nullptr) *surplus = left;
+    if (version.word < kOldestVersion) return setError("The DTS file is of a older, unsupported version");
+
+    const Layout layout{version.layout()};
+    Reading reading = layout.hasScales() ? readFile(file, layout) : readOldFile(file, layout.version);
+    if (!reading.fault.none()) {
+        // What lies behind an unknown version and makes no sense is more likely a file of another kind.
+        return setError(version.isKnown()
+                            ? reading.fault.text
+                            : "offset 0: this is no DTS file: version word " + std::to_string(version.word));
+    }
+    *this = std::move(reading.shape);
+    if (surplus != nullptr) *surplus = reading.surplus;
 }
 
 }  // namespace marrowfen

@@ -226,7 +226,8 @@ public:
     // Writes a DTS file of version 24. Write failures show in the stream's state. (shape/dts_file.cpp)
     void writeDts(std::ostream& stream, bool includeSequences) const;
 
-    // Fills this empty shape from a DTS file of version 19 to 24. A fault is recorded with setError, as
+    // Fills this empty shape from a DTS file of version 19 to 24, or a newer one that reads like 24 (VersionWord of
+    // ground/block_stream.h). A fault is recorded with setError, as
     // "offset N: ...", and leaves the shape empty otherwise. Links between records are taken as they are:
     // findProblems() of shape/shape_check.h tells what is wrong with them. surplus, if given, receives a line about
     // bytes of the file that belong to nothing, or stays empty. (shape/dts_file.cpp)

@@ -62,7 +62,7 @@ ShapeFile load(const Shape& shape, const char* name, const char* more = "") {
 
 TEST(Inspect, TextShowsWhatIsInAShape) {
     const ShapeFile file = load(lamp(), "lamp.dts");
-    EXPECT_EQ(inspectText(file, findProblems(file.shape)), R"(lamp.dts: DTS shape, version 24, 1353 bytes
+    EXPECT_EQ(inspectText(file, problemsOf(file)), R"(lamp.dts: DTS shape, version 24, 1353 bytes
   blocks of 32, 16 and 8 bits: 856, 200 and 84 bytes; sequences and materials: 197 bytes
 
 Bounds (0, 0, 0) to (1, 2, 2.5)
@@ -102,7 +102,7 @@ TEST(Inspect, DsqTextHasNodesAndSequencesAndProblems) {
     Shape shape = lamp();
     shape.nodeRotations.resize(3);
     const ShapeFile file = load(shape, "lamp.dsq", "xx");
-    EXPECT_EQ(inspectText(file, findProblems(file.shape, file.kind)), R"(lamp.dsq: DSQ sequences, version 24, 236 bytes
+    EXPECT_EQ(inspectText(file, problemsOf(file)), R"(lamp.dsq: DSQ sequences, version 24, 236 bytes
 
 Nodes (3)
   light
@@ -125,7 +125,7 @@ TEST(Inspect, JsonHasTheSameFactsUnderStableKeys) {
     shape.nodes[0].parent = 9;
     shape.radius = NAN;
     const ShapeFile file = load(shape, "lamp.dts");
-    const auto json = nlohmann::json::parse(inspectJson(file, findProblems(file.shape)));
+    const auto json = nlohmann::json::parse(inspectJson(file, problemsOf(file)));
     EXPECT_EQ(json["format"], "dts");
     EXPECT_EQ(json["bounds"]["max"], (nlohmann::json{1, 2, 2.5}));
     EXPECT_TRUE(json["radius"].is_null());
@@ -136,9 +136,26 @@ TEST(Inspect, JsonHasTheSameFactsUnderStableKeys) {
     EXPECT_EQ(json["sequences"][0]["seconds"], 0.44);
     EXPECT_EQ(json["problems"][0]["where"], nlohmann::json{"node 0 (parent 9)"});
     EXPECT_EQ(json["problems"][0]["broken"], true);
-    const char* keys[] = {"file",         "version", "bytes",        "blocks",    "center",    "tubeRadius",
+    const char* keys[] = {"file",         "version", "versionWord",  "bytes",     "blocks",    "center",  "tubeRadius",
                           "smallestSize", "objects", "detailLevels", "materials", "sequences", "problems"};
     for (const char* key : keys) EXPECT_TRUE(json.contains(key)) << key;
+}
+
+// Exporters keep what they like beside the version.
+TEST(Inspect, VersionWordsAreShownWhole) {
+    const struct {
+        uint32_t word;
+        const char *title, *problem;
+    } cases[] = {{24, "version 24,", ""},
+                 {0x00220018, "version 24 (version word 0x00220018),", ""},
+                 {25, "version 24 (version word 0x00000019),", "version that isn't known: version 25, read as 24"}};
+    ShapeFile file = load(lamp(), "lamp.dts");
+    for (const auto& [word, title, problem] : cases) {
+        file.version.word = word;
+        const std::string text = inspectText(file, problemsOf(file));
+        EXPECT_NE(text.find(title), std::string::npos) << text;
+        EXPECT_NE(text.find(*problem == '\0' ? "No problems found." : problem), std::string::npos) << text;
+    }
 }
 
 TEST(Inspect, TreeOfNodesInACircleEnds) {

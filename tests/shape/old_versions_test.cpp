@@ -98,11 +98,19 @@ TEST(OldVersions, DifferFromVersion24AsStated) {
                                                  {21, false}, {22, true},  {23, true}};
     for (const auto& [version, scaleMark] : layouts) {
         SCOPED_TRACE(std::to_string(version) + (scaleMark ? "" : " without the mark after the scales"));
-        std::istringstream in(tables(version, scaleMark) + sequenceAndMaterial(version));
+        const std::string file = tables(version, scaleMark) + sequenceAndMaterial(version);
         Shape shape;
         std::string surplus;
-        shape.readDts(in, &surplus);
-        ASSERT_EQ(shape.error() + surplus, "");
+        for (const char* tail : {"xyz", ""}) {
+            std::istringstream in(file + tail);
+            shape = Shape();
+            surplus.clear();
+            shape.readDts(in, &surplus);
+            ASSERT_EQ(shape.error(), "");
+            const std::string told =
+                "offset " + std::to_string(file.size()) + ": 3 bytes too many at the end of the file";
+            ASSERT_EQ(surplus, *tail == '\0' ? "" : told);
+        }
 
         EXPECT_EQ(shape.names, std::vector<std::string>{"Root"});
         EXPECT_EQ(shape.smallestSize, 5);

@@ -55,6 +55,13 @@ TEST(Readers, WhatWasReadWritesTheSameBytes) {
     }
 }
 
+TEST(Readers, OnlyTheLowByteIsTheVersion) {
+    const std::string file = dts(RandomShape(3).make());
+    for (const uint32_t word : {0x18U, 0x00220018U, 0xFFFFFF18U, 25U, 255U, 0x1234U}) {
+        EXPECT_TRUE(dts(readDts(withWord(file, 0, word))) == file) << word;
+    }
+}
+
 // No cut and no changed word of a file is more than a fault: the sanitizers see what happens.
 TEST(Readers, DamagedFilesAreFaultsOrOtherShapes) {
     const Shape shape = RandomShape(11).make();
@@ -94,7 +101,8 @@ TEST(Readers, FaultsSayWhatAndWhere) {
         {"\x12", "offset 0: the data ends here, 3 bytes too early"},
         {withWord(empty, 0, 18), old},
         {withWord(empty, 0, 0), old},
-        {withWord(empty, 0, 25), "offset 0: version 25 is newer than 24"},
+        {withWord(empty, 0, 25).substr(0, 99), "offset 0: this is no DTS file: version word 25"},
+        {"# Blender", "offset 0: this is no DTS file: version word 1816272931"},
         {empty.substr(0, 12), "offset 12: header: the data ends here, 4 bytes too early"},
         {withWord(empty, 1, 64), "offset 4: header: blocks of 64 words that start at 47 and 56 don't fit 253 bytes"},
         {withWord(empty, 3, 46), "offset 4: header: blocks of 61 words that start at 47 and 46 don't fit 253 bytes"},
