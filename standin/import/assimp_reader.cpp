@@ -5,8 +5,11 @@
 #include <assimp/Importer.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
+#include <set>
 #include <sstream>
 #include <unordered_map>
 
@@ -22,6 +25,7 @@ namespace {
 
 constexpr std::string_view kFbxReader = "Autodesk FBX Importer";
 constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
+constexpr std::string_view kObjReader = "Wavefront Object Importer";
 constexpr std::string_view kColladaReader = "Collada Importer";
 constexpr std::string_view kQuakeReader = "Quake Mesh / 3D GameStudio Mesh Importer";
 constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
@@ -346,12 +350,28 @@ double frameRateOf(const aiScene& scene) {
     return 0;
 }
 
+// Assimp passes over a material library that isn't there without a word.
+void noteMissingLibraries(Reading& reading) {
+    std::ifstream file(reading.path);
+    std::set<std::string> told;
+    for (std::string line; std::getline(file, line);) {
+        const size_t begin = line.starts_with("mtllib ") ? line.find_first_not_of(" \r", 6) : std::string::npos;
+        if (begin == std::string::npos) continue;
+        std::string name = line.substr(begin);
+        while (!name.empty() && std::isspace(static_cast<unsigned char>(name.back())) != 0) name.pop_back();
+        std::error_code fault;
+        if (std::filesystem::exists(reading.path.parent_path() / name, fault) || !told.insert(name).second) continue;
+        reading.model.remarks.push_back("material library " + cleanText(name) + " isn't found beside the model");
+    }
+}
+
 void convert(Reading& reading) {
     SourceModel& model = reading.model;
     const aiScene& scene = reading.scene;
     addNode(reading, *scene.mRootNode, kNone);
     findAxes(scene, reading.format, model);
     if (reading.format == kColladaReader) takeUnitFromRoot(model);
+    if (reading.format == kObjReader) noteMissingLibraries(reading);
     // Of Half-Life models the reader makes all bones siblings, with poses that are meant relative to parents.
     model.losesSkeleton = reading.format == kQuakeReader && model.nodes[0].name == "<MDL_root>";
     for (unsigned m = 0; m < scene.mNumMeshes && model.error.empty(); ++m) addMesh(reading, m);
