@@ -99,7 +99,8 @@ void checkNode(Reading& reading, const aiNode& node, unsigned level) {
         return model.fail("node " + textOf(node.mName) + ": mesh " + outOf(node.mMeshes[m], reading.scene.mNumMeshes));
     }
     for (unsigned c = 0; c < node.mNumChildren && model.error.empty(); ++c) {
-        checkNode(reading, *node.mChildren[c], level + 1);
+        // The reader of RAW files leaves gaps.
+        if (node.mChildren[c] != nullptr) checkNode(reading, *node.mChildren[c], level + 1);
     }
 }
 
@@ -144,7 +145,9 @@ void addNode(Reading& reading, const aiNode& source, int32_t parent) {
     for (unsigned m = 0; m < source.mNumMeshes; ++m) node.meshes.push_back(static_cast<int32_t>(source.mMeshes[m]));
     reading.nodeByName.emplace(source.mName.C_Str(), index);
     reading.model.nodes.push_back(std::move(node));
-    for (unsigned c = 0; c < source.mNumChildren; ++c) addNode(reading, *source.mChildren[c], index);
+    for (unsigned c = 0; c < source.mNumChildren; ++c) {
+        if (source.mChildren[c] != nullptr) addNode(reading, *source.mChildren[c], index);
+    }
 }
 
 int32_t findNode(const Reading& reading, const aiString& name) {
