@@ -97,6 +97,9 @@ struct Muscle {
     bool operator==(const Muscle&) const = default;
 };
 
+// Levels of nodes: every walk through them is recursive, the plug-in's too.
+inline constexpr int kDeepestNode = 1000;
+
 struct Node {
     int32_t type = TsxPolyhedron;  // a TsxNodeType or any other number
     std::string name;

@@ -15,9 +15,6 @@
 
 namespace marrowfen::standin {
 
-// Every walk through the nodes is recursive, the plug-in's too.
-inline constexpr int kDeepestNode = 1000;
-
 // The host keeps the material of a face in signed 16 bits.
 inline constexpr WholeBounds kMaterialNumbers = {-32768, 32767};
 

@@ -35,7 +35,6 @@ constexpr ZUpReader kZUpReaders[] = {
 };
 // A left-handed Z-up format that is mirrored along Z, as if it were Y-up: the top comes out at the bottom.
 constexpr std::string_view kUnrealReader = "Unreal Mesh Importer";
-constexpr std::string_view kFbxReader = "Autodesk FBX Importer";
 constexpr std::string_view kBlenderReader = "Blender 3D Importer (http://www.blender3d.org)";
 
 Axis axisOf(int axis, int sign) {

@@ -23,16 +23,13 @@ namespace marrowfen::standin {
 
 namespace {
 
-constexpr std::string_view kFbxReader = "Autodesk FBX Importer";
 constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
 constexpr std::string_view kObjReader = "Wavefront Object Importer";
 constexpr std::string_view kColladaReader = "Collada Importer";
 constexpr std::string_view kQuakeReader = "Quake Mesh / 3D GameStudio Mesh Importer";
 constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
-constexpr float kNoticeableWeight = 0.001F;    // a second weight below it is rounding
-constexpr unsigned kMostLevels = 1000;         // of the hierarchy, which later passes and the host walk recursively
 
-struct Reading {
+struct AssimpReading {
     const aiScene& scene;
     std::string_view format;
     std::filesystem::path path;
@@ -63,7 +60,7 @@ std::string meshName(const aiScene& scene, unsigned mesh) {
 std::string outOf(size_t index, size_t count) { return std::to_string(index) + " of " + std::to_string(count); }
 
 // What Assimp's own passes and the ones below rely on.
-void checkMesh(Reading& reading, unsigned index) {
+void checkMesh(AssimpReading& reading, unsigned index) {
     SourceModel& model = reading.model;
     const aiMesh* mesh = reading.scene.mMeshes[index];
     if (mesh == nullptr || mesh->mVertices == nullptr || (mesh->mNumFaces > 0 && mesh->mFaces == nullptr)) {
@@ -91,9 +88,9 @@ void checkMesh(Reading& reading, unsigned index) {
     }
 }
 
-void checkNode(Reading& reading, const aiNode& node, unsigned level) {
+void checkNode(AssimpReading& reading, const aiNode& node, int level) {
     SourceModel& model = reading.model;
-    if (level > kMostLevels) return model.fail("nodes are nested deeper than " + std::to_string(kMostLevels));
+    if (level > kDeepestNode) return model.fail("nodes are nested deeper than " + std::to_string(kDeepestNode));
     for (unsigned m = 0; m < node.mNumMeshes; ++m) {
         if (node.mMeshes[m] < reading.scene.mNumMeshes) continue;
         return model.fail("node " + textOf(node.mName) + ": mesh " + outOf(node.mMeshes[m], reading.scene.mNumMeshes));
@@ -116,7 +113,7 @@ void takeUnitFromRoot(SourceModel& model) {
 }
 
 // The number in what the reader of glTF 1.0 calls a node without a name. It would make the node a layer of markers.
-std::string madeUpNumber(const Reading& reading, const std::string& name) {
+std::string madeUpNumber(const AssimpReading& reading, const std::string& name) {
     if (reading.format.find("glTF") == std::string::npos || !name.starts_with("nodes") || name.size() < 7) return {};
     const bool isBracket = name[5] == '[' && name.back() == ']';
     const std::string number = name.substr(6, name.size() - (isBracket ? 7 : 6));
@@ -125,12 +122,12 @@ std::string madeUpNumber(const Reading& reading, const std::string& name) {
 }
 
 // The reader may name its root after the file; that is no name that an artist gave.
-bool isNamedAfterFile(const Reading& reading, const aiNode& root) {
+bool isNamedAfterFile(const AssimpReading& reading, const aiNode& root) {
     const std::filesystem::path name(root.mName.C_Str());
     return name.filename() == reading.path.filename() || name.filename() == reading.path.stem();
 }
 
-void addNode(Reading& reading, const aiNode& source, int32_t parent) {
+void addNode(AssimpReading& reading, const aiNode& source, int32_t parent) {
     const auto index = static_cast<int32_t>(reading.model.nodes.size());
     SourceNode node;
     node.parent = parent;
@@ -150,12 +147,12 @@ void addNode(Reading& reading, const aiNode& source, int32_t parent) {
     }
 }
 
-int32_t findNode(const Reading& reading, const aiString& name) {
+int32_t findNode(const AssimpReading& reading, const aiString& name) {
     const auto found = reading.nodeByName.find(name.C_Str());
     return found == reading.nodeByName.end() ? kNone : found->second;
 }
 
-void addFaces(Reading& reading, const aiMesh& source, SourceMesh& mesh) {
+void addFaces(AssimpReading& reading, const aiMesh& source, SourceMesh& mesh) {
     for (unsigned f = 0; f < source.mNumFaces; ++f) {
         const aiFace& face = source.mFaces[f];
         if (face.mNumIndices < 3) ++reading.model.linesAndPoints;
@@ -165,7 +162,7 @@ void addFaces(Reading& reading, const aiMesh& source, SourceMesh& mesh) {
     }
 }
 
-void addBones(Reading& reading, const aiMesh& source, SourceMesh& mesh) {
+void addBones(AssimpReading& reading, const aiMesh& source, SourceMesh& mesh) {
     std::vector<float> heaviest(source.mNumVertices, 0);
     std::vector<uint8_t> noticed(source.mNumVertices, 0);
     for (unsigned b = 0; b < source.mNumBones; ++b) {
@@ -206,7 +203,7 @@ void addUvs(const aiScene& scene, const aiMesh& source, SourceMesh& mesh) {
     mesh.hasMoreUvs = source.GetNumUVChannels() > 1;
 }
 
-void addMesh(Reading& reading, unsigned index) {
+void addMesh(AssimpReading& reading, unsigned index) {
     const aiMesh& source = *reading.scene.mMeshes[index];
     SourceMesh mesh;
     mesh.name = textOf(source.mName);
@@ -252,7 +249,7 @@ void findTexture(const aiScene& scene, const aiMaterial& source, SourceMaterial&
     }
 }
 
-void addMaterial(Reading& reading, const aiMaterial& source) {
+void addMaterial(AssimpReading& reading, const aiMaterial& source) {
     SourceMaterial material;
     aiString name;
     source.Get(AI_MATKEY_NAME, name);
@@ -272,7 +269,7 @@ void addMaterial(Reading& reading, const aiMaterial& source) {
     reading.model.materials.push_back(std::move(material));
 }
 
-void addImage(Reading& reading, const aiTexture& source) {
+void addImage(AssimpReading& reading, const aiTexture& source) {
     SourceImage image;
     image.name = textOf(source.mFilename);
     if (!image.name.empty() && image.name[0] == '*') image.name.clear();
@@ -304,7 +301,7 @@ SourceTrack trackOf(const KeyType* keys, unsigned count, double ticksPerSecond) 
 
 double lastTime(const SourceTrack& track) { return track.times.empty() ? 0 : track.times.back(); }
 
-void addClip(Reading& reading, const aiAnimation& source) {
+void addClip(AssimpReading& reading, const aiAnimation& source) {
     if (source.mNumMorphMeshChannels > 0 || source.mNumMeshChannels > 0) ++reading.model.shapeClips;
     if (source.mNumChannels == 0) return;
     const double ticksPerSecond = source.mTicksPerSecond > 0 ? source.mTicksPerSecond : kDefaultTicksPerSecond;
@@ -354,7 +351,7 @@ double frameRateOf(const aiScene& scene) {
 }
 
 // Assimp passes over a material library that isn't there without a word.
-void noteMissingLibraries(Reading& reading) {
+void noteMissingLibraries(AssimpReading& reading) {
     std::ifstream file(reading.path);
     std::set<std::string> told;
     for (std::string line; std::getline(file, line);) {
@@ -368,7 +365,7 @@ void noteMissingLibraries(Reading& reading) {
     }
 }
 
-void convert(Reading& reading) {
+void convert(AssimpReading& reading) {
     SourceModel& model = reading.model;
     const aiScene& scene = reading.scene;
     addNode(reading, *scene.mRootNode, kNone);
@@ -395,7 +392,7 @@ SourceModel readWithAssimp(const std::string& path) {
         return model;
     }
     const std::string format = readerName(importer);
-    Reading reading{*scene, format, path, {}, {}};
+    AssimpReading reading{*scene, format, path, {}, {}};
     if (scene->mRootNode == nullptr) reading.model.fail("the file holds no nodes");
     for (unsigned m = 0; m < scene->mNumMeshes && reading.model.error.empty(); ++m) checkMesh(reading, m);
     if (reading.model.error.empty()) checkNode(reading, *scene->mRootNode, 1);

@@ -11,7 +11,6 @@ namespace marrowfen::standin {
 namespace {
 
 constexpr const char* kDraco = "KHR_draco_mesh_compression";
-constexpr float kNoticeableWeight = 0.001F;  // a second weight below it is rounding
 
 // A primitive on its way into a mesh. Its attributes come out of accessors, or out of one block of Draco's.
 class PrimitiveReader {

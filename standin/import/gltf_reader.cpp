@@ -16,11 +16,10 @@ namespace marrowfen::standin {
 
 namespace {
 
-constexpr size_t kMostLevels = 1000;  // of the hierarchy, which later passes and the host walk recursively
 constexpr const char* kSpecularGlossiness = "KHR_materials_pbrSpecularGlossiness";
 constexpr const char* kTextureTransform = "KHR_texture_transform";
 
-struct Reading {
+struct GltfReading {
     GltfDocument document;
     SourceModel model;
     std::vector<int32_t> nodeOf;  // by the file's node, in the source model; kNone for those of other scenes
@@ -37,7 +36,7 @@ std::string listText(const std::set<std::string>& words) {
     return text;
 }
 
-void noteExtensions(Reading& reading) {
+void noteExtensions(GltfReading& reading) {
     constexpr std::string_view kCarriedOver[] = {"KHR_mesh_quantization",
                                                  "KHR_texture_transform",
                                                  "KHR_draco_mesh_compression",
@@ -103,14 +102,14 @@ std::vector<int> lodsOf(const tinygltf::Node& node) {
     return lods;
 }
 
-void addNode(Reading& reading, int index, int32_t parent, size_t level) {
+void addNode(GltfReading& reading, int index, int32_t parent, int level) {
     const std::vector<tinygltf::Node>& nodes = reading.file().nodes;
     if (indexWithin(index, nodes.size()) == kNone) {
         return reading.model.fail("node " + std::to_string(index) + " of " + std::to_string(nodes.size()));
     }
     int32_t& place = reading.nodeOf[static_cast<size_t>(index)];
     if (place != kNone) return reading.model.fail("node " + std::to_string(index) + " hangs in two places");
-    if (level > kMostLevels) return reading.model.fail("nodes are nested deeper than " + std::to_string(kMostLevels));
+    if (level > kDeepestNode) return reading.model.fail("nodes are nested deeper than " + std::to_string(kDeepestNode));
     const tinygltf::Node& source = nodes[static_cast<size_t>(index)];
     place = static_cast<int32_t>(reading.model.nodes.size());
     SourceNode node;
@@ -150,7 +149,7 @@ std::vector<int> rootsOf(const tinygltf::Model& file) {
     return roots;
 }
 
-void addNodes(Reading& reading) {
+void addNodes(GltfReading& reading) {
     const tinygltf::Model& file = reading.file();
     reading.nodeOf.assign(file.nodes.size(), kNone);
     SourceNode root;
@@ -229,7 +228,7 @@ int32_t imageOf(const tinygltf::Model& file, int texture) {
     return image;
 }
 
-void setTexture(Reading& reading, const TextureUse& use, SourceMaterial& material) {
+void setTexture(GltfReading& reading, const TextureUse& use, SourceMaterial& material) {
     const std::vector<GltfImage>& images = reading.document.images();
     const int32_t image = indexWithin(imageOf(reading.file(), use.texture), images.size());
     if (image == kNone) return;
@@ -252,7 +251,7 @@ TextureUse colorTexture(const tinygltf::Material& source, SourceMaterial& materi
     return useOf(memberOf(other->second, "diffuseTexture"));
 }
 
-void addMaterial(Reading& reading, const tinygltf::Material& source, size_t& partlyGlowing) {
+void addMaterial(GltfReading& reading, const tinygltf::Material& source, size_t& partlyGlowing) {
     SourceMaterial material;
     material.name = cleanText(source.name);
     TextureUse use = colorTexture(source, material);
@@ -295,7 +294,7 @@ std::string endingOf(std::string_view bytes, std::string_view mimeType) {
     return {};
 }
 
-void addImages(Reading& reading) {
+void addImages(GltfReading& reading) {
     for (const GltfImage& source : reading.document.images()) {
         SourceImage image;
         image.name = cleanText(source.name);
@@ -309,7 +308,7 @@ void addImages(Reading& reading) {
     }
 }
 
-void addMaterials(Reading& reading) {
+void addMaterials(GltfReading& reading) {
     addImages(reading);
     size_t partlyGlowing = 0;
     for (const tinygltf::Material& source : reading.file().materials) addMaterial(reading, source, partlyGlowing);
@@ -325,7 +324,7 @@ void addMaterials(Reading& reading) {
 
 // Meshes and skins.
 
-void addSkins(Reading& reading) {
+void addSkins(GltfReading& reading) {
     for (const tinygltf::Skin& source : reading.file().skins) {
         GltfSkin skin;
         std::vector<float> inverses;
@@ -355,7 +354,7 @@ void addSkins(Reading& reading) {
     }
 }
 
-std::vector<int32_t> addMesh(Reading& reading, int meshIndex, int skinIndex) {
+std::vector<int32_t> addMesh(GltfReading& reading, int meshIndex, int skinIndex) {
     const tinygltf::Mesh& source = reading.file().meshes[static_cast<size_t>(meshIndex)];
     const GltfSkin* skin = skinIndex == kNone ? nullptr : &reading.skins[static_cast<size_t>(skinIndex)];
     std::vector<int32_t> meshes;
@@ -384,7 +383,7 @@ std::vector<int32_t> addMesh(Reading& reading, int meshIndex, int skinIndex) {
     return meshes;
 }
 
-void addMeshes(Reading& reading) {
+void addMeshes(GltfReading& reading) {
     const tinygltf::Model& file = reading.file();
     for (size_t n = 0; n < file.nodes.size() && reading.model.error.empty(); ++n) {
         const tinygltf::Node& node = file.nodes[n];
@@ -427,7 +426,7 @@ SourceTrack* trackOf(SourceChannel& channel, const std::string& path) {
 }
 
 // Empty, else what is wrong.
-std::string fillClip(Reading& reading, const tinygltf::Animation& source, SourceClip& clip) {
+std::string fillClip(GltfReading& reading, const tinygltf::Animation& source, SourceClip& clip) {
     std::map<int32_t, size_t> channelOf;
     bool hasShapes = false;
     for (const tinygltf::AnimationChannel& channel : source.channels) {
@@ -450,7 +449,7 @@ std::string fillClip(Reading& reading, const tinygltf::Animation& source, Source
     return {};
 }
 
-void addClips(Reading& reading) {
+void addClips(GltfReading& reading) {
     for (size_t a = 0; a < reading.file().animations.size(); ++a) {
         const tinygltf::Animation& source = reading.file().animations[a];
         SourceClip clip;
@@ -486,7 +485,7 @@ bool isGltf2(const std::string& path) {
 }
 
 SourceModel readGltf(const std::string& path) {
-    Reading reading{GltfDocument(path), {}, {}, {}, {}, {}};
+    GltfReading reading{GltfDocument(path), {}, {}, {}, {}, {}};
     SourceModel& model = reading.model;
     model.error = reading.document.error();
     if (!model.error.empty()) return model;

@@ -157,6 +157,9 @@ void convertAnimations(Model& model);
 // Leaves ids out where a name says the same, and makes the others readable.
 void shortenIds(Scene& scene);
 
+// Calls act for each node of the scene, parents before their children.
+void eachNode(std::vector<Node>& nodes, const std::function<void(Node&)>& act);
+
 // The nearest bone at or above a node, and the nearest above it, or kNoNode.
 int32_t boneAbove(const Model& model, int32_t node);
 int32_t parentBone(const Model& model, int32_t node);

@@ -41,13 +41,13 @@ Quaternion unitOf(const Quaternion& q) {
 }
 
 // The numbers of a track's key: of three a place or size, of four a rotation; of cubic tracks also the tangents.
-enum class Part { TangentIn, Value, TangentOut };
+enum class KeyPart { TangentIn, Value, TangentOut };
 
 template <typename Value>
 constexpr size_t kWidth = std::is_same_v<Value, Quaternion> ? 4 : 3;
 
 template <typename Value>
-Value partOf(const SourceTrack& track, size_t key, Part part) {
+Value partOf(const SourceTrack& track, size_t key, KeyPart part) {
     const bool cubic = track.interpolation == Interpolation::Cubic;
     const size_t at = (cubic ? key * 3 + static_cast<size_t>(part) : key) * kWidth<Value>;
     const auto number = [&](size_t k) { return static_cast<double>(track.values[at + k]); };
@@ -63,7 +63,7 @@ Quaternion asValue(const Quaternion& q) { return unitOf(q); }
 
 template <typename Value>
 Value valueOf(const SourceTrack& track, size_t key) {
-    return asValue(partOf<Value>(track, key, Part::Value));
+    return asValue(partOf<Value>(track, key, KeyPart::Value));
 }
 
 Vector between(const Vector& a, const Vector& b, double t) { return a + (b - a) * t; }
@@ -88,9 +88,10 @@ Quaternion weighted(const std::array<Quaternion, 4>& q, const std::array<double,
 template <typename Value>
 Value onCurve(const SourceTrack& track, size_t before, double span, double t) {
     const double t2 = t * t, t3 = t2 * t;
-    return weighted({partOf<Value>(track, before, Part::Value), partOf<Value>(track, before, Part::TangentOut),
-                     partOf<Value>(track, before + 1, Part::Value), partOf<Value>(track, before + 1, Part::TangentIn)},
-                    {2 * t3 - 3 * t2 + 1, span * (t3 - 2 * t2 + t), 3 * t2 - 2 * t3, span * (t3 - t2)});
+    return weighted(
+        {partOf<Value>(track, before, KeyPart::Value), partOf<Value>(track, before, KeyPart::TangentOut),
+         partOf<Value>(track, before + 1, KeyPart::Value), partOf<Value>(track, before + 1, KeyPart::TangentIn)},
+        {2 * t3 - 3 * t2 + 1, span * (t3 - 2 * t2 + t), 3 * t2 - 2 * t3, span * (t3 - t2)});
 }
 
 // The value of a track at a time; rest if it has no keys.

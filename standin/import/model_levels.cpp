@@ -11,13 +11,6 @@ namespace {
 
 constexpr size_t kLeastTriangles = 4;
 
-void eachNode(std::vector<Node>& nodes, const std::function<void(Node&)>& act) {
-    for (Node& node : nodes) {
-        act(node);
-        eachNode(node.children, act);
-    }
-}
-
 size_t trianglesOn(std::vector<Node>& nodes, int16_t layer) {
     size_t count = 0;
     eachNode(nodes, [&](Node& node) { count += node.layer == layer ? node.polyhedron.faces.size() : 0; });

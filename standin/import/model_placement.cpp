@@ -46,14 +46,14 @@ std::vector<Node> placeNode(Model& model, int32_t index, std::vector<Node> child
     return result;
 }
 
+}  // namespace
+
 void eachNode(std::vector<Node>& nodes, const std::function<void(Node&)>& act) {
     for (Node& node : nodes) {
         act(node);
         eachNode(node.children, act);
     }
 }
-
-}  // namespace
 
 std::string nodeId(int32_t node) { return "node " + std::to_string(node); }
 

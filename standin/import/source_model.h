@@ -18,6 +18,7 @@ namespace marrowfen::standin {
 struct ImportOptions;
 
 inline constexpr int32_t kNone = -1;
+inline constexpr float kNoticeableWeight = 0.001F;  // a second weight below it is rounding
 
 struct SourceNode {
     std::string name;        // one line of UTF-8

@@ -18,12 +18,12 @@ std::string messagesOf(const std::string& members, std::ostream& log, ExportMode
 }
 
 #define FACE R"("vertices": [[0,0,0],[0,1,0],[1,0,0]], "faces": [{"corners": [[0,0],[1,0],[2,0]]}]})"
-#define TRIANGLE(name, layer) R"({"type": "polyhedron", "name": ")" name R"(", "layer": )" #layer ", " FACE
+#define TRIANGLE_CALLED(name, layer) R"({"type": "polyhedron", "name": ")" name R"(", "layer": )" #layer ", " FACE
 
 TEST(Messages, SayWhereAndWhat) {
     std::ostringstream log;
     EXPECT_EQ(messagesOf(R"("layers": [null, "Hull:siez = 9, box,,frob,size=2", "bounds:no_mipmop", "Spare", null],
-        "nodes": [)" TRIANGLE("skin", 1) R"(,
+        "nodes": [)" TRIANGLE_CALLED("skin", 1) R"(,
                   {"type": "skeleton", "name": "lost", "layer": 9}, {"type": "group", "name": "all"}],
         "clips": [{"name": "run:bled", "start": 0, "end": 1}])",
                          log),
@@ -54,24 +54,27 @@ const struct {
     const char* messages;
     const char* clips = "";
 } kTold[] = {
-    {R"("hull:size=4")", TRIANGLE("hull", 1), ""},
-    {R"("hull")", TRIANGLE("hull", 1), "NEVER_SHOWS layer hull: hull has no size\n"},
-    {R"("a:size=4", "b:size=4", "c:size=0")", TRIANGLE("hull", 1) "," TRIANGLE("hull", 2) "," TRIANGLE("hull", 3),
+    {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1), ""},
+    {R"("hull")", TRIANGLE_CALLED("hull", 1), "NEVER_SHOWS layer hull: hull has no size\n"},
+    {R"("a:size=4", "b:size=4", "c:size=0")",
+     TRIANGLE_CALLED("hull", 1) "," TRIANGLE_CALLED("hull", 2) "," TRIANGLE_CALLED("hull", 3),
      "NEVER_SHOWS layer b:size=4: b:size=4 is hidden by one of its size\n"},
-    {R"("hull:size=big")", TRIANGLE("hull", 1), "TAG_VALUE layer hull:size=big: \"size=big\" is read as 0\n"},
-    {R"("colision:size=4")", TRIANGLE("hull", 1),
+    {R"("hull:size=big")", TRIANGLE_CALLED("hull", 1), "TAG_VALUE layer hull:size=big: \"size=big\" is read as 0\n"},
+    {R"("colision:size=4")", TRIANGLE_CALLED("hull", 1),
      "NEAR_ROLE layer colision:size=4: colision:size=4 (did you mean \"collision\"?)\n"},
-    {R"("modern:size=4", "nodes:box")", TRIANGLE("hull", 1),
+    {R"("modern:size=4", "nodes:box")", TRIANGLE_CALLED("hull", 1),
      "TAG_OF_OTHER_ROLE layer nodes:box: \"box\" in nodes:box is for collision layers\n"},
-    {R"("hull:size=4,sort", "low:size=2,autolod=50")", TRIANGLE("hull", 1),
+    {R"("hull:size=4,sort", "low:size=2,autolod=50")", TRIANGLE_CALLED("hull", 1),
      "SORT_WITH_AUTOLOD layer low:size=2,autolod=50: low:size=2,autolod=50 is a copy of a sorted layer, and "
      "unsorted\n"},
-    {R"("hull:size=4")", TRIANGLE("hull", 1) "," ROTATED_RIG, "NORMALS_NOT_TURNED layer hull:size=4: hull:size=4\n"},
-    {R"("hull:size=4", "nodes")", TRIANGLE("hull", 1) "," TRIANGLE("gun", 2) "," TRIANGLE("GUN", 2),
+    {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1) "," ROTATED_RIG,
+     "NORMALS_NOT_TURNED layer hull:size=4: hull:size=4\n"},
+    {R"("hull:size=4", "nodes")",
+     TRIANGLE_CALLED("hull", 1) "," TRIANGLE_CALLED("gun", 2) "," TRIANGLE_CALLED("GUN", 2),
      "SHARED_NAME node gun: gun\n"},
     {R"("hull:size=4", "collision:box")", R"({"type": "polyhedron", "layer": 1, "vertices": []})",
      "EMPTY_COLLISION layer collision:box: collision:box\n"},
-    {R"("hull:size=4")", TRIANGLE("hull", 1),
+    {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1),
      "FRAME_RATE clip c: c: 0 isn't positive, using 30\nCLIP_SKIPPED clip d: d has no frames\n",
      R"({"name": "c:fps=0", "start": 0, "end": 1}, {"name": "d", "start": 5, "end": 1})"},
 };
