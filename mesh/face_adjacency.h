@@ -37,13 +37,13 @@ public:
         });
     }
 
+    // Per face: how many are adjacent to it.
+    const std::vector<int32_t>& neighborCounts() const { return neighborCounts_; }
+
     // Calls visit(g) for each face that has the edge from one vertex to another this way round, in ascending order.
     template <class Visit>
     void visitEdge(uint32_t from, uint32_t to, Visit visit) const {
-        auto edges = edgesFrom(from);
-        if (isHub(from))
-            edges = edges.subspan(lowerBound(edges, to), lowerBound(edges, to + 1) - lowerBound(edges, to));
-        for (const uint64_t edge : edges) {
+        for (const uint64_t edge : isHub(from) ? edgesBetween(from, to) : edgesFrom(from)) {
             if (end(edge) == to) visit(faceOf(edge));
         }
     }
@@ -52,6 +52,11 @@ public:
     template <class Visit>
     void visitVertex(uint32_t vertex, Visit visit) const {
         for (const uint64_t edge : edgesFrom(vertex)) visit(faceOf(edge));
+    }
+
+    // Whether more than so many faces have the edge this way round.
+    bool isCrowded(uint32_t from, uint32_t to, size_t most) const {
+        return isHub(from) && edgesBetween(from, to).size() > most;
     }
 
     bool isHub(uint32_t vertex) const { return firstEdge_[vertex + 1] - firstEdge_[vertex] > kHubValence; }
@@ -74,14 +79,24 @@ private:
         return {edges_.data() + firstEdge_[vertex], edges_.data() + firstEdge_[vertex + 1]};
     }
 
+    // Of a hub.
+    std::span<const uint64_t> edgesBetween(uint32_t hub, uint32_t to) const {
+        const auto edges = edgesFrom(hub);
+        const size_t first = lowerBound(edges, to);
+        return edges.subspan(first, lowerBound(edges, to + 1) - first);
+    }
+
     bool isAdjacent(uint32_t f, uint32_t g) const;
+    void countNeighbors();
+    void countAcrossCrowded(uint32_t from, uint32_t to);
     void sortByVertex(uint32_t vertexCount);
     void linkEdgesAt(uint32_t vertex, std::vector<int32_t>& faceTo);
 
     const std::vector<Corners>& faces_;
     std::vector<uint32_t> firstEdge_;  // per vertex and one more: its part of edges_
     std::vector<uint64_t> edges_;      // by first vertex, then by face, those of hubs by second vertex first
-    std::vector<int32_t> across_;      // per face and edge: the only adjacent face across, kNone or kSeveral
+    std::vector<int32_t> neighborCounts_;
+    std::vector<int32_t> across_;  // per face and edge: the only adjacent face across, kNone or kSeveral
 };
 
 }  // namespace marrowfen

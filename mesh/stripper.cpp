@@ -1,6 +1,7 @@
 #include "mesh/stripper.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
 #include <numeric>
 
@@ -28,18 +29,13 @@ Stripper::Stripper(std::vector<Corners> faces, uint32_t vertexCount, const Primi
     : faces_(std::move(faces)),
       adjacency_(faces_, vertexCount),
       used_(faces_.size()),
-      neighborCount_(faces_.size()),
+      neighborCount_(adjacency_.neighborCounts()),
       freeCount_(faces_.size()),
       lastEmitted_(vertexCount, kNone) {
     stripKind_.material = Primitive::Strip | Primitive::Indexed;
     stripKind_.material |=
         (kind.material & Primitive::NoMaterial) != 0 ? Primitive::NoMaterial : kind.material & Primitive::MaterialMask;
     stripKind_.sourcePoly = kind.sourcePoly;
-    for (uint32_t f = 0; f < faces_.size(); ++f) {
-        for (uint32_t edge = 0; edge < FaceAdjacency::edgeCount(faces_[f]); ++edge) {
-            adjacency_.visitAcross(f, edge, [&](uint32_t) { ++neighborCount_[f]; });
-        }
-    }
     std::vector<uint32_t> all(faces_.size());
     std::iota(all.begin(), all.end(), 0);
     allFaces_ = FaceQueue(std::move(all), neighborCount_);
@@ -127,7 +123,13 @@ void Stripper::considerHubs(const std::vector<uint32_t>& hubs, StartFace& best) 
     for (const uint32_t hub : hubs) {
         considerBestOf(facesOfHub(hub), best);
         for (const uint32_t other : hubs) {
-            adjacency_.visitEdge(hub, other, [&](uint32_t face) { consider(face, best); });
+            if (!adjacency_.isCrowded(hub, other, kMostPerEdge)) {
+                adjacency_.visitEdge(hub, other, [&](uint32_t face) { consider(face, best); });
+                continue;
+            }
+            // Nor are those of an edge with many: the best with any third corner, and with each that is a hub.
+            considerBestOf(facesOfEdge(hub, other, kAnyThird), best);
+            for (const uint32_t third : hubs) considerBestOf(facesOfEdge(hub, other, third), best);
         }
     }
 }
@@ -138,6 +140,21 @@ FaceQueue& Stripper::facesOfHub(uint32_t hub) {
         std::vector<uint32_t> faces;
         adjacency_.visitVertex(hub, [&](uint32_t face) { faces.push_back(face); });
         std::sort(faces.begin(), faces.end());
+        entry->second = FaceQueue(std::move(faces), neighborCount_);
+    }
+    return entry->second;
+}
+
+// The faces with the edge from one vertex to another and a third corner, which is one of the two in degenerate faces.
+FaceQueue& Stripper::facesOfEdge(uint32_t from, uint32_t to, uint32_t third) {
+    const auto [entry, isNew] = edgeFaces_.try_emplace({from, to, third});
+    if (isNew) {
+        std::vector<uint32_t> faces;
+        adjacency_.visitEdge(from, to, [&](uint32_t face) {
+            const Corners& c = faces_[face];
+            const bool isThird = (from == third || to == third) ? hasRepeats(c) : hasCorner(c, third);
+            if (third == kAnyThird || isThird) faces.push_back(face);
+        });
         entry->second = FaceQueue(std::move(faces), neighborCount_);
     }
     return entry->second;
@@ -239,10 +256,13 @@ bool Stripper::join(const Oriented& oriented) {
 // Marks the face used, tells its free neighbours, and finds the one across each edge that has the fewest free
 // neighbours left, the lowest among equals.
 void Stripper::takeFace(uint32_t face, int assertion) {
+    assert(used_[face] == 0 && freeCount_ > 0);
+    const bool hasNeighbors = neighborCount_[face] != 0;
     used_[face] = 1;
     neighborCount_[face] = 0;
     --freeCount_;
     across_ = {kNone, kNone, kNone};
+    if (!hasNeighbors) return;
     const uint32_t edges = FaceAdjacency::edgeCount(faces_[face]);
     for (uint32_t edge = 0; edge < edges; ++edge) {
         int32_t fewest = std::numeric_limits<int32_t>::max();

@@ -26,6 +26,7 @@ public:
 
 private:
     static constexpr int32_t kNone = -1;
+    static constexpr uint32_t kAnyThird = UINT32_MAX;
 
     // A face turned so that the vertex that it adds to the strip comes last: the shared edge is a-b.
     struct Oriented {
@@ -45,6 +46,7 @@ private:
     void considerBestOf(FaceQueue& queue, StartFace& best) const;
     void considerHubs(const std::vector<uint32_t>& hubs, StartFace& best);
     FaceQueue& facesOfHub(uint32_t hub);
+    FaceQueue& facesOfEdge(uint32_t from, uint32_t to, uint32_t third);
 
     bool extendStrip();
     bool orient(uint32_t face, Oriented& oriented);
@@ -63,6 +65,9 @@ private:
     void fail(const std::string& text);
     void failAssertion(int number);
 
+    // Faces of an edge that are looked at one by one. With fewer, looking costs less than keeping them in order.
+    static constexpr size_t kMostPerEdge = 2048;
+
     const std::vector<Corners> faces_;
     const FaceAdjacency adjacency_;
     Primitive stripKind_;                 // an empty strip
@@ -73,7 +78,8 @@ private:
     std::array<int32_t, 3> across_{};   // best free face across each edge of the face taken last
     std::vector<uint32_t> candidates_;  // faces that were passed over in this strip
     FaceQueue allFaces_;
-    std::map<uint32_t, FaceQueue> hubFaces_;  // made when a hub is first looked at
+    std::map<uint32_t, FaceQueue> hubFaces_;                  // made when a hub is first looked at
+    std::map<std::array<uint32_t, 3>, FaceQueue> edgeFaces_;  // the same for edges with many faces, by third corner
 };
 
 }  // namespace marrowfen
