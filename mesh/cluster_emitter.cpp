@@ -1,7 +1,10 @@
 #include "mesh/cluster_emitter.h"
 
 #include <algorithm>
+#include <cassert>
 #include <unordered_map>
+
+#include "ground/at.h"
 
 namespace marrowfen {
 namespace {
@@ -21,9 +24,9 @@ public:
     EmittedClusters out;
 
 private:
-    int32_t clusterCount() const { return static_cast<int32_t>(out.clusters.size()); }
-    int32_t primitiveCount() const { return static_cast<int32_t>(out.primitives.size()); }
-    Cluster& cluster(int32_t i) { return out.clusters[static_cast<size_t>(i)]; }
+    int32_t clusterCount() const { return count32(out.clusters); }
+    int32_t primitiveCount() const { return count32(out.primitives); }
+    Cluster& cluster(int32_t i) { return at(out.clusters, i); }
 
     void emitBothOrders(const SortNode& node, int32_t first);
     void emitLeaf(const SortNode& node, int32_t first, int32_t next);
@@ -81,6 +84,7 @@ void Emitter::emitBothOrders(const SortNode& node, int32_t first) {
 
 // One cluster holds all: it takes the place of the second one.
 void Emitter::emitLeaf(const SortNode& node, int32_t first, int32_t next) {
+    assert(clusterCount() == first + 2);
     const int32_t start = cluster(first).startPrimitive;
     emitFaces(node.leafOrder, primitiveCount() > start);
     emitLayers(node.drawLast, primitiveCount() > start);
@@ -145,7 +149,8 @@ bool isEmpty(const Cluster& c) { return c.startPrimitive == c.endPrimitive && c.
 
 // Links to the removed cluster lead on to where it led.
 void removeCluster(std::vector<Cluster>& clusters, int32_t removed) {
-    const int32_t next = clusters[static_cast<size_t>(removed)].frontCluster;
+    assert(isEmpty(at(clusters, removed)));
+    const int32_t next = at(clusters, removed).frontCluster;
     const auto relinked = [&](int32_t link) {
         if (link == removed) link = next;
         return link > removed ? link - 1 : link;
@@ -170,6 +175,7 @@ void removeEmptyClusters(std::vector<Cluster>& clusters) {
 EmittedClusters emitClusters(const SortFaces& faces, const SortNode& root) {
     Emitter emitter(faces);
     emitter.emitNode(root, kEndOfWalk);
+    assert(emitter.out.clusters.back().frontCluster < count32(emitter.out.clusters));
     removeEmptyClusters(emitter.out.clusters);
     return std::move(emitter.out);
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <bit>
+#include <cassert>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -24,6 +26,7 @@ public:
 
     // Not for a cost that isn't a number.
     void set(uint32_t number, float cost) {
+        assert(number < leafCount_ && !std::isnan(cost));
         nodes_[leafCount_ + number].cost = cost;
         for (size_t node = (leafCount_ + number) / 2; node > 0; node /= 2) {
             const Entry& left = nodes_[2 * node];

@@ -1,6 +1,7 @@
 #include "mesh/face_blocks.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -58,6 +59,7 @@ std::vector<uint32_t> alongCurve(const SortFaces& faces, const std::vector<uint3
 }  // namespace
 
 void FaceBlocks::addFace(Block& block, const SortFaces& faces, uint32_t face) {
+    assert(block.count < kSize);
     const uint32_t lane = block.count++;
     block.face[lane] = face;
     block.isPresent[lane] = 1;
@@ -101,7 +103,10 @@ FaceBlocks::FaceBlocks(const SortFaces& faces, const std::vector<uint32_t>& memb
     for (Block& block : blocks_) computeBox(block);
 }
 
-void FaceBlocks::remove(uint32_t face) { blocks_[placeOf_[face] / kSize].isPresent[placeOf_[face] % kSize] = 0; }
+void FaceBlocks::remove(uint32_t face) {
+    assert(placeOf_[face] / kSize < blocks_.size());
+    blocks_[placeOf_[face] / kSize].isPresent[placeOf_[face] % kSize] = 0;
+}
 
 // A box that isn't finite always overlaps in part.
 FaceBlocks::Overlap FaceBlocks::overlapOf(const Block& block, const HalfSpace& halfSpace) {
@@ -128,6 +133,7 @@ FaceBlocks::Flags FaceBlocks::facesIn(const Block& block, const HalfSpace& halfS
 }
 
 uint32_t FaceBlocks::findIn(const HalfSpace& halfSpace, uint32_t excluded, uint32_t& place) const {
+    assert(place <= blocks_.size() * kSize);
     uint32_t lane = place % kSize;
     for (uint32_t b = place / kSize; b < blocks_.size(); ++b, lane = 0) {
         const Block& block = blocks_[b];

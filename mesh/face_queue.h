@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -16,11 +18,13 @@ public:
     bool hasRoom() const { return !words_.empty(); }
 
     void insert(uint32_t n) {
+        assert(n / 64 < words_.size());
         words_[n / 64] |= uint64_t{1} << n % 64;
         summary_[n / 4096] |= uint64_t{1} << n / 64 % 64;
     }
 
     void erase(uint32_t n) {
+        assert((words_[n / 64] >> n % 64 & 1) != 0);
         words_[n / 64] &= ~(uint64_t{1} << n % 64);
         if (words_[n / 64] == 0) summary_[n / 4096] &= ~(uint64_t{1} << n / 64 % 64);
     }
@@ -48,6 +52,7 @@ public:
 
     // faces ascend; counts are indexed by face.
     FaceQueue(std::vector<uint32_t> faces, const std::vector<int32_t>& counts) : faces_(std::move(faces)) {
+        assert(std::is_sorted(faces_.begin(), faces_.end()));
         for (uint32_t i = 0; i < faces_.size(); ++i) insert(i, static_cast<size_t>(counts[faces_[i]]));
     }
 
@@ -63,6 +68,7 @@ public:
             const uint32_t face = faces_[position];
             const auto count = static_cast<size_t>(counts[face]);
             if (!used[face] && count + 1 == levels_.size()) return static_cast<int32_t>(face);
+            assert(used[face] || count + 1 < levels_.size());
             levels_.back().erase(position);
             if (!used[face]) insert(position, count);
         }

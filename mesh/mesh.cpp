@@ -1,6 +1,9 @@
 #include "mesh/mesh.h"
 
 #include <algorithm>
+#include <cassert>
+
+#include "ground/at.h"
 
 namespace marrowfen {
 
@@ -9,8 +12,9 @@ void Mesh::setError(const std::string& text) {
 }
 
 void Mesh::setNumFrames(int32_t n) {
+    assert(n > 0);
     numFrames = n;
-    vertsPerFrame = static_cast<int32_t>(vertexes.size()) / n;
+    vertsPerFrame = count32(vertexes) / n;
 }
 
 void Mesh::computeBounds() {
@@ -70,6 +74,7 @@ void Mesh::rotate(const Quaternion& rotation) {
 
 int32_t Mesh::boneSlot(int32_t node) {
     const auto found = std::find(nodeIndex.begin(), nodeIndex.end(), node);
+    assert(nodeIndex.size() == initialTransforms.size());
     const auto slot = static_cast<int32_t>(found - nodeIndex.begin());
     if (found == nodeIndex.end()) {
         nodeIndex.push_back(node);
@@ -81,7 +86,7 @@ int32_t Mesh::boneSlot(int32_t node) {
 void Mesh::setInitialTransform(int32_t slot, const Point3& position, const Quaternion& rotation) {
     const Point3 t = marrowfen::rotate(inverse(rotation), -position);
     const auto [x, y, z, w] = rotation;
-    initialTransforms[static_cast<size_t>(slot)] = {{
+    at(initialTransforms, slot) = {{
         {1 - 2 * (y * y + z * z), 2 * (x * y - z * w), 2 * (x * z + y * w), t.x},
         {2 * (x * y + z * w), 1 - 2 * (x * x + z * z), 2 * (y * z - x * w), t.y},
         {2 * (x * z - y * w), 2 * (y * z + x * w), 1 - 2 * (x * x + y * y), t.z},

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 
 #include "mesh/cluster_emitter.h"
 #include "mesh/mesh.h"
@@ -102,6 +103,7 @@ void Mesh::sort() {
         }
     }
 
+    assert(all.vertexes.size() == all.normals.size() && all.vertexes.size() == all.texturevertexes.size());
     clusters = std::move(all.emitted.clusters);
     primitives = std::move(all.emitted.primitives);
     indices = std::move(all.emitted.indices);

@@ -1,5 +1,6 @@
 #include "mesh/sort_faces.h"
 
+#include <cassert>
 #include <cmath>
 
 namespace marrowfen {
@@ -26,6 +27,7 @@ Plane planeThrough(const Point3& p0, const Point3& p1, const Point3& p2) {
 
 // Appends the vertex at the fraction t of the way from one vertex to another.
 uint32_t addVertexBetween(SortFaces& faces, uint32_t from, uint32_t to, float t) {
+    assert(from < faces.vertexes.size() && to < faces.vertexes.size());
     const auto between = [&](const auto& table) { return table[from] + (table[to] - table[from]) * t; };
     faces.vertexes.push_back(between(faces.vertexes));
     faces.texturevertexes.push_back(between(faces.texturevertexes));
@@ -79,6 +81,7 @@ void SortFaces::addMissingPlanes() {
     for (auto f = static_cast<uint32_t>(planes.size()); f < faceCount(); ++f) {
         planes.push_back(planeThrough(position(f, 0), position(f, 1), position(f, 2)));
     }
+    assert(planes.size() == faceCount());
 }
 
 Side sideOf(const SortFaces& faces, uint32_t face, const Plane& plane) {
@@ -92,6 +95,7 @@ Side sideOf(const SortFaces& faces, uint32_t face, const Plane& plane) {
 }
 
 void splitFace(SortFaces& faces, uint32_t face, const Plane& plane) {
+    assert(face < faces.faceCount());
     const uint32_t corners[] = {faces.corners(face)[0], faces.corners(face)[1], faces.corners(face)[2]};
     const uint32_t material = faces.primitives[face].material;
     float distances[3];

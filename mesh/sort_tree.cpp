@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstdlib>
 
 #include "mesh/face_blocks.h"
@@ -75,6 +76,7 @@ private:
 
     // From the next cycle on the face is nobody's witness.
     void withdraw(uint32_t face) {
+        assert(isPeeled_[face]);
         blocks_.remove(face);
         for (const Direction d : kDirections) {
             for (uint32_t f = firstWaiting_[d][face]; f != kNoFace; f = nextWaiting_[d][f]) unanswered_[d].push_back(f);
@@ -106,6 +108,7 @@ uint32_t pickDivider(const SortFaces& faces, const FaceList& members) {
             bestCounts = counts;
         }
     }
+    assert(best != FaceBlocks::kNone);
     return best;
 }
 
@@ -132,6 +135,7 @@ Division divideFaces(SortFaces& faces, const FaceList& members, uint32_t divider
     }
     faces.addMissingPlanes();
     for (uint32_t piece = firstPiece; piece < faces.faceCount(); ++piece) assign(piece);
+    assert(division.front.size() + division.back.size() <= members.size() + faces.faceCount() - firstPiece);
     return division;
 }
 
@@ -151,6 +155,7 @@ FaceList orderedByHeight(const SortFaces& faces, const FaceList& members) {
 // None when there are no members.
 std::unique_ptr<SortNode> makeNode(SortFaces& faces, FaceList members, int depth) {
     if (members.empty()) return nullptr;
+    assert(depth <= kMaxDepth && faces.planes.size() == faces.faceCount());
     auto node = std::make_unique<SortNode>();
     Peeler(faces, members).peel(*node, members);
     if (members.empty()) return node;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 
 #include "mesh/mesh.h"
 #include "mesh/stripper.h"
@@ -105,6 +106,7 @@ void Mesh::strip() {
         faces.reserve(end - first);
         for (size_t f = first; f < end; ++f) faces.push_back(cornersOf(primitives[f], indices, numbers));
         const auto vertexCount = static_cast<uint32_t>(numbers.vertices().size());
+        assert(0 < vertexCount && vertexCount <= 3 * faces.size());
         Stripper stripper(std::move(faces), vertexCount, primitives[first]);
         stripper.run();
 

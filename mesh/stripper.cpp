@@ -5,6 +5,8 @@
 #include <limits>
 #include <numeric>
 
+#include "ground/at.h"
+
 namespace marrowfen {
 
 // Greedy stripping: a strip grows from face to face across shared edges, preferring faces with few free neighbours,
@@ -49,6 +51,7 @@ void Stripper::fail(const std::string& text) {
 void Stripper::failAssertion(int number) { fail("Assertion failed when stripping (" + std::to_string(number) + ")"); }
 
 void Stripper::emit(uint32_t vertex) {
+    assert(vertex < lastEmitted_.size());
     lastEmitted_[vertex] = std::ssize(indices);
     indices.push_back(vertex);
     ++primitives.back().numElements;
@@ -57,9 +60,10 @@ void Stripper::emit(uint32_t vertex) {
 int64_t Stripper::oldestCached() const { return std::max<int64_t>(0, std::ssize(indices) - kCacheSize); }
 
 void Stripper::checkNewestAreCornersOf(uint32_t face) {
+    assert(primitives.back().numElements >= 3);
     const Corners emitted = newest();
     for (int i = 0; i < 3; ++i) {
-        if (!hasCorner(emitted, faces_[face][static_cast<size_t>(i)])) failAssertion(8 + i);
+        if (!hasCorner(emitted, at(faces_[face], i))) failAssertion(8 + i);
     }
 }
 
@@ -90,7 +94,7 @@ int32_t Stripper::bestScoredFace() {
     StartFace best;
     std::vector<uint32_t> hubs;
     for (int64_t i = oldestCached(); i < std::ssize(indices); ++i) {
-        const uint32_t v = indices[static_cast<size_t>(i)];
+        const uint32_t v = at(indices, i);
         if (lastEmitted_[v] != i) continue;  // it comes again later
         if (adjacency_.isHub(v)) {
             hubs.push_back(v);
@@ -168,7 +172,7 @@ bool Stripper::extendStrip() {
     std::array<int32_t, 3> next = across_;
     const bool afterFirst = primitives.back().numElements == 3;
     for (int32_t& face : next) {
-        if (face != kNone && !afterFirst && !hasCorner(faces_[static_cast<size_t>(face)], indices.back())) face = kNone;
+        if (face != kNone && !afterFirst && !hasCorner(at(faces_, face), indices.back())) face = kNone;
     }
     if (next == std::array{kNone, kNone, kNone}) return false;
 
@@ -197,6 +201,7 @@ bool Stripper::extendStrip() {
 // False, with an error, unless exactly one corner of the face is not among the three vertices emitted last. A face with
 // a corner twice can fail this.
 bool Stripper::orient(uint32_t face, Oriented& oriented) {
+    assert(used_[face] == 0);
     const Corners& p = faces_[face];
     const Corners emitted = newest();
     const bool isNew[3] = {!hasCorner(emitted, p[0]), !hasCorner(emitted, p[1]), !hasCorner(emitted, p[2])};
@@ -232,7 +237,7 @@ bool Stripper::joinFirstTriangle(const Oriented& oriented) {
         }
         std::rotate(indices.end() - 3, indices.end() - 2, indices.end());
         for (int64_t i = std::ssize(indices) - 3; i < std::ssize(indices); ++i) {
-            lastEmitted_[indices[static_cast<size_t>(i)]] = i;
+            lastEmitted_[at(indices, i)] = i;
         }
     }
     fail("Assertion error while stripping: infinite loop");
