@@ -23,6 +23,7 @@ public:
 
 private:
     void createMesh(size_t level);
+    Mesh decimatedCopy(size_t level);
     void convertLayer(size_t level);
     void moveToNodeSpace(Mesh& mesh, const LayerInfo& layer);
     void tellLostArea(const LayerInfo& layer, double given, double drawn);
@@ -34,6 +35,7 @@ private:
     Notices& notices_;
     std::ostream& log_;
     Mesh mostDetailed_;  // of the first layer, moved but neither sorted nor stripped: what autolod layers start from
+    std::vector<MeshFaces> decimatedFaces_;  // of each autolod layer, taken when its turn comes
 };
 
 // Turns that shade a mesh visibly wrong when its normals don't take part: from one degree on.
@@ -106,8 +108,7 @@ void ObjectPass::tellUselessLayers() {
 void ObjectPass::createMesh(size_t level) {
     const LayerInfo& layer = detailLayers_[level];
     if (layer.autoLod) {
-        shape_.meshes.push_back(mostDetailed_);
-        shape_.meshes.back().decimate(layer.autoLodPercent);
+        shape_.meshes.push_back(decimatedCopy(level));
     } else {
         convertLayer(level);
     }
@@ -119,6 +120,25 @@ void ObjectPass::createMesh(size_t level) {
     }
     if (!mesh.hasError()) mesh.setError(fileLimitError(mesh, layer.name));
     if (mesh.hasError()) shape_.setError(mesh.error());
+}
+
+// All copies are made at once: the fewer triangles of one go on from the more of another.
+Mesh ObjectPass::decimatedCopy(size_t level) {
+    std::vector<int32_t> percents;
+    size_t copiesBefore = 0;
+    for (size_t i = 0; i < detailLayers_.size(); ++i) {
+        if (!detailLayers_[i].autoLod) continue;
+        percents.push_back(detailLayers_[i].autoLodPercent);
+        if (i < level) ++copiesBefore;
+    }
+    if (decimatedFaces_.empty()) decimatedFaces_ = mostDetailed_.decimated(percents);
+
+    Mesh copy = mostDetailed_;
+    if (!copy.hasError()) {
+        copy.primitives = std::move(at(decimatedFaces_, copiesBefore).primitives);
+        copy.indices = std::move(at(decimatedFaces_, copiesBefore).indices);
+    }
+    return copy;
 }
 
 void ObjectPass::convertLayer(size_t level) {
