@@ -27,7 +27,6 @@ private:
     void convertLayer(size_t level);
     void moveToNodeSpace(Mesh& mesh, const LayerInfo& layer);
     void tellLostArea(const LayerInfo& layer, double given, double drawn);
-    void tellUselessLayers();
 
     const std::vector<LayerInfo>& detailLayers_;
     MaterialConversion& materials_;
@@ -85,23 +84,8 @@ void ObjectPass::run() {
         addDetailLevel("Detail" + std::to_string(layer.size), static_cast<float>(layer.size), shape_);
         log_ << "End detail layer for layer " << title << "\n" << std::endl;
     }
-    tellUselessLayers();
+    tellUselessLayers(detailLayers_, notices_);
     log_ << "End object creation\n" << std::endl;
-}
-
-// Layers that no engine shows, and tags that spoil each other.
-void ObjectPass::tellUselessLayers() {
-    for (const size_t level : levelsThatNeverShow(shape_)) {
-        const LayerInfo& layer = at(detailLayers_, level);
-        const std::string why = layer.size < 0 ? "has no size" : "is hidden by one of its size";
-        notices_.tell({&kNeverShows, Message::Place::Layer, layer.name, layer.name + " " + why});
-    }
-    for (const LayerInfo& layer : detailLayers_) {
-        if (!layer.autoLod || !(layer.sort || detailLayers_.front().sort)) continue;
-        const std::string why =
-            layer.sort ? " is a copy and isn't sorted" : " is a copy of a sorted layer, and unsorted";
-        notices_.tell({&kSortWithAutoLod, Message::Place::Layer, layer.name, layer.name + why});
-    }
 }
 
 // Appends the layer's mesh to shape_.meshes. An error of the mesh becomes the shape's.
@@ -195,6 +179,26 @@ void checkDetailLayers(const std::vector<LayerInfo>& detailLayers, Shape& shape)
         shape.setError("No meshes found to export");
     } else if (detailLayers.front().autoLod) {
         shape.setError("Highest size mesh cannot be autolod mesh");
+    }
+}
+
+void tellUselessLayers(const std::vector<LayerInfo>& detailLayers, Notices& notices) {
+    Shape levels;
+    for (const LayerInfo& layer : detailLayers) {
+        Shape::DetailLevel& level = levels.detailLevels.emplace_back();
+        level.name = -1;
+        level.size = static_cast<float>(layer.size);
+    }
+    for (const size_t level : levelsThatNeverShow(levels)) {
+        const LayerInfo& layer = at(detailLayers, level);
+        const std::string why = layer.size < 0 ? "has no size" : "is hidden by one of its size";
+        notices.tell({&kNeverShows, Message::Place::Layer, layer.name, layer.name + " " + why});
+    }
+    for (const LayerInfo& layer : detailLayers) {
+        if (!layer.autoLod || !(layer.sort || detailLayers.front().sort)) continue;
+        const std::string why =
+            layer.sort ? " is a copy and isn't sorted" : " is a copy of a sorted layer, and unsorted";
+        notices.tell({&kSortWithAutoLod, Message::Place::Layer, layer.name, layer.name + why});
     }
 }
 

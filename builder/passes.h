@@ -24,6 +24,8 @@ Shape::Pose markerPose(const MarkerInfo& marker);                        // in s
 void checkDetailLayers(const std::vector<LayerInfo>& detailLayers, Shape& shape);
 void createObjects(const std::vector<LayerInfo>& detailLayers, MaterialConversion& materials, Shape& shape,
                    Notices& notices);
+// Tells of layers that no engine shows, and of tags that spoil each other.
+void tellUselessLayers(const std::vector<LayerInfo>& detailLayers, Notices& notices);
 void addDetailLevel(const std::string& name, float size, Shape& shape);  // of the last mesh
 
 // Collision meshes around or beside the visible ones, whose bounds are those of the shape (builder/collisions.cpp).
@@ -35,5 +37,7 @@ void createLosCollisionMeshes(const std::vector<LayerInfo>& layers, MaterialConv
 // Sequences (builder/sequences.cpp): each clip is played, and bones and markers leave a key a frame.
 void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>& bones,
                  const std::vector<MarkerInfo>& markers, Shape& shape, Notices& notices);
+// Whether the clip can become a sequence of the shape, which has its nodes. One that can't is told of.
+bool checkClip(const ClipInfo& clip, const Shape& shape, Notices& notices);
 
 }  // namespace marrowfen

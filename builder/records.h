@@ -19,6 +19,8 @@ enum class CollisionType : int {
     MeshCollision = 3,  // the layers' own polyhedra
 };
 
+enum class LayerRole { Unused, Detail, Collision, LosCollision, Bounds, Nodes };
+
 // A layer and what the tags in its name ask for.
 struct LayerInfo {
     std::string name;  // tags included
@@ -59,9 +61,17 @@ struct ClipInfo {
     int32_t priority = 1;
 };
 
+// How a layer was read.
+struct LayerReading {
+    int16_t slot = 0;
+    LayerRole role = LayerRole::Unused;
+    LayerInfo info;
+};
+
 struct SceneScan {
     std::string error;  // why nothing can be made of the scene, empty for none; the lists are unfinished then
 
+    std::vector<LayerReading> layers;           // all that the host has, by slot
     std::vector<LayerInfo> detailLayers;        // largest size first, layers of one size by slot
     std::vector<LayerInfo> collisionLayers;     // by slot
     std::vector<LayerInfo> losCollisionLayers;  // by slot

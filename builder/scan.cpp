@@ -18,8 +18,6 @@ namespace {
 
 constexpr int32_t kBoundsVertices = 8;  // of a cube
 
-enum class LayerRole { Unused, Detail, Collision, LosCollision, Bounds, Nodes };
-
 struct ScannedLayer {
     LayerRole role = LayerRole::Unused;
     LayerInfo info;
@@ -116,6 +114,7 @@ void LayerScan::categorize(SceneScan& scan) {
         log << "Layer " << i << ": " << *name << std::endl;
         layers_[i].info.name = *name;
         layers_[i].role = categorizeLayer(layers_[i].info, scan);
+        scan.layers.push_back({static_cast<int16_t>(i), layers_[i].role, layers_[i].info});
         if (!scan.error.empty()) return;
     }
     log << "End categorization" << std::endl << std::endl;

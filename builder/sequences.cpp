@@ -113,6 +113,14 @@ void ClipExport::sampleFrame(const Shape::Sequence& sequence, int32_t key) {
 
 }  // namespace
 
+bool checkClip(const ClipInfo& clip, const Shape& shape, Notices& notices) {
+    const std::string fault = hasFrames(clip) ? keyLimitFault(clip, shape) : "has no frames";
+    if (fault.empty()) return true;
+    notices.tell("  Clip " + clip.name + " " + fault + ", skipping it",
+                 {&kClipSkipped, Message::Place::Clip, clip.name, clip.name + " " + fault});
+    return false;
+}
+
 void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>& bones,
                  const std::vector<MarkerInfo>& markers, Shape& shape, Notices& notices) {
     std::ostream& log = notices.log();
@@ -121,12 +129,7 @@ void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>
     hostClips.disableAll();
     ClipExport sequences(bones, markers, shape);
     for (const ClipInfo& clip : clips) {
-        const std::string fault = hasFrames(clip) ? keyLimitFault(clip, shape) : "has no frames";
-        if (!fault.empty()) {
-            notices.tell("  Clip " + clip.name + " " + fault + ", skipping it",
-                         {&kClipSkipped, Message::Place::Clip, clip.name, clip.name + " " + fault});
-            continue;
-        }
+        if (!checkClip(clip, shape, notices)) continue;
         hostClips.enable(clip.name);
         sequences.addSequence(clip);
         hostClips.disable(clip.name);

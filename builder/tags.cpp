@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ground/ascii.h"
+#include "ground/at.h"
 #include "ground/near_word.h"
 #include "shape/shape.h"
 
@@ -69,7 +70,7 @@ constexpr Tag<ClipInfo> kClipTags[] = {
     {{"priority=", "  Found priority tag: ", "Priority = "}, [](ClipInfo& c, int32_t value) { c.priority = value; }},
 };
 
-// The tags of one role, and where they may stand.
+// The tags of one role (TagRole numbers them), and where they may stand.
 struct RoleTags {
     const char* owners;
     std::vector<std::string_view> words;
@@ -89,13 +90,16 @@ const std::vector<RoleTags>& rolesOfTags() {
     return roles;
 }
 
+bool isTagOf(std::string_view tag, const RoleTags& role) {
+    return std::any_of(role.words.begin(), role.words.end(), [&](std::string_view word) {
+        return word.ends_with('=') ? beginsWithIgnoringCase(tag, word) : equalIgnoringCase(tag, word);
+    });
+}
+
 // Where a tag that is unknown in its place may stand; null for one that is unknown everywhere.
 const char* ownersOf(std::string_view tag) {
     for (const RoleTags& role : rolesOfTags()) {
-        for (const std::string_view word : role.words) {
-            const bool takesValue = word.ends_with('=');
-            if (takesValue ? beginsWithIgnoringCase(tag, word) : equalIgnoringCase(tag, word)) return role.owners;
-        }
+        if (isTagOf(tag, role)) return role.owners;
     }
     return nullptr;
 }
@@ -234,6 +238,15 @@ void tellTagsOfNodesLayer(const std::string& layerName, Notices& notices) {
 
 void parseClipTags(ClipInfo& clip, Notices& notices) {
     parseTags(clip.fullName, kClipTags, clip, {Message::Place::Clip, clip.name}, notices);
+}
+
+TagSplit splitTags(const std::string& fullName, TagRole role) {
+    TagSplit split;
+    for (const std::string_view tag : tagsOf(fullName)) {
+        const bool isKnown = role != TagRole::None && isTagOf(tag, at(rolesOfTags(), static_cast<size_t>(role)));
+        (isKnown ? split.understood : split.unknown).emplace_back(tag);
+    }
+    return split;
 }
 
 std::string nameWithoutTags(const std::string& name) { return name.substr(0, name.find(':')); }

@@ -20,17 +20,6 @@ struct AddNodeOptions {
     std::string output;  // empty: the scene file itself
 };
 
-class AddNodeUser : public headless::HeadlessUser {
-public:
-    std::optional<std::string> savePath(const headless::SaveQuestion&) override { return {}; }
-    void readMessage(const headless::Message& message) override { message_ = message.text; }
-
-    const std::string& message() const { return message_; }
-
-private:
-    std::string message_;
-};
-
 std::string checkSceneName(const std::string& path) {
     return path.ends_with(".scene.json") ? "" : path + " doesn't end in .scene.json: only a scene file can take a node";
 }
@@ -45,7 +34,7 @@ std::string checkNodeName(const std::string& name) {
 Outcome runAddNode(const AddNodeOptions& options, const Session& session) {
     standin::LoadResult loaded = standin::readSceneFile(options.scene);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
-    AddNodeUser user;
+    MessageUser user;
     PluginSession plugin(std::move(*loaded.scene), user);
     if (plugin.openPanel()) {
         plugin.type(IDC_NODE_NAME, options.name);

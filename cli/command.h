@@ -54,6 +54,7 @@ void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& 
 void addExportCommand(CLI::App& app, Session& session);
 void addFormatsCommand(CLI::App& app, Session& session);
 void addImportCommand(CLI::App& app, Session& session);
+void addExplainCommand(CLI::App& app, Session& session);
 void addAddNodeCommand(CLI::App& app, Session& session);
 void addDumpCommand(CLI::App& app, Session& session);
 void addInspectCommand(CLI::App& app, Session& session);

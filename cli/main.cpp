@@ -14,8 +14,8 @@ int main(int argc, char** argv) {
     app.add_flag("-v,--verbose", session.verbose, "details on standard error");
     app.require_subcommand(1);
     app.fallthrough();
-    for (const auto add : {addExportCommand, addImportCommand, addFormatsCommand, addAddNodeCommand, addDumpCommand,
-                           addInspectCommand, addViewCommand}) {
+    for (const auto add : {addExportCommand, addExplainCommand, addImportCommand, addFormatsCommand, addAddNodeCommand,
+                           addDumpCommand, addInspectCommand, addViewCommand}) {
         add(app, session);
     }
 

@@ -11,6 +11,18 @@
 
 namespace marrowfen::cli {
 
+// Saves nothing, and remembers what was said last.
+class MessageUser : public headless::HeadlessUser {
+public:
+    std::optional<std::string> savePath(const headless::SaveQuestion&) override { return {}; }
+    void readMessage(const headless::Message& message) override { message_ = message.text; }
+
+    const std::string& message() const { return message_; }
+
+private:
+    std::string message_;
+};
+
 class PluginSession {
 public:
     // Loads the plug-in into a host with this scene. The user is borrowed and is asked whatever a dialog asks.

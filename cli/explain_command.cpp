@@ -1,0 +1,175 @@
+// `marrowfen explain`: how the exporter reads the names of a scene. Nothing is made of it.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "builder/scene_reading.h"
+#include "builder/tags.h"
+#include "cli/command.h"
+#include "cli/plugin_session.h"
+#include "ground/at.h"
+#include "shape/shape_words.h"
+
+namespace marrowfen::cli {
+
+namespace {
+
+std::string listed(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+std::string tagLines(const std::string& fullName, TagRole role) {
+    const TagSplit tags = splitTags(fullName, role);
+    std::string text;
+    if (!tags.understood.empty()) text += "  tags understood: " + listed(tags.understood) + "\n";
+    if (!tags.unknown.empty()) text += "  tags not understood: " + listed(tags.unknown) + "\n";
+    return text;
+}
+
+// The warnings about a layer, node or clip, each once: things of one name share them.
+class Warnings {
+public:
+    explicit Warnings(const std::vector<Message>& messages) : messages_(messages), isSaid_(messages.size()) {}
+
+    std::string about(Message::Place place, const std::string& name) {
+        return linesOf([&](const Message& m) { return m.place == place && m.name == name; }, "  ");
+    }
+    std::string others() {
+        return linesOf([&](const Message& m) { return !isSaid_[static_cast<size_t>(&m - messages_.data())]; }, "");
+    }
+
+private:
+    template <class Wanted>
+    std::string linesOf(Wanted isWanted, const char* indent) {
+        std::vector<std::string> lines;
+        for (size_t i = 0; i < messages_.size(); ++i) {
+            const Message& message = messages_[i];
+            if (!isWanted(message)) continue;
+            isSaid_[i] = true;
+            const std::string line = std::string(indent) + "warning: " + message.kind->headline + ": " + message.text;
+            if (std::find(lines.begin(), lines.end(), line) == lines.end()) lines.push_back(line);
+        }
+        std::string text;
+        for (const std::string& line : lines) text += line + "\n";
+        return text;
+    }
+
+    const std::vector<Message>& messages_;
+    std::vector<bool> isSaid_;
+};
+
+std::string detailText(const LayerInfo& layer) {
+    std::string text = "detail level, " + (layer.size < 0 ? "no size" : std::to_string(layer.size) + " pixels");
+    if (layer.autoLod) return text + ", a copy with " + std::to_string(layer.autoLodPercent) + " % of the triangles";
+    if (layer.sort) return text + ", sorted";
+    return layer.strip ? text : text + ", single triangles";
+}
+
+std::string collisionText(CollisionType type) {
+    if (type == CollisionType::BoxCollision) return "collision box around everything visible";
+    if (type == CollisionType::CylinderCollision) return "collision prism around everything visible";
+    return "collision mesh";
+}
+
+std::string roleText(const LayerReading& layer) {
+    switch (layer.role) {
+        case LayerRole::Detail:
+            return detailText(layer.info);
+        case LayerRole::Collision:
+            return collisionText(layer.info.collisionType);
+        case LayerRole::LosCollision:
+            return "line-of-sight " + collisionText(layer.info.collisionType);
+        case LayerRole::Bounds:
+            return layer.info.polys.empty() ? "texture options" : "bounds of the shape, texture options";
+        case LayerRole::Nodes:
+            return "markers";
+        case LayerRole::Unused:
+            break;
+    }
+    return "left out";
+}
+
+TagRole tagRole(LayerRole role) {
+    switch (role) {
+        case LayerRole::Collision:
+        case LayerRole::LosCollision:
+            return TagRole::CollisionLayer;
+        case LayerRole::Bounds:
+            return TagRole::BoundsLayer;
+        case LayerRole::Nodes:
+            return TagRole::None;
+        case LayerRole::Detail:
+        case LayerRole::Unused:
+            break;
+    }
+    return TagRole::DetailLayer;
+}
+
+std::string layerText(const LayerReading& layer, Warnings& warnings) {
+    const std::string& name = layer.info.name;
+    std::string text = "layer " + std::to_string(layer.slot) + " \"" + name + "\": " + roleText(layer) + "\n";
+    std::vector<std::string> polyhedra, skeletons;
+    for (const PolyInfo& poly : layer.info.polys) polyhedra.push_back(poly.name);
+    for (const SceneNode& skeleton : layer.info.skeletons) skeletons.push_back(skeleton.name());
+    if (!polyhedra.empty()) text += "  polyhedra: " + listed(polyhedra) + "\n";
+    if (!skeletons.empty()) text += "  skeletons: " + listed(skeletons) + "\n";
+    return text + tagLines(name, tagRole(layer.role)) + warnings.about(Message::Place::Layer, name);
+}
+
+std::string nodesText(const SceneScan& scan, Warnings& warnings) {
+    std::string text;
+    for (const BoneInfo& bone : scan.bones) {
+        text += "node \"" + bone.name + "\": bone";
+        if (bone.parent >= 0) text += " on \"" + at(scan.bones, bone.parent).name + "\"";
+        text += "\n" + warnings.about(Message::Place::Node, bone.name);
+    }
+    for (const MarkerInfo& marker : scan.markers) {
+        text += "node \"" + marker.name + "\": marker\n" + warnings.about(Message::Place::Node, marker.name);
+    }
+    return text;
+}
+
+std::string clipText(const ClipInfo& clip, Warnings& warnings) {
+    std::string text = "clip \"" + clip.fullName + "\": sequence \"" + clip.name + "\", " +
+                       std::to_string(truncatedToInt32(clip.length)) + " keys at " + std::to_string(clip.fps) +
+                       " a second, priority " + std::to_string(clip.priority);
+    for (const std::string& word : flagWords(clip.flags, kSequenceFlagWords)) text += ", " + word;
+    return text + "\n" + tagLines(clip.fullName, TagRole::Clip) + warnings.about(Message::Place::Clip, clip.name);
+}
+
+std::string explanation(const SceneReading& reading) {
+    Warnings warnings(reading.messages);
+    std::string text;
+    for (const LayerReading& layer : reading.scan.layers) text += layerText(layer, warnings);
+    text += nodesText(reading.scan, warnings);
+    for (const ClipInfo& clip : reading.scan.clips) text += clipText(clip, warnings);
+    text += warnings.others();
+    return reading.error.empty() ? text : text + "an export of the shape is refused: " + reading.error + "\n";
+}
+
+Outcome explain(const std::string& path, const SceneOptions& loading, const Session& session) {
+    standin::LoadResult loaded = loadScene(path, loading);
+    if (!loaded.scene) return {UnreadableInput, loaded.error};
+    for (const std::string& warning : loaded.warnings) session.warning(warning);
+    MessageUser user;
+    PluginSession plugin(std::move(*loaded.scene), user);
+    if (!plugin.openPanel()) return {Refused, path + ": " + user.message()};
+    return printResult(explanation(readScene()));
+}
+
+}  // namespace
+
+void addExplainCommand(CLI::App& app, Session& session) {
+    CLI::App* command =
+        app.add_subcommand("explain", "tell how each layer, node and clip of a scene is read; makes nothing of it");
+    const auto path = std::make_shared<std::string>();
+    const auto loading = std::make_shared<SceneOptions>();
+    command->add_option("SCENE", *path, "a *.scene.json file, or a model (glTF, FBX, OBJ, ...)")->required();
+    loading->addTo(*command);
+    onRun(*command, session, [path, loading, &session] { return explain(*path, *loading, session); });
+}
+
+}  // namespace marrowfen::cli
