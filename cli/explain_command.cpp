@@ -8,6 +8,7 @@
 #include "builder/tags.h"
 #include "cli/command.h"
 #include "cli/plugin_session.h"
+#include "cli/scene_options.h"
 #include "ground/at.h"
 #include "shape/shape_words.h"
 
@@ -15,7 +16,7 @@ namespace marrowfen::cli {
 
 namespace {
 
-std::string listed(const std::vector<std::string>& words) {
+std::string commaSeparated(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
     return text;
@@ -24,8 +25,8 @@ std::string listed(const std::vector<std::string>& words) {
 std::string tagLines(const std::string& fullName, TagRole role) {
     const TagSplit tags = splitTags(fullName, role);
     std::string text;
-    if (!tags.understood.empty()) text += "  tags understood: " + listed(tags.understood) + "\n";
-    if (!tags.unknown.empty()) text += "  tags not understood: " + listed(tags.unknown) + "\n";
+    if (!tags.understood.empty()) text += "  tags understood: " + commaSeparated(tags.understood) + "\n";
+    if (!tags.unknown.empty()) text += "  tags not understood: " + commaSeparated(tags.unknown) + "\n";
     return text;
 }
 
@@ -114,8 +115,8 @@ std::string layerText(const LayerReading& layer, Warnings& warnings) {
     std::vector<std::string> polyhedra, skeletons;
     for (const PolyInfo& poly : layer.info.polys) polyhedra.push_back(poly.name);
     for (const SceneNode& skeleton : layer.info.skeletons) skeletons.push_back(skeleton.name());
-    if (!polyhedra.empty()) text += "  polyhedra: " + listed(polyhedra) + "\n";
-    if (!skeletons.empty()) text += "  skeletons: " + listed(skeletons) + "\n";
+    if (!polyhedra.empty()) text += "  polyhedra: " + commaSeparated(polyhedra) + "\n";
+    if (!skeletons.empty()) text += "  skeletons: " + commaSeparated(skeletons) + "\n";
     return text + tagLines(name, tagRole(layer.role)) + warnings.about(Message::Place::Layer, name);
 }
 
@@ -151,7 +152,8 @@ std::string explanation(const SceneReading& reading) {
 }
 
 Outcome explain(const std::string& path, const SceneOptions& loading, const Session& session) {
-    standin::LoadResult loaded = loadScene(path, loading);
+    if (const Outcome checked = checkOptions(path, loading); !checked.good()) return checked;
+    standin::ImportResult loaded = loadScene(path, loading);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
     for (const std::string& warning : loaded.warnings) session.warning(warning);
     MessageUser user;

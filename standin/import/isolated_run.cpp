@@ -27,7 +27,7 @@ constexpr int kOutOfMemory = 90;
 constexpr int kThrew = 91;
 
 // A sanitizer's runtime reserves terabytes of address space, which a limit on it would forbid.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef MARROWFEN_SANITIZED
 constexpr bool kLimitsAddressSpace = false;
 #else
 constexpr bool kLimitsAddressSpace = true;

@@ -33,7 +33,7 @@ TEST(IsolatedRun, EveryEndIsToldApart) {
              return std::string();
          }},
         {"after 1 s", [] { return std::to_string(sleep(60)); }, 1},
-#ifndef __SANITIZE_ADDRESS__
+#ifndef MARROWFEN_SANITIZED
         {"2048 MB", [] { return std::string(size_t{3} << 30, 'x'); }},
 #endif
     };

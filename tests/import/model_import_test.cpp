@@ -369,7 +369,7 @@ TEST(ModelImport, FormsOfGltfNumbersAreAllTheSame) {
         Gltf gltf;
         nlohmann::json primitive;
         entry.fill(gltf, primitive);
-        gltf.json["meshes"] = {{{"primitives", {primitive}}}};
+        gltf.json["meshes"] = {{{"primitives", nlohmann::json::array({primitive})}}};
         gltf.json["nodes"] = {{{"name", "n"}, {"mesh", 0}}};
         gltf.json["scenes"] = {{{"nodes", {0}}}};
         const Polyhedron mesh = importText("a.gltf", gltf.text()).nodes.at(0).polyhedron;

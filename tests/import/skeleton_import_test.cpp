@@ -76,7 +76,7 @@ Gltf arm(const json& armature) {
     json wave = {{"name", "wave:blend"}};
     gltf.animate(wave, 1, "translation", times, gltf.points({0, 0, 0, 3, 0, 0}));
     gltf.animate(wave, 2, "rotation", times, gltf.fours({0, 0, 0, 1, 0, 0, r, r}));
-    gltf.json["animations"] = {wave};
+    gltf.json["animations"] = json::array({wave});
     return gltf;
 }
 
