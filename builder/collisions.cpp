@@ -1,8 +1,9 @@
 #include <utility>
 
 #include "builder/collision_primitives.h"
-#include "builder/mesh_limits.h"
+#include "builder/layer_mesh.h"
 #include "builder/passes.h"
+#include "builder/refusals.h"
 #include "ground/at.h"
 #include "host/poly_to_mesh.h"
 
@@ -103,6 +104,9 @@ void CollisionPass::addLayers(MaterialConversion& materials) {
     // Its name comes before those of its levels, also when the pass is refused.
     Shape::Object object = newObject(count32(shape_.meshes));
     if (layers_.size() > kMostLayers) {
+        notices_.tellRefusal(
+            kCollisionLayers, layers_.back().name,
+            "there are " + std::to_string(layers_.size()) + " such layers, the last being " + layers_.back().name);
         shape_.setError(words_.limitMessage);
         return;
     }
@@ -110,8 +114,8 @@ void CollisionPass::addLayers(MaterialConversion& materials) {
     int number = words_.firstNumber;
     for (const LayerInfo& layer : layers_) {
         if (layer.collisionType != CollisionType::MeshCollision) continue;
-        Mesh mesh = PolyToMesh(layer.polys, layer.sort, object.node, materials, log_);
-        if (!mesh.hasError()) mesh.setError(fileLimitError(mesh, layer.name));
+        Mesh mesh = layerMesh(layer, object.node, materials, notices_);
+        if (!mesh.hasError()) mesh.setError(fileLimitError(mesh, layer, LayerRole::Collision, notices_));
         if (mesh.hasError()) {
             shape_.setError(mesh.error());
             return;

@@ -3,6 +3,7 @@
 // What the builder tells: the export log's lines, and beside those that an artist should know of, messages.
 
 #include <ostream>
+#include <string>
 #include <string_view>
 
 #include "ground/message.h"
@@ -51,6 +52,11 @@ public:
     // A message without a line in the log.
     void tell(const Message& message) {
         if (listener_) listener_(message);
+    }
+
+    // What is in the way of a layer that ends the build; the error itself is the shape's.
+    void tellRefusal(const MessageKind& kind, const std::string& layer, const std::string& facts) {
+        tell({&kind, layer.empty() ? Message::Place::Scene : Message::Place::Layer, layer, facts});
     }
 
     // A line of the log, and the message that says the same.

@@ -1,8 +1,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "builder/mesh_limits.h"
+#include "builder/layer_mesh.h"
 #include "builder/passes.h"
+#include "builder/refusals.h"
 #include "ground/at.h"
 #include "host/poly_to_mesh.h"
 #include "shape/drawn_triangles.h"
@@ -25,6 +26,7 @@ private:
     void createMesh(size_t level);
     Mesh decimatedCopy(size_t level);
     void convertLayer(size_t level);
+    void tellFault(const MessageKind& kind, const LayerInfo& layer);
     void moveToNodeSpace(Mesh& mesh, const LayerInfo& layer);
     void tellLostArea(const LayerInfo& layer, double given, double drawn);
 
@@ -93,6 +95,7 @@ void ObjectPass::createMesh(size_t level) {
     const LayerInfo& layer = detailLayers_[level];
     if (layer.autoLod) {
         shape_.meshes.push_back(decimatedCopy(level));
+        tellFault(kNotDecimated, layer);
     } else {
         convertLayer(level);
     }
@@ -101,8 +104,9 @@ void ObjectPass::createMesh(size_t level) {
     if (!mesh.hasError() && mesh.type != MeshType::Sorted && layer.strip) {
         log_ << "Tristripping mesh..." << std::endl;
         mesh.strip();
+        tellFault(kNotStripped, layer);
     }
-    if (!mesh.hasError()) mesh.setError(fileLimitError(mesh, layer.name));
+    if (!mesh.hasError()) mesh.setError(fileLimitError(mesh, layer, LayerRole::Detail, notices_));
     if (mesh.hasError()) shape_.setError(mesh.error());
 }
 
@@ -125,11 +129,23 @@ Mesh ObjectPass::decimatedCopy(size_t level) {
     return copy;
 }
 
+// An algorithm that gave up on the last mesh: most probably because of a face that isn't one.
+void ObjectPass::tellFault(const MessageKind& kind, const LayerInfo& layer) {
+    if (!shape_.meshes.back().hasError()) return;
+    const LayerInfo& source = layer.autoLod ? detailLayers_.front() : layer;
+    const std::string face = oddFace(source.polys, source.name);
+    if (face.empty()) {
+        notices_.tellRefusal(kind, layer.name, "layer " + layer.name);
+    } else {
+        notices_.tellRefusal(kBadFace, source.name, face);
+    }
+}
+
 void ObjectPass::convertLayer(size_t level) {
     const LayerInfo& layer = detailLayers_[level];
     // Vertices without a bone hang on "Root" in every layer, so that all detail levels come out alike.
     const int32_t root = count32(shape_.nodes) - 1;
-    shape_.meshes.push_back(PolyToMesh(layer.polys, layer.sort, root, materials_, log_));
+    shape_.meshes.push_back(layerMesh(layer, root, materials_, notices_));
     Mesh& mesh = shape_.meshes.back();
     if (mesh.hasError()) return;
 
@@ -140,6 +156,7 @@ void ObjectPass::convertLayer(size_t level) {
         log_ << "Sorting mesh..." << std::endl;
         const double given = drawnArea(mesh);
         shape_.sortMesh(mesh);
+        tellFault(kNotSorted, layer);
         tellLostArea(layer, given, drawnArea(mesh));
     }
 }
@@ -174,10 +191,16 @@ void ObjectPass::moveToNodeSpace(Mesh& mesh, const LayerInfo& layer) {
 
 }  // namespace
 
-void checkDetailLayers(const std::vector<LayerInfo>& detailLayers, Shape& shape) {
+void checkDetailLayers(const std::vector<LayerInfo>& detailLayers, Shape& shape, Notices& notices) {
     if (detailLayers.empty()) {
+        notices.tellRefusal(kNoMeshes, "", "no layer is a detail level");
         shape.setError("No meshes found to export");
     } else if (detailLayers.front().autoLod) {
+        const LayerInfo& layer = detailLayers.front();
+        notices.tellRefusal(
+            kAutoLodFirst, layer.name,
+            "layer " + layer.name + " is a copy and comes first, " +
+                (layer.size < 0 ? "no layer having a size" : "with a size of " + std::to_string(layer.size)));
         shape.setError("Highest size mesh cannot be autolod mesh");
     }
 }

@@ -21,7 +21,7 @@ Shape::Pose markerPose(const MarkerInfo& marker);                        // in s
 
 // The visible object, with a mesh and a detail level a layer (builder/objects.cpp). The layers that are checked are
 // not empty, and the first of them has a mesh of its own.
-void checkDetailLayers(const std::vector<LayerInfo>& detailLayers, Shape& shape);
+void checkDetailLayers(const std::vector<LayerInfo>& detailLayers, Shape& shape, Notices& notices);
 void createObjects(const std::vector<LayerInfo>& detailLayers, MaterialConversion& materials, Shape& shape,
                    Notices& notices);
 // Tells of layers that no engine shows, and of tags that spoil each other.

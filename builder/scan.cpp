@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "builder/refusals.h"
 #include "builder/tags.h"
 #include "ground/ascii.h"
 #include "ground/at.h"
@@ -120,12 +121,31 @@ void LayerScan::categorize(SceneScan& scan) {
     log << "End categorization" << std::endl << std::endl;
 }
 
-// Why the only polyhedron of a bounds layer can't be the shape's bounds; empty when it can.
-std::string boundsError(const LayerInfo& layer, const SceneScan& scan) {
-    if (layer.polys.size() > 1) return "More than one bounds object found, there can be only one!";
-    if (scan.boundsObject) return "More than one bounds layers found, there can be only one!";
-    const bool isCube = layer.polys.front().node.vertexCount() == kBoundsVertices;
-    return isCube ? "" : "Bounds object can only be a cube.";
+std::string namesOf(const std::vector<PolyInfo>& polys) {
+    std::string names;
+    for (const PolyInfo& poly : polys) names += (names.empty() ? "" : ", ") + poly.name;
+    return names;
+}
+
+// Why the polyhedra of a bounds layer can't be the shape's bounds; empty when they can.
+std::string boundsError(const LayerInfo& layer, const SceneScan& scan, Notices& notices) {
+    const std::string place = "layer " + layer.name;
+    if (layer.polys.size() > 1) {
+        notices.tellRefusal(kBoundsObjects, layer.name, place + " holds " + namesOf(layer.polys));
+        return "More than one bounds object found, there can be only one!";
+    }
+    const PolyInfo& poly = layer.polys.front();
+    if (scan.boundsObject) {
+        notices.tellRefusal(
+            kBoundsLayers, layer.name,
+            place + " holds " + poly.name + ", and an earlier bounds layer " + scan.boundsObject.name());
+        return "More than one bounds layers found, there can be only one!";
+    }
+    const int32_t vertices = poly.node.vertexCount();
+    if (vertices == kBoundsVertices) return {};
+    notices.tellRefusal(kBoundsShape, layer.name,
+                        "polyhedron " + poly.name + " on " + place + " has " + std::to_string(vertices) + " vertices");
+    return "Bounds object can only be a cube.";
 }
 
 // A detail layer of whose name one or two letters are missing, too many or wrong for another role.
@@ -151,7 +171,7 @@ LayerRole LayerScan::categorizeLayer(LayerInfo& layer, SceneScan& scan) {
     }
     if (beginsWithIgnoringCase(name, "bounds")) {
         if (!layer.polys.empty()) {
-            scan.error = boundsError(layer, scan);
+            scan.error = boundsError(layer, scan, notices_);
             if (!scan.error.empty()) return LayerRole::Unused;
             scan.boundsObject = layer.polys.front().node;
         }

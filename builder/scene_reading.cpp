@@ -18,7 +18,7 @@ SceneReading readScene() {
     Shape shape;
     shape.setError(reading.scan.error);
     if (!shape.hasError()) {
-        checkDetailLayers(reading.scan.detailLayers, shape);
+        checkDetailLayers(reading.scan.detailLayers, shape, notices);
         tellUselessLayers(reading.scan.detailLayers, notices);
         createNodes(reading.scan.bones, reading.scan.markers, shape, notices);
         for (const ClipInfo& clip : reading.scan.clips) checkClip(clip, shape, notices);

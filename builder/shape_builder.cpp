@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "builder/passes.h"
+#include "builder/refusals.h"
 #include "builder/scan.h"
 #include "ground/at.h"
 #include "host/animation.h"
@@ -35,10 +36,16 @@ void tellFacesWithoutTexture(const Shape& shape, Notices& notices) {
 }
 
 // The box around the object where it stands in the scene.
-void takeBoundsOf(const SceneNode& object, Shape& shape) {
+void takeBoundsOf(const SceneNode& object, Shape& shape, Notices& notices) {
     const PlacedVertices vertices(object, object.name());
-    if (!vertices.error().empty()) return shape.setError(vertices.error());
-    if (vertices.count() == 0) return shape.setError("Bounds object can only be a cube.");
+    if (!vertices.error().empty()) {
+        notices.tellRefusal(kBadPolyhedron, "", "polyhedron " + object.name() + " of the bounds layer");
+        return shape.setError(vertices.error());
+    }
+    if (vertices.count() == 0) {
+        notices.tellRefusal(kBoundsShape, "", "polyhedron " + object.name() + " has no vertices");
+        return shape.setError("Bounds object can only be a cube.");
+    }
     shape.bounds = emptyBox();
     for (int32_t v = 0; v < vertices.count(); ++v) widen(shape.bounds, vertices[v]);
 }
@@ -59,7 +66,7 @@ void createGeometry(const SceneScan& scan, Shape& shape, Notices& notices) {
     tellFacesWithoutTexture(shape, notices);
 
     if (scan.boundsObject) {
-        takeBoundsOf(scan.boundsObject, shape);
+        takeBoundsOf(scan.boundsObject, shape, notices);
     } else {
         shape.computeBounds();
     }
@@ -71,7 +78,7 @@ void build(ExportMode mode, Shape& shape, Notices& notices) {
     const SceneScan scan = scanScene(notices);
     shape.setError(scan.error);
     const bool hasGeometry = mode != ExportMode::SequencesOnly;
-    if (!shape.hasError() && hasGeometry) checkDetailLayers(scan.detailLayers, shape);
+    if (!shape.hasError() && hasGeometry) checkDetailLayers(scan.detailLayers, shape, notices);
     if (shape.hasError()) return;
     createNodes(scan.bones, scan.markers, shape, notices);
     if (hasGeometry) createGeometry(scan, shape, notices);

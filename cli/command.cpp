@@ -22,6 +22,10 @@ void line(const char* color, const char* label, const std::string& text) {
 
 void Session::error(const std::string& text) const { line("\033[31m", "error: ", text); }
 
+void Session::hint(const std::string& text) const {
+    if (!quiet) line("\033[36m", "hint: ", text);
+}
+
 void Session::warning(const std::string& text) const {
     if (!quiet) line("\033[33m", "warning: ", text);
 }
@@ -65,6 +69,7 @@ void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& 
     command.callback([run, &session] {
         const Outcome outcome = run();
         if (!outcome.error.empty()) session.error(outcome.error);
+        if (!outcome.hint.empty()) session.hint(outcome.hint);
         session.exitCode = outcome.code;
     });
 }

@@ -23,7 +23,8 @@ enum ExitCode : int {
 // How something that a sub-command does ended, and how the sub-command itself ends.
 struct Outcome {
     ExitCode code = Done;
-    std::string error;  // one line for standard error, naming the file and the place; empty where nothing is wrong
+    std::string error;   // one line for standard error, naming the file and the place; empty where nothing is wrong
+    std::string hint{};  // what is in the way and the way out, for the line after it; empty for none
 
     bool good() const { return code == Done; }
 };
@@ -37,6 +38,7 @@ struct Session {
     // One line on standard error each. Notes are left out under -q, details unless -v is given; colour only on a
     // terminal without NO_COLOR.
     void error(const std::string& text) const;
+    void hint(const std::string& text) const;
     void warning(const std::string& text) const;
     void note(const std::string& text) const;
     void detail(const std::string& text) const;

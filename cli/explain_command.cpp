@@ -7,6 +7,7 @@
 #include "builder/scene_reading.h"
 #include "builder/tags.h"
 #include "cli/command.h"
+#include "cli/export_report.h"
 #include "cli/plugin_session.h"
 #include "cli/scene_options.h"
 #include "ground/at.h"
@@ -48,7 +49,7 @@ private:
         std::vector<std::string> lines;
         for (size_t i = 0; i < messages_.size(); ++i) {
             const Message& message = messages_[i];
-            if (!isWanted(message)) continue;
+            if (message.kind->severity != Severity::Warning || !isWanted(message)) continue;
             isSaid_[i] = true;
             const std::string line = std::string(indent) + "warning: " + message.kind->headline + ": " + message.text;
             if (std::find(lines.begin(), lines.end(), line) == lines.end()) lines.push_back(line);
@@ -148,7 +149,9 @@ std::string explanation(const SceneReading& reading) {
     text += nodesText(reading.scan, warnings);
     for (const ClipInfo& clip : reading.scan.clips) text += clipText(clip, warnings);
     text += warnings.others();
-    return reading.error.empty() ? text : text + "an export of the shape is refused: " + reading.error + "\n";
+    if (reading.error.empty()) return text;
+    return text + "an export of the shape is refused: " + reading.error + "\n  hint: " + refusalHint(reading.messages) +
+           "\n";
 }
 
 Outcome explain(const std::string& path, const SceneOptions& loading, const Session& session) {

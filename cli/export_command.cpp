@@ -108,12 +108,12 @@ Outcome pressExport(standin::Scene scene, const ExportOptions& options, ExportUs
 }
 
 Outcome deliverRefusal(const OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
-                       const Session& session) {
+                       const std::string& hint, const Session& session) {
     if (!readWholeFile(folder.log()).ends_with("Error: " + user.error())) {
         return {UnwritableOutput, options.output + ".log: incomplete: " + folder.writeFault()};
     }
     if (const Outcome delivered = folder.deliverLog(); !delivered.good()) session.warning(delivered.error);
-    return {Refused, options.scene + ": " + user.error()};
+    return {Refused, options.scene + ": " + user.error(), hint};
 }
 
 // The exporter doesn't look at the results of its writes, so the files themselves have to tell: the log by its last
@@ -159,7 +159,7 @@ Outcome runExport(const ExportOptions& options, const Session& session) {
     if (!pressed.good()) return pressed;
     if (!user.error().empty()) {
         for (const std::string& warning : loaded.warnings) session.warning(warning);
-        return deliverRefusal(folder, options, user, session);
+        return deliverRefusal(folder, options, user, refusalHint(messages), session);
     }
     std::string summary;
     const Outcome delivered = deliver(folder, options, summary);

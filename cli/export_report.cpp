@@ -47,6 +47,13 @@ std::string exportSummary(const std::string& output, const Shape& shape, bool is
     return text;
 }
 
+std::string refusalHint(const std::vector<Message>& messages) {
+    for (const Message& message : messages) {
+        if (message.kind->severity == Severity::Error) return message.text + ": " + message.kind->headline;
+    }
+    return {};
+}
+
 std::vector<std::string> groupedWarnings(const std::vector<Message>& messages) {
     std::vector<std::string> warnings;
     for (const MessageKind* kind : kExportMessageKinds) {

@@ -1,5 +1,7 @@
 #include "host/poly_to_mesh.h"
 
+#include <utility>
+
 #include "ground/at.h"
 #include "mesh/normal_encoding.h"
 
@@ -35,6 +37,35 @@ std::set<int32_t> nodesBoundTo(const std::vector<PolyInfo>& polys, int32_t defau
     return nodes;
 }
 
+namespace {
+
+// What is wrong with the face; empty for a good one.
+std::string faceFault(const HostFace& face) {
+    if (face.cornerCount() < 3) return "has " + std::to_string(face.cornerCount()) + " corners";
+    std::set<std::pair<int32_t, int32_t>> seen;
+    for (int16_t c = 0; c < face.cornerCount(); ++c) {
+        const auto [vertex, uv] = face.corner(c);
+        if (!seen.emplace(vertex, uv).second) return "names vertex " + std::to_string(vertex) + " twice";
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string oddFace(const std::vector<PolyInfo>& polys, const std::string& layerName) {
+    for (const PolyInfo& poly : polys) {
+        const std::vector<HostFace> faces = facesOf(poly.node);
+        for (size_t f = 0; f < faces.size(); ++f) {
+            const std::string fault = faceFault(faces[f]);
+            if (!fault.empty()) {
+                return "face " + std::to_string(f) + " of polyhedron " + poly.name + " on layer " + layerName + " " +
+                       fault;
+            }
+        }
+    }
+    return {};
+}
+
 // One polyhedron on its way into the mesh, and the corners of it that are mesh vertices already.
 struct PolyToMesh::HostPoly {
     HostPoly(const PolyInfo& info, int32_t positionInLayer, int32_t defaultNode)
@@ -53,7 +84,10 @@ struct PolyToMesh::HostPoly {
 PolyToMesh::PolyToMesh(const std::vector<PolyInfo>& polys, bool sorted, int32_t defaultNode,
                        MaterialConversion& materials, std::ostream& log) {
     log << "Preparing to export " << polys.size() << " poly to mesh..." << std::endl;
-    for (int32_t i = 0; i < count32(polys); ++i) addPoly(at(polys, i), i, defaultNode, materials, log);
+    for (int32_t i = 0; i < count32(polys); ++i) {
+        addPoly(at(polys, i), i, defaultNode, materials, log);
+        if (hasError() && faultyPoly_ < 0) faultyPoly_ = i;
+    }
 
     if (sorted) {
         type = MeshType::Sorted;
@@ -82,6 +116,7 @@ void PolyToMesh::addPoly(const PolyInfo& info, int32_t position, int32_t default
     for (int32_t f = 0; f < poly.copy.faceCount(); ++f) {
         const HostFace face = poly.copy.face(f);
         addFace(poly, face, materials.faceMaterial(poly.copy.node(), face.material()));
+        if (hasError() && faultyPoly_ < 0 && faultyFace_ < 0) faultyFace_ = f;
     }
 }
 

@@ -29,6 +29,10 @@ struct PolyInfo {
 // The nodes that the vertices of the polyhedra's faces hang on. defaultNode: that of vertices without an influence.
 std::set<int32_t> nodesBoundTo(const std::vector<PolyInfo>& polys, int32_t defaultNode);
 
+// The first face of the polyhedra that has less than three corners or the same corner twice, in words: "face 3 of
+// polyhedron hull on layer Detail names vertex 7 twice", faces and vertices counted from 0. Empty for none.
+std::string oddFace(const std::vector<PolyInfo>& polys, const std::string& layerName);
+
 // Some polyhedra as one mesh, in scene space: triangulated by the host, corners with equal vertex and texture
 // coordinate merged, every face a primitive of its own, every vertex bound to one shape node.
 //
@@ -41,6 +45,10 @@ public:
     PolyToMesh(const std::vector<PolyInfo>& polys, bool sorted, int32_t defaultNode, MaterialConversion& materials,
                std::ostream& log);
 
+    // Where an error came up: positions of the polyhedron and, if it lies in one, of the face; -1 for none.
+    int32_t faultyPoly() const { return faultyPoly_; }
+    int32_t faultyFace() const { return faultyFace_; }
+
 private:
     struct HostPoly;
 
@@ -50,6 +58,8 @@ private:
     uint32_t cornerVertex(HostPoly& poly, int32_t vertex, int32_t uv);
     void addVertex(const HostPoly& poly, int32_t vertex, int32_t uv);
 
+    int32_t faultyPoly_ = -1;
+    int32_t faultyFace_ = -1;
     std::unordered_map<int32_t, int32_t> slotOfNode_;  // what boneSlot() answered
 };
 

@@ -26,13 +26,17 @@ inline standin::Scene sceneOf(const std::string& members) {
 struct Build {
     explicit Build(const standin::Scene& scene, ExportMode mode = ExportMode::ShapeOnly) : host(scene) {
         host.recordCalls();
-        shape = std::make_unique<ShapeBuilder>(log, mode);
+        shape = std::make_unique<ShapeBuilder>(log, mode, [this](const Message& message) {
+            if (message.kind->severity == Severity::Error) inTheWay += message.kind->code + (" " + message.text);
+        });
+        EXPECT_EQ(inTheWay.empty(), !shape->hasError()) << shape->error();
         EXPECT_EQ(host.liveHandles(), 0);
         EXPECT_TRUE(host.faults().empty()) << host.faults().front();
     }
 
     standin::Host host;
     std::ostringstream log;
+    std::string inTheWay;  // what a refused build told beside its error: code and text
     std::unique_ptr<ShapeBuilder> shape;
 };
 

@@ -9,7 +9,10 @@ namespace {
 #define TRIANGLE(layer)                                                                                   \
     R"({"type": "polyhedron", "layer": )" #layer R"(, "vertices": [[0,0,0],[0,1,0],[1,0,0]], "faces": [)" \
     R"({"corners": [[0,0],[1,0],[2,0]]}]})"
-#define POINTS(layer, points) R"({"type": "polyhedron", "layer": )" #layer R"(, "vertices": [)" points "]}"
+#define POINTS(layer, points) R"({"type": "polyhedron", "name": "p", "layer": )" #layer R"(, "vertices": [)" points "]}"
+#define FACES(layer, faces)                                     \
+    R"({"type": "polyhedron", "name": "fan", "layer": )" #layer \
+    R"(, "vertices": [[0,0,0],[0,1,0],[1,0,0],[1,1,0]], "faces": [{"corners": [[0,0],[1,0],[2,0]]},)" faces "]}"
 #define SIX "[0,0,0],[1,0,0],[0,1,0],[1,1,0],[0,0,1],[1,0,1]"
 #define EIGHT SIX ",[0,1,1],[1,1,1]"
 
@@ -17,28 +20,43 @@ struct Refused {
     const char* layers;
     const char* nodes;
     const char* error;
+    const char* inTheWay;
     ExportMode mode = ExportMode::ShapeOnly;
 };
 
 const Refused kRefused[] = {
     {R"("hull", "bounds")", TRIANGLE(1) "," POINTS(2, EIGHT) "," POINTS(2, EIGHT),
-     "More than one bounds object found, there can be only one!"},
+     "More than one bounds object found, there can be only one!", "BOUNDS_OBJECTS layer bounds holds p, p"},
     {R"("bounds", "BOUNDS of it")", POINTS(1, EIGHT) "," POINTS(2, EIGHT),
-     "More than one bounds layers found, there can be only one!"},
+     "More than one bounds layers found, there can be only one!",
+     "BOUNDS_LAYERS layer BOUNDS of it holds p, and an earlier bounds layer p"},
     {R"("bounds", "bounds")", POINTS(1, EIGHT) "," POINTS(2, SIX),
-     "More than one bounds layers found, there can be only one!"},
-    {R"("hull", "bounds")", TRIANGLE(1) "," POINTS(2, SIX), "Bounds object can only be a cube."},
-    {R"("hull", "bounds")", POINTS(2, ""), "Bounds object can only be a cube.", ExportMode::SequencesOnly},
-    {R"("hull", "collision")", TRIANGLE(2), "No meshes found to export"},
-    {R"("collision a")", "", "No meshes found to export", ExportMode::ShapeWithAnimation},
-    {R"("hull:autolod=50")", TRIANGLE(1), "Highest size mesh cannot be autolod mesh"},
-    {R"("hull:size=8", "ghost:size=9,autolod=50")", TRIANGLE(1), "Highest size mesh cannot be autolod mesh"},
+     "More than one bounds layers found, there can be only one!",
+     "BOUNDS_LAYERS layer bounds holds p, and an earlier bounds layer p"},
+    {R"("hull", "bounds")", TRIANGLE(1) "," POINTS(2, SIX), "Bounds object can only be a cube.",
+     "BOUNDS_SHAPE polyhedron p on layer bounds has 6 vertices"},
+    {R"("hull", "bounds")", POINTS(2, ""), "Bounds object can only be a cube.",
+     "BOUNDS_SHAPE polyhedron p on layer bounds has 0 vertices", ExportMode::SequencesOnly},
+    {R"("hull", "collision")", TRIANGLE(2), "No meshes found to export", "NO_MESHES no layer is a detail level"},
+    {R"("collision a")", "", "No meshes found to export", "NO_MESHES no layer is a detail level",
+     ExportMode::ShapeWithAnimation},
+    {R"("hull:autolod=50")", TRIANGLE(1), "Highest size mesh cannot be autolod mesh",
+     "AUTOLOD_FIRST layer hull:autolod=50 is a copy and comes first, no layer having a size"},
+    {R"("hull:size=8", "ghost:size=9,autolod=50")", TRIANGLE(1), "Highest size mesh cannot be autolod mesh",
+     "AUTOLOD_FIRST layer ghost:size=9,autolod=50 is a copy and comes first, with a size of 9"},
     {R"("hull", "collision", "collision:box", "collision", "collision", "collision", "collision", "collision",)"
      R"( "collision", "collision")",
-     TRIANGLE(1), "The DTS format only supports up to 8 collision meshes."},
+     TRIANGLE(1), "The DTS format only supports up to 8 collision meshes.",
+     "COLLISION_LAYERS there are 9 such layers, the last being collision"},
     {R"("hull", "loscollision", "loscollision", "loscollision", "loscollision", "loscollision", "loscollision",)"
      R"( "loscollision", "loscollision", "loscollision")",
-     TRIANGLE(1), "The DTS format only supports up to 8 LOS collision meshes.", ExportMode::ShapeWithAnimation},
+     TRIANGLE(1), "The DTS format only supports up to 8 LOS collision meshes.",
+     "COLLISION_LAYERS there are 9 such layers, the last being loscollision", ExportMode::ShapeWithAnimation},
+    {R"("hull")", FACES(1, R"({"corners": [[2,0],[1,0],[1,0],[3,0]]})"), "Assertion failed when stripping (5)",
+     "BAD_FACE face 1 of polyhedron fan on layer hull names vertex 1 twice"},
+    {R"("hull:size=3", "low:autolod=100")", FACES(1, R"({"corners": [[2,0],[1,0],[1,0]]})"),
+     "Assertion failed when stripping (5)",
+     "BAD_FACE face 1 of polyhedron fan on layer hull:size=3 names vertex 1 twice"},
 };
 
 constexpr const char* kAnimated = R"("host": {"playMode": 3, "activeTime": 12.5}, "clips": [
@@ -50,6 +68,7 @@ TEST(RefusedScene, IsTheStatedErrorAndLeavesTheHostAsItWas) {
                                              R"(], "nodes": [)" + refused.nodes + "]");
         const Build build(scene, refused.mode);
         EXPECT_EQ(build.shape->error(), refused.error) << refused.layers;
+        EXPECT_EQ(build.inTheWay, refused.inTheWay) << refused.layers;
         EXPECT_TRUE(build.host.scene() == scene) << refused.layers;
     }
 }

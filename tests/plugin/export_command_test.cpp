@@ -75,7 +75,8 @@ TEST_F(CommandTest, EndsAsTheSituationAsks) {
               "warning: unknown tags: \"siez=64\" (did you mean \"size=64\"?), \"frob\"\n"
               "warning: layers without polyhedra, left out: Spare\nwarning: on no layer, left out: skeleton lost\n"},
              {"export odd.scene.json o.dts --strict", 5, "o.dts: 1 detail level"},
-             {"export refused.scene.json r.dts", 1, "error: refused.scene.json: No meshes found to export\n"},
+             {"export refused.scene.json r.dts", 1,
+              "error: refused.scene.json: No meshes found to export\nhint: no layer is a detail level: put what "},
              {"export old.scene.json a.dts", 1, "error: old.scene.json: This plug-in requires at least trueSpace 6.5"},
              {"export good.scene.json a.txt", 2, "a.txt ends neither in .dts nor in .dsq"},
              {"export good.scene.json .dts", 2, "neither"},
