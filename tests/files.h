@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -24,6 +25,13 @@ inline std::string readFile(const std::filesystem::path& path) {
 inline void writeFile(const std::filesystem::path& path, const std::string& content) {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << content;
+}
+
+// Compares with a text that a person has reviewed. A run with the environment variable MARROWFEN_REGENERATE set writes
+// it anew; what it wrote has to be reviewed before it is committed.
+inline void expectReviewed(const std::filesystem::path& file, const std::string& actual) {
+    if (std::getenv("MARROWFEN_REGENERATE") != nullptr) writeFile(file, actual);
+    EXPECT_EQ(readFile(file), actual) << file;
 }
 
 // An empty folder of a test's own, gone with it.

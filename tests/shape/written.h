@@ -1,9 +1,10 @@
 #pragma once
 
-// What the writers make of a shape.
+// What the writers make of a shape, and what the readers make of that.
 
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "shape/shape.h"
 
@@ -25,6 +26,29 @@ inline std::string dumpOf(const Shape& shape) {
     std::ostringstream out;
     shape.dumpText(out);
     return out.str();
+}
+
+inline Shape readDts(const std::string& bytes, std::string* surplus = nullptr) {
+    std::istringstream in(bytes);
+    Shape shape;
+    shape.readDts(in, surplus);
+    return shape;
+}
+
+inline Shape readDsq(const std::string& bytes, std::string* surplus = nullptr) {
+    std::istringstream in(bytes);
+    Shape shape;
+    shape.readDsq(in, surplus);
+    return shape;
+}
+
+// The little-endian words of 1, 2 or 4 bytes that the text consists of.
+inline std::vector<uint32_t> wordsOf(const std::string& bytes, size_t width = 4) {
+    std::vector<uint32_t> words(bytes.size() / width);
+    for (size_t i = 0; i < words.size() * width; ++i) {
+        words[i / width] |= uint32_t{static_cast<unsigned char>(bytes[i])} << 8 * (i % width);
+    }
+    return words;
 }
 
 }  // namespace marrowfen
