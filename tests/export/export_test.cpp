@@ -4,11 +4,9 @@
 //     mode: shape | shape with animation | sequences only
 //     show: SECTION, SECTION, ...
 //
-// where a section is "log" or one of shapeText(). Everything after them is the expected text, which a run with the
-// environment variable MARROWFEN_REGENERATE set writes anew; what it wrote has to be reviewed before it is committed.
+// where a section is "log" or one of shapeText(). Everything after them is the expected text.
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "builder/shape_builder.h"
 #include "standin/host/host.h"
@@ -73,12 +71,8 @@ class ExportOf : public testing::TestWithParam<std::string> {};
 TEST_P(ExportOf, GivesTheExpectedText) {
     const fs::path expectedFile = kFolder / (GetParam() + ".expected");
     const std::string expected = test::readFile(expectedFile);
-    const std::string actual =
-        exported(kFolder / (GetParam() + kSceneEnding), headerValue(expected, "mode"), headerValue(expected, "show"));
-    if (std::getenv("MARROWFEN_REGENERATE") != nullptr) {
-        test::writeFile(expectedFile, actual);
-    }
-    EXPECT_EQ(test::readFile(expectedFile), actual);
+    const std::string mode = headerValue(expected, "mode"), sections = headerValue(expected, "show");
+    test::expectReviewed(expectedFile, exported(kFolder / (GetParam() + kSceneEnding), mode, sections));
 }
 
 std::string testName(const testing::TestParamInfo<std::string>& info) {

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "standin/host/scene_file.h"
 #include "tests/files.h"
-#include "tests/plugin/panel_cases.h"
+#include "tests/standin/scene_of.h"
 
 namespace marrowfen::test {
 
@@ -12,19 +11,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A tetrahedron on the first of the layers, a marker that moves on the second, and a clip.
+std::string tetrahedron(const std::string& layers, const std::string& host = "", const std::string& nodes = "") {
+    return standin::sceneWith(R"("host": {)" + host + R"(}, "layers": [null, )" + layers + R"(],
+"materials": {"hull": {"texture": "hull.png"}}, "nodes": [
+{"type": "polyhedron", "layer": 1, "vertices": [[0, 0, 0], [2, 0, 0], [0, 2, 0], [0, 0, 2]], "materials": ["hull"], "faces": [
+ {"corners": [[0, 0], [1, 0], [2, 0]]}, {"corners": [[0, 0], [3, 0], [1, 0]]},
+ {"corners": [[0, 0], [2, 0], [3, 0]]}, {"corners": [[1, 0], [3, 0], [2, 0]]}]},
+{"type": "polyhedron", "name": "mast", "layer": 2, "vertices": []})" +
+                              nodes + R"(],
+"clips": [{"name": "sway:fps=10", "start": 0, "end": 8, "keys": {"mast": [{"frame": 0}, {"frame": 8, "location": [1, 0, 0]}]}}])");
+}
+
 struct CommandTest : testing::Test, TestFolder {
     CommandTest() {
-        write("good.scene.json", sceneText({}, ""));
-        PanelCase refused;
-        refused.layers = R"([null, "collision", "nodes"])";
-        write("refused.scene.json", sceneText(refused, ""));
-        PanelCase odd;
-        odd.layers = R"([null, "Hull:siez=64,sort,frob", "nodes", "Spare"])";
-        odd.nodes = R"(, {"type": "skeleton", "name": "lost"})";
-        write("odd.scene.json", sceneText(odd, ""));
-        PanelCase old;
-        old.host = R"("minor": 10)";
-        write("old.scene.json", sceneText(old, ""));
+        const std::string usual = R"("Detail:size=32", "nodes")";
+        write("good.scene.json", tetrahedron(usual));
+        write("refused.scene.json", tetrahedron(R"("collision", "nodes")"));
+        write("odd.scene.json", tetrahedron(R"("Hull:siez=64,sort,frob", "nodes", "Spare")", "",
+                                            R"(, {"type": "skeleton", "name": "lost"})"));
+        write("old.scene.json", tetrahedron(usual, R"("minor": 10)"));
         write("broken.scene.json", "{");
     }
 
