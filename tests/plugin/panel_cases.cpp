@@ -46,95 +46,56 @@ std::vector<PanelCase> makeCases() {
         cases.push_back(version(major, minor, false));
     }
 
-    // Opening and closing.
+    // Opening and closing. Whatever follows begins with a left click.
     cases.push_back({"deactivate_without_panel", {"right click", "deactivate", "look"}, {"panel closed"}});
-    cases.push_back({"second_click_keeps_the_panel",
-                     {"left click", "type mast", "left click", "look"},
-                     {"left click: 2", "left click: 2", "panel: name \"mast\", animation off, list []"}});
-    cases.push_back({"reopening_starts_afresh",
-                     {"left click", "press Animation", "type mast", "look", "close", "look", "left click", "look",
-                      "deactivate", "look"},
-                     {"left click: 2", "panel: name \"mast\", animation on, list [eye|mount0]", "panel closed",
-                      "left click: 2", "panel: name \"\", animation off, list [eye|mount0]", "panel closed"},
-                     {},
-                     {},
-                     {},
-                     "eye\r\nmount0\r\n"});
-    cases.push_back(
-        {"about_box", {"left click", "press About", "look"}, {"left click: 2", "about \"Dialog\"", kEmptyPanel}});
+    const auto add = [&](const char* name, const Lines& steps, const Lines& seen,
+                         const char* layers = "") -> PanelCase& {
+        return cases.emplace_back(
+            PanelCase{name, Lines{"left click"} + steps, Lines{"left click: 2"} + seen, "", layers});
+    };
+    add("second_click_keeps_the_panel", {"type mast", "left click", "look"},
+        {"left click: 2", "panel: name \"mast\", animation off, list []"});
+    add("reopening_starts_afresh",
+        {"press Animation", "type mast", "look", "close", "look", "left click", "look", "deactivate", "look"},
+        {"panel: name \"mast\", animation on, list [eye|mount0]", "panel closed", "left click: 2",
+         "panel: name \"\", animation off, list [eye|mount0]", "panel closed"})
+        .list = "eye\r\nmount0\r\n";
+    add("about_box", {"press About", "look"}, {"about \"Dialog\"", kEmptyPanel});
 
     // Exports.
-    cases.push_back({"cancelled_export_leaves_nothing",
-                     {"left click", "cancel", "press Export", "press Export DSQ"},
-                     {"left click: 2", kSaveDts, kSaveDsq}});
-    cases.push_back({"export_without_animation",
-                     {"left click", "save as ship.dts", "press Export"},
-                     Lines{"left click: 2", kSaveDts} + kGood + Lines{"file ship.dts", "file ship.dts.log"}});
-    cases.push_back({"export_with_animation",
-                     {"left click", "press Animation", "save as ship.dts", "press Export"},
-                     Lines{"left click: 2", kSaveDts} + kGood + Lines{"file ship.dts", "file ship.dts.log"}});
-    cases.push_back(
-        {"sequences_whatever_the_check_box_shows",
-         {"left click", "save as walk", "press Export DSQ", "press Animation", "save as walk2", "press Export DSQ"},
-         Lines{"left click: 2", kSaveDsq} + kGood + Lines{kSaveDsq} + kGood +
-             Lines{"file walk.dsq", "file walk.dsq.log", "file walk2.dsq", "file walk2.dsq.log"}});
-    cases.push_back({"extension_is_added_or_kept",
-                     {"left click", "save as ship", "press Export", "save as ship.old", "press Export"},
-                     Lines{"left click: 2", kSaveDts} + kGood + Lines{kSaveDts} + kGood +
-                         Lines{"file ship.dts", "file ship.dts.log", "file ship.old", "file ship.old.log"}});
-    cases.push_back(
-        {"second_export_replaces_the_first",
-         {"left click", "press Animation", "save as ship.dts", "press Export", "press Animation", "press Export"},
-         Lines{"left click: 2", kSaveDts} + kGood + Lines{kSaveDts, "replace: yes"} + kGood +
-             Lines{"file ship.dts", "file ship.dts.log"}});
-    cases.push_back(
-        {"refused_scene_leaves_a_log_only",
-         {"left click", "save as ship", "press Export"},
-         Lines{"left click: 2", kSaveDts} + refusal("No meshes found to export") + Lines{"file ship.dts.log"},
-         {},
-         R"([null, "collision", "nodes"])"});
+    const Lines shape = Lines{kSaveDts} + kGood, sequences = Lines{kSaveDsq} + kGood;
+    const Lines shipFiles = {"file ship.dts", "file ship.dts.log"};
+    add("cancelled_export_leaves_nothing", {"cancel", "press Export", "press Export DSQ"}, {kSaveDts, kSaveDsq});
+    add("export_without_animation", {"save as ship.dts", "press Export"}, shape + shipFiles);
+    add("export_with_animation", {"press Animation", "save as ship.dts", "press Export"}, shape + shipFiles);
+    add("sequences_whatever_the_check_box_shows",
+        {"save as walk", "press Export DSQ", "press Animation", "save as walk2", "press Export DSQ"},
+        sequences + sequences + Lines{"file walk.dsq", "file walk.dsq.log", "file walk2.dsq", "file walk2.dsq.log"});
+    add("extension_is_added_or_kept", {"save as ship", "press Export", "save as ship.old", "press Export"},
+        shape + shape + shipFiles + Lines{"file ship.old", "file ship.old.log"});
+    add("second_export_replaces_the_first",
+        {"press Animation", "save as ship.dts", "press Export", "press Animation", "press Export"},
+        shape + Lines{kSaveDts, "replace: yes"} + kGood + shipFiles);
+    add("refused_scene_leaves_a_log_only", {"save as ship", "press Export"},
+        Lines{kSaveDts} + refusal("No meshes found to export") + Lines{"file ship.dts.log"},
+        R"([null, "collision", "nodes"])");
 
     // The node helper.
-    cases.push_back({"node_on_the_layer_that_is_there",
-                     {"left click", "type eye", "press Add Node", "type eye", "press Add Node", "look"},
-                     {"left click: 2", "panel: name \"eye\", animation off, list []"},
-                     {},
-                     R"([null, "Layer 1", "NODES"])"});
-    cases.push_back({"node_on_the_lowest_such_layer",
-                     {"left click", "type eye", "press Add Node"},
-                     {"left click: 2"},
-                     {},
-                     R"([null, "Detail", null, "nodesA", "nodes"])"});
-    cases.push_back({"nodes_layer_is_made",
-                     {"left click", "type eye", "press Add Node"},
-                     {"left click: 2"},
-                     {},
-                     R"([null, "Detail", "node"])"});
-    cases.push_back({"nodes_layer_is_refused",
-                     {"left click", "type eye", "press Add Node"},
-                     {"left click: 2", "message \"Unable to create node layer.\" (Marrowfen, error, owner panel)"},
-                     {},
-                     R"([null, "Detail"])",
-                     {},
-                     {},
-                     true});
-    cases.push_back({"empty_name_adds_nothing", {"left click", "press Add Node"}, {"left click: 2"}});
-    cases.push_back({"name_is_cut_to_63_bytes",
-                     {"left click", "type " + std::string(70, 'x'), "press Add Node"},
-                     {"left click: 2"}});
-    cases.push_back({"added_node_is_exported",
-                     {"left click", "type eye", "press Add Node", "save as ship", "press Export"},
-                     Lines{"left click: 2", kSaveDts} + kGood + Lines{"file ship.dts", "file ship.dts.log"}});
+    add("node_on_the_layer_that_is_there", {"type eye", "press Add Node", "type eye", "press Add Node", "look"},
+        {"panel: name \"eye\", animation off, list []"}, R"([null, "Layer 1", "NODES"])");
+    add("node_on_the_lowest_such_layer", {"type eye", "press Add Node"}, {},
+        R"([null, "Detail", null, "nodesA", "nodes"])");
+    add("nodes_layer_is_made", {"type eye", "press Add Node"}, {}, R"([null, "Detail", "node"])");
+    add("nodes_layer_is_refused", {"type eye", "press Add Node"},
+        {"message \"Unable to create node layer.\" (Marrowfen, error, owner panel)"}, R"([null, "Detail"])")
+        .refuseNewLayers = true;
+    add("empty_name_adds_nothing", {"press Add Node"}, {});
+    add("name_is_cut_to_63_bytes", {"type " + std::string(70, 'x'), "press Add Node"}, {});
+    add("added_node_is_exported", {"type eye", "press Add Node", "save as ship", "press Export"}, shape + shipFiles);
 
     // Node lists.
     const auto listCase = [&](const std::string& name, const std::string& list, const std::string& shown) {
-        cases.push_back({"list_" + name,
-                         {"left click", "look"},
-                         {"left click: 2", "panel: name \"\", animation off, list [" + shown + "]"},
-                         {},
-                         {},
-                         {},
-                         list});
+        add(("list_" + name).c_str(), {"look"}, {"panel: name \"\", animation off, list [" + shown + "]"}).list = list;
     };
     listCase("empty", "", "");
     listCase("of_line_feeds", "zeta\nalpha\n\n last ", "zeta|alpha|| last ");
@@ -170,8 +131,7 @@ std::string sceneText(const PanelCase& panelCase, const std::string& directory) 
  "uvs": [[0, 0], [1, 0], [0, 1]], "materials": ["hull"], "faces": [{"corners": [[0, 0], [1, 1], [2, 2]]},
  {"corners": [[0, 0], [3, 1], [1, 2]]}, {"corners": [[0, 0], [2, 1], [3, 2]]}, {"corners": [[1, 0], [3, 1], [2, 2]]}]},
 {"type": "polyhedron", "name": "mast", "layer": )" +
-           std::string(hasDetail ? "2" : "0") + R"(, "location": [0.1, 0.2, 0.3], "vertices": []})" + panelCase.nodes +
-           R"(],
+           std::string(hasDetail ? "2" : "0") + R"(, "location": [0.1, 0.2, 0.3], "vertices": []}],
 "clips": [{"name": "sway:fps=10", "start": 0, "end": 8, "loop": 1, "keys": {"mast": [{"frame": 0},
  {"frame": 8, "location": [1.3, 0, 0.7], "rotation": [0.4, 0, 1.1]}]}}]})";
 }

@@ -15,7 +15,6 @@ struct PanelCase {
     std::vector<std::string> seen;
     std::string host = {};                 // members of the scene file's "host"
     std::string layers = {};               // the scene's layers as JSON; its usual ones when left out
-    std::string nodes = {};                // further nodes as JSON, each behind a comma
     std::optional<std::string> list = {};  // content of the node list
     bool refuseNewLayers = false;
 };

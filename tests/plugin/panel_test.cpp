@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <map>
 
 #include "host/tsxapi.h"
 #include "plugin/module.h"
@@ -153,15 +154,6 @@ struct PanelFixture : testing::Test, TestFolder {
     }
 };
 
-// The markers of this name, with what the helper gives them.
-std::vector<const standin::Node*> findNodes(const standin::Scene& scene, const std::string& name) {
-    std::vector<const standin::Node*> found;
-    for (const standin::Node& node : scene.nodes) {
-        if (node.name == name) found.push_back(&node);
-    }
-    return found;
-}
-
 }  // namespace
 
 TEST_F(PanelFixture, DataBlockDescribesThePlugin) {
@@ -268,20 +260,19 @@ TEST_F(PanelFixture, MarkerIsATwoColouredCubeOnItsLayer) {
     HeadlessPerson person(slots, folder, "");
     person.play({"left click", "type eye", "press Add Node", "press Add Node"});
     const standin::Scene scene = person.host().scene();
-    const auto markers = findNodes(scene, "eye");
-    ASSERT_EQ(markers.size(), 2U);
-    const standin::Node& marker = *markers.front();
+    ASSERT_EQ(scene.nodes.size(), 4U);
+    const standin::Node& marker = scene.nodes[2];
+    EXPECT_EQ(marker.name + scene.nodes[3].name, "eyeeye");
     EXPECT_EQ(marker.layer, 3);
     EXPECT_EQ(marker.location, (standin::Vec3{1, 1, 1}));
-    EXPECT_EQ(marker.polyhedron.vertices.size(), 8U);
     ASSERT_EQ(marker.polyhedron.faces.size(), 6U);
+    const std::map<std::string, standin::HostMaterial> materials(scene.materials.begin(), scene.materials.end());
     for (size_t i = 0; i < 6; ++i) {
         const auto material = static_cast<size_t>(marker.polyhedron.faces[i].material);
-        const std::string key = marker.polyhedron.materials.at(material).value();
-        const auto found =
-            std::find_if(scene.materials.begin(), scene.materials.end(), [&](const auto& m) { return m.first == key; });
         using Color = std::array<uint8_t, 4>;
-        EXPECT_EQ(found->second.color, (i == 4 ? Color{0, 0, 255, 255} : Color{0, 255, 0, 255})) << i;
+        EXPECT_EQ(materials.at(*marker.polyhedron.materials.at(material)).color,
+                  (i == 4 ? Color{0, 0, 255, 255} : Color{0, 255, 0, 255}))
+            << i;
     }
 }
 
@@ -291,7 +282,7 @@ TEST_F(PanelFixture, NodeHelperAsksForANameItself) {
     plugin::addNode("");
     EXPECT_EQ(person.seen.back(), "message \"Please enter a name for the node\" (Marrowfen, information, owner panel)");
     EXPECT_EQ(person.desktop().focus(), GetDlgItem(person.panel(), IDC_NODE_NAME));
-    EXPECT_TRUE(findNodes(person.host().scene(), "").empty());
+    EXPECT_EQ(person.host().scene().nodes.size(), 2U);
 }
 
 }  // namespace marrowfen::test
