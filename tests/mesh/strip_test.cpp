@@ -28,29 +28,19 @@ TEST(Strip, SmallMeshes) {
     const uint32_t bare = kTriangle | Primitive::NoMaterial;
     const Case cases[] = {
         {"one triangle", {{{0, 1, 2}}}, {{0, 3, kStrip, 0}}, {0, 1, 2}},
-        {"shared edge turned last", {{{0, 1, 2}}, {{0, 2, 3}}}, {{0, 4, kStrip, 0}}, {1, 2, 0, 3}},
-        {"edge shared the same way round",
-         {{{0, 1, 2}}, {{2, 0, 3}}},
-         {{0, 3, kStrip, 0}, {3, 3, kStrip, 0}},
-         {0, 1, 2, 2, 0, 3}},
-        {"duplicates", {{{0, 1, 2}}, {{1, 2, 0}}}, {{0, 3, kStrip, 0}, {3, 3, kStrip, 0}}, {0, 1, 2, 1, 2, 0}},
+        {"vertex numbers far apart",
+         {{{7, ~0U, 1U << 31}}, {{7, 1U << 31, 9}}},
+         {{0, 4, kStrip, 0}},
+         {~0U, 1U << 31, 7, 9}},
         {"two polyhedra",
          {{{0, 1, 2}, kTriangle | 5, 1}, {{0, 2, 3}, kTriangle | 5, 2}},
          {{0, 3, kStrip | 5, 1}, {3, 3, kStrip | 5, 2}},
          {0, 1, 2, 0, 2, 3}},
-        {"a material in two runs",
-         {{{0, 1, 2}, kTriangle | 1}, {{0, 2, 3}, kTriangle | 2}, {{0, 3, 4}, kTriangle | 1}},
-         {{0, 3, kStrip | 1, 0}, {3, 3, kStrip | 2, 0}, {6, 3, kStrip | 1, 0}},
-         {0, 1, 2, 0, 2, 3, 0, 3, 4}},
         {"no material hides the index", {{{0, 1, 2}, bare | 7}}, {{0, 3, 0x70000000, 0}}, {0, 1, 2}},
         {"the middle of an open fan comes first, then its end with no other neighbour",
          {{{0, 1, 2}}, {{0, 2, 3}}, {{0, 3, 4}}, {{0, 4, 5}}},
          {{0, 4, kStrip, 0}, {4, 4, kStrip, 0}},
          {3, 0, 2, 1, 3, 4, 0, 5}},
-        {"a closed fan needs swaps",
-         {{{0, 1, 2}}, {{0, 2, 3}}, {{0, 3, 4}}, {{0, 4, 1}}},
-         {{0, 8, kStrip, 0}},
-         {2, 0, 1, 0, 4, 0, 3, 2}},
     };
     for (const Case& c : cases) {
         Mesh mesh = meshOf(c.faces);
@@ -186,12 +176,6 @@ TEST(Strip, HoldsExactlyTheInputTriangles) {
             if (keepsSides) ASSERT_EQ(trianglesOf(mesh), expected) << listing(mesh);
         }
     }
-}
-
-TEST(Strip, VertexNumbersMayBeFarApart) {
-    Mesh mesh = meshOf({{{7, 0xFFFFFFFF, 2000000000}}, {{7, 2000000000, 9}}});
-    mesh.strip();
-    EXPECT_EQ(mesh.indices, (std::vector<uint32_t>{0xFFFFFFFF, 2000000000, 7, 9}));
 }
 
 }  // namespace
