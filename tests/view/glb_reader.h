@@ -9,14 +9,10 @@
 namespace marrowfen::test {
 
 using Numbers = std::vector<double>;
-using Matrix = std::array<double, 16>;  // column by column, as in glTF
+using Place = std::array<double, 3>;
 
-inline Matrix multiply(const Matrix& a, const Matrix& b) {
-    Matrix product{};
-    for (size_t i = 0; i < 16; ++i) {
-        for (size_t k = 0; k < 4; ++k) product[i] += a[k * 4 + i % 4] * b[i / 4 * 4 + k];
-    }
-    return product;
+inline Place crossed(const Place& a, const Place& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 // Enough of a glTF reader to pose a model, written from the format's own rules.
@@ -64,58 +60,39 @@ struct Glb {
         return own;
     }
 
-    Matrix local(size_t node, int animation, size_t key) const {
+    // A place of the node's space in that of the scene.
+    Place inScene(size_t node, const Place& p, int animation, size_t key) const {
         const Numbers r = value(node, "rotation", animation, key);
         const Numbers t = value(node, "translation", animation, key);
-        const double x = r[0], y = r[1], z = r[2], w = r[3];
-        return {1 - 2 * (y * y + z * z),
-                2 * (x * y + z * w),
-                2 * (x * z - y * w),
-                0,
-                2 * (x * y - z * w),
-                1 - 2 * (x * x + z * z),
-                2 * (y * z + x * w),
-                0,
-                2 * (x * z + y * w),
-                2 * (y * z - x * w),
-                1 - 2 * (x * x + y * y),
-                0,
-                t[0],
-                t[1],
-                t[2],
-                1};
-    }
-
-    Matrix world(size_t node, int animation, size_t key) const {
+        const Place axis = {r[0], r[1], r[2]}, once = crossed(axis, p), twice = crossed(axis, once);
+        Place at{};
+        for (size_t i = 0; i < 3; ++i) at[i] = p[i] + 2 * (r[3] * once[i] + twice[i]) + t[i];
         for (size_t parent = 0; parent < json["nodes"].size(); ++parent) {
             for (const nlohmann::json& child : json["nodes"][parent].value("children", nlohmann::json::array())) {
-                if (child == node) return multiply(world(parent, animation, key), local(node, animation, key));
+                if (child == node) return inScene(parent, at, animation, key);
             }
         }
-        return local(node, animation, key);
+        return at;
+    }
+
+    const nlohmann::json& primitiveOf(size_t node) const {
+        return json["meshes"][json["nodes"][node]["mesh"].get<size_t>()]["primitives"][0];
     }
 
     // The place of a mesh node's vertex in the glTF scene. Skins here have one weight a vertex.
-    std::array<double, 3> placed(size_t node, size_t vertex, int animation, size_t key) const {
-        const nlohmann::json& n = json["nodes"][node];
-        const nlohmann::json& attributes = json["meshes"][n["mesh"].get<size_t>()]["primitives"][0]["attributes"];
-        Matrix m;
-        if (n.contains("skin")) {
-            const nlohmann::json& skin = json["skins"][n["skin"].get<size_t>()];
-            const auto joint = static_cast<size_t>(numbers(attributes["JOINTS_0"])[vertex * 4]);
-            const Numbers bind = numbers(skin["inverseBindMatrices"]);
-            Matrix inverseBind;
-            std::copy_n(bind.begin() + static_cast<std::ptrdiff_t>(joint * 16), 16, inverseBind.begin());
-            m = multiply(world(skin["joints"][joint], animation, key), inverseBind);
-        } else {
-            m = world(node, animation, key);
-        }
+    Place placed(size_t node, size_t vertex, int animation, size_t key) const {
+        const nlohmann::json& attributes = primitiveOf(node)["attributes"];
         const Numbers p = numbers(attributes["POSITION"]);
-        std::array<double, 3> at{};
-        for (size_t i = 0; i < 3; ++i) {
-            at[i] = m[i] * p[vertex * 3] + m[4 + i] * p[vertex * 3 + 1] + m[8 + i] * p[vertex * 3 + 2] + m[12 + i];
-        }
-        return at;
+        const Place own = {p[vertex * 3], p[vertex * 3 + 1], p[vertex * 3 + 2]};
+        if (!json["nodes"][node].contains("skin")) return inScene(node, own, animation, key);
+
+        const nlohmann::json& skin = json["skins"][json["nodes"][node]["skin"].get<size_t>()];
+        const auto joint = static_cast<size_t>(numbers(attributes["JOINTS_0"])[vertex * 4]);
+        const Numbers all = numbers(skin["inverseBindMatrices"]);
+        const double* m = &all[joint * 16];  // column by column
+        Place inBone{};
+        for (size_t i = 0; i < 3; ++i) inBone[i] = m[i] * own[0] + m[4 + i] * own[1] + m[8 + i] * own[2] + m[12 + i];
+        return inScene(skin["joints"][joint], inBone, animation, key);
     }
 
     size_t nodeNamed(const std::string& name) const {

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "ground/at.h"
+
 namespace marrowfen::test {
 
 namespace {
@@ -16,22 +18,12 @@ Quaternion turn(Point3 axis, float angle) {
 }
 
 void addObject(Shape& shape, const std::string& name, int32_t node, const std::vector<Mesh>& meshes) {
-    Shape::Object object;
-    object.name = shape.findOrAddName(name);
-    object.node = node;
-    object.firstMesh = static_cast<int32_t>(shape.meshes.size());
-    object.numMeshes = static_cast<int32_t>(meshes.size());
-    shape.objects.push_back(object);
+    shape.objects.push_back({shape.findOrAddName(name), count32(meshes), count32(shape.meshes), node});
     shape.meshes.insert(shape.meshes.end(), meshes.begin(), meshes.end());
     shape.objectStates.emplace_back();
 }
 
-void addMaterial(Shape& shape, const std::string& name, uint32_t flags) {
-    Shape::Material material;
-    material.name = name;
-    material.flags = flags;
-    shape.materials.push_back(material);
-}
+void addMaterial(Shape& shape, const std::string& name, uint32_t flags) { shape.materials.push_back({name, flags}); }
 
 void bind(Shape& shape, Mesh& mesh, int32_t vertex, int32_t node, float weight) {
     mesh.vindex.push_back(vertex);
@@ -48,8 +40,8 @@ void addSequence(Shape& shape, const std::string& name, uint32_t flags, int32_t 
     s.flags = flags;
     s.numKeyFrames = keys;
     s.duration = static_cast<float>(keys) / 10;
-    s.baseRotation = static_cast<int32_t>(shape.nodeRotations.size());
-    s.baseTranslation = static_cast<int32_t>(shape.nodeTranslations.size());
+    s.baseRotation = count32(shape.nodeRotations);
+    s.baseTranslation = count32(shape.nodeTranslations);
     const size_t moved = shape.nodes.size() - 1;
     s.rotationMatters.resize(moved);
     s.translationMatters.resize(moved);
@@ -66,8 +58,7 @@ void addSequence(Shape& shape, const std::string& name, uint32_t flags, int32_t 
 }
 
 void finish(Shape& shape) {
-    shape.subshapes.push_back(
-        {0, 0, 0, static_cast<int32_t>(shape.nodes.size()), static_cast<int32_t>(shape.objects.size()), 0});
+    shape.subshapes.push_back({0, 0, 0, count32(shape.nodes), count32(shape.objects), 0});
     shape.computeBounds();
     shape.computeCenter();
     shape.computeRadius();
@@ -78,21 +69,14 @@ void finish(Shape& shape) {
 }  // namespace
 
 int32_t addNode(Shape& shape, const std::string& name, int32_t parent, Quaternion rotation, Point3 translation) {
-    Shape::Node node;
-    node.name = shape.findOrAddName(name);
-    node.parent = parent;
-    shape.nodes.push_back(node);
+    shape.nodes.push_back({shape.findOrAddName(name), parent});
     shape.nodeDefRotations.push_back(rotation);
     shape.nodeDefTranslations.push_back(translation);
-    return static_cast<int32_t>(shape.nodes.size()) - 1;
+    return count32(shape.nodes) - 1;
 }
 
 void addLevel(Shape& shape, const std::string& name, float size) {
-    Shape::DetailLevel level;
-    level.name = shape.findOrAddName(name);
-    level.objectDetail = static_cast<int32_t>(shape.detailLevels.size());
-    level.size = size;
-    shape.detailLevels.push_back(level);
+    shape.detailLevels.push_back({shape.findOrAddName(name), 0, count32(shape.detailLevels), size});
 }
 
 namespace {
@@ -134,10 +118,8 @@ Shape riggedShape() {
     fine.primitives[0].material |= 1;
     Mesh coarse = quadMesh(MeshType::Skin, 2, Primitive::Triangles);
     for (Mesh* mesh : {&fine, &coarse}) {
-        bind(shape, *mesh, 0, foot, 1);
-        bind(shape, *mesh, 1, hip, 1);
-        bind(shape, *mesh, 2, knee, 1);
-        bind(shape, *mesh, 3, foot, 1);
+        int32_t vertex = 0;
+        for (const int32_t bone : {foot, hip, knee, foot}) bind(shape, *mesh, vertex++, bone, 1);
     }
     addObject(shape, "ShapeObject", root, {fine, coarse});
     Mesh box = quadMesh(MeshType::Standard, 3, Primitive::Strip);
@@ -167,10 +149,12 @@ Shape oddShape() {
     mesh.texturevertexes = {{kInfinity, 0}, {1e30F, 0}, {}, {}, {}, {}};
     mesh.setNumFrames(1);
     mesh.indices.insert(mesh.indices.end(), {0, 1, 4, 2, 2, 2, 3, 5, 0});
-    mesh.primitives.push_back({4, 6, Primitive::Strip | Primitive::Indexed, 0});
-    mesh.primitives.push_back({10, 3, Primitive::Triangles | Primitive::Indexed | Primitive::NoMaterial, 0});
-    mesh.primitives.push_back({0, 3, Primitive::Triangles, 0});
-    mesh.primitives.push_back({0, 0, Primitive::Fan | Primitive::Indexed, 0});
+    constexpr uint32_t kBare = Primitive::Indexed | Primitive::NoMaterial;
+    for (const Primitive& p : {Primitive{4, 6, Primitive::Strip | Primitive::Indexed},
+                               {10, 3, kBare},
+                               {0, 3, 0},
+                               {0, 0, Primitive::Fan | Primitive::Indexed}})
+        mesh.primitives.push_back(p);
     for (int32_t node = 0; node < 2; ++node) bind(shape, mesh, 0, node, 0.3F);
     bind(shape, mesh, 0, 1, 0.3F);
     bind(shape, mesh, 1, 0, kNan);
@@ -187,28 +171,6 @@ Shape oddShape() {
     shape.triggers.resize(1);
     finish(shape);
     shape.nodeRotations.assign(shape.nodeRotations.size(), {0, 0, kNan, 0});
-    return shape;
-}
-
-Shape sortedShape() {
-    Shape shape;
-    addMaterial(shape, "glass", Shape::Translucent);
-    const int32_t root = addNode(shape, "Root", -1, {}, {});
-    Mesh mesh = quadMesh(MeshType::Sorted, 1, Primitive::Triangles);
-    // The second order names the same faces from other corners, the other face first.
-    mesh.indices.insert(mesh.indices.end(), {3, 0, 2, 2, 0, 1});
-    mesh.primitives.push_back({6, 6, Primitive::Triangles | Primitive::Indexed, 0});
-    // A primitive that no walk reaches.
-    mesh.indices.insert(mesh.indices.end(), {0, 1, 3});
-    mesh.primitives.push_back({12, 3, Primitive::Triangles | Primitive::Indexed, 0});
-    mesh.clusters = {{0, 0, {0, 1, 0}, 0, 1, 2}, {0, 1, {}, 0, -1, -1}, {1, 2, {}, 0, -1, -1}, {2, 3, {}, 0, 0, 0}};
-    mesh.frameStartCluster = {0};
-    mesh.frameFirstVertex = {0};
-    mesh.frameVertexCount = {4};
-    mesh.frameFirstTexVertex = {0};
-    addObject(shape, "ShapeObject", root, {mesh});
-    addLevel(shape, "Detail-1", -1);
-    finish(shape);
     return shape;
 }
 

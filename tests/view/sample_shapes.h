@@ -16,9 +16,6 @@ Shape riggedShape();
 // normals and rotations that aren't finite or have no length, several weights a vertex and none, names in no encoding.
 Shape oddShape();
 
-// A translucent mesh of two crossing quads, each in both drawing orders.
-Shape sortedShape();
-
 // A valid shape with everything left to chance.
 Shape randomShape(std::mt19937& random);
 
