@@ -180,9 +180,8 @@ Shape randomShape(std::mt19937& random) {
     const auto somewhere = [&] { return Point3{anywhere(), anywhere(), anywhere()}; };
 
     Shape shape;
-    const int32_t numMaterials = upTo(3);
+    const int32_t numMaterials = upTo(3), numNodes = 1 + upTo(6);
     for (int32_t i = 0; i < numMaterials; ++i) addMaterial(shape, "m" + std::to_string(upTo(99)), random());
-    const int32_t numNodes = 1 + upTo(6);
     for (int32_t i = 0; i < numNodes; ++i) {
         addNode(shape, "n" + std::to_string(upTo(9)), upTo(i) - 1, turn(somewhere(), anywhere()), somewhere());
     }
@@ -203,12 +202,11 @@ Shape randomShape(std::mt19937& random) {
             }
             for (int32_t e = 3 * upTo(12); e > 0; --e) mesh.indices.push_back(random() % mesh.vertexes.size());
             for (int32_t p = upTo(4); p > 0; --p) {
-                const auto first = static_cast<uint32_t>(upTo(static_cast<int32_t>(mesh.indices.size())));
+                const int32_t count = count32(mesh.indices), first = upTo(count), elements = upTo(count - first);
                 const bool none = numMaterials == 0 || upTo(4) == 0;
                 const uint32_t material = none ? Primitive::NoMaterial : static_cast<uint32_t>(upTo(numMaterials - 1));
-                const auto most = static_cast<int32_t>(mesh.indices.size() - first);
-                mesh.primitives.push_back({first, static_cast<uint32_t>(upTo(most)),
-                                           static_cast<uint32_t>(upTo(2)) << 30 | Primitive::Indexed | material, 0});
+                mesh.primitives.push_back({static_cast<uint32_t>(first), static_cast<uint32_t>(elements),
+                                           static_cast<uint32_t>(upTo(2)) << 30 | Primitive::Indexed | material});
             }
             for (int32_t w = upTo(3 * numVertexes); mesh.type == MeshType::Skin && w > 0; --w) {
                 bind(shape, mesh, upTo(numVertexes - 1), upTo(numNodes - 1), anywhere());
