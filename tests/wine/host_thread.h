@@ -11,7 +11,7 @@
 
 namespace marrowfen::test {
 
-inline constexpr DWORD kPollMilliseconds = 5;
+inline constexpr DWORD kPollMilliseconds = 20;
 
 class HostThread {
 public:
