@@ -37,10 +37,10 @@ std::string fileLimitError(const Mesh& mesh, const LayerInfo& layer, LayerRole r
         return "Layer " + layer.name + " has " + std::to_string(count) + " " + what + ", a mesh holds at most " +
                std::to_string(kLargest16Bit) + ".";
     };
-    if (mesh.vertexes.size() > kLargest16Bit) return tooMany(mesh.vertexes.size(), "vertices", kTooManyVertices);
+    if (mesh.vertexes.size() > kLargest16Bit) return tooMany(mesh.vertexes.size(), "vertices", kLayerTooLarge);
     for (const Primitive& p : mesh.primitives) {
         if (std::max(p.firstElement, p.numElements) > kLargest16Bit) {
-            return tooMany(mesh.indices.size(), "indices", kTooManyIndices);
+            return tooMany(mesh.indices.size(), "indices", layer.strip ? kLayerTooLarge : kUnstrippedTooLarge);
         }
     }
     return {};

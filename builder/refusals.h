@@ -30,11 +30,11 @@ inline constexpr MessageKind kNotStripped = {"NOT_STRIPPED", Severity::Error,
 inline constexpr MessageKind kNotSorted = {"NOT_SORTED", Severity::Error, "take sort from the layer's tags"};
 inline constexpr MessageKind kNotDecimated = {"NOT_DECIMATED", Severity::Error,
                                               "give the copy a layer of its own polyhedra instead of autolod="};
-inline constexpr MessageKind kTooManyVertices = {
-    "TOO_MANY_VERTICES", Severity::Error,
+inline constexpr MessageKind kLayerTooLarge = {
+    "LAYER_TOO_LARGE", Severity::Error,
     "make them lighter, with fewer seams in the texture coordinates or by decimating them"};
-inline constexpr MessageKind kTooManyIndices = {"TOO_MANY_INDICES", Severity::Error,
-                                                "strip the layer (without no_strip), or decimate its polyhedra"};
+inline constexpr MessageKind kUnstrippedTooLarge = {"UNSTRIPPED_TOO_LARGE", Severity::Error,
+                                                    "take no_strip from its tags, or decimate its polyhedra"};
 inline constexpr MessageKind kCopyTooLarge = {"COPY_TOO_LARGE", Severity::Error, "give autolod= a smaller percentage"};
 inline constexpr MessageKind kCollisionTooLarge = {
     "COLLISION_TOO_LARGE", Severity::Error,

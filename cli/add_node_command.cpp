@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "cli/command.h"
 #include "cli/plugin_session.h"
@@ -34,15 +36,21 @@ std::string checkNodeName(const std::string& name) {
 Outcome runAddNode(const AddNodeOptions& options, const Session& session) {
     standin::LoadResult loaded = standin::readSceneFile(options.scene);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
+    // The exporter skips what lies on layer 0, so the helper isn't shown one there.
+    standin::Scene& scene = *loaded.scene;
+    if (scene.layers.empty()) scene.layers.emplace_back();
+    const std::optional<std::string> layer0 = std::exchange(scene.layers.front(), std::nullopt);
     MessageUser user;
-    PluginSession plugin(std::move(*loaded.scene), user);
+    PluginSession plugin(std::move(scene), user);
     if (plugin.openPanel()) {
         plugin.type(IDC_NODE_NAME, options.name);
         plugin.press(IDC_ADD_NODE);
     }
     if (!user.message().empty()) return {Refused, options.scene + ": " + user.message()};
     const std::string output = options.output.empty() ? options.scene : options.output;
-    const Outcome written = writeWholeFile(output, standin::sceneText(plugin.host().scene()));
+    standin::Scene changed = plugin.host().scene();
+    changed.layers.front() = layer0;
+    const Outcome written = writeWholeFile(output, standin::sceneText(changed));
     if (written.good()) session.note(output + ": added the node \"" + options.name + "\"");
     return written;
 }

@@ -18,6 +18,7 @@ enum ExitCode : int {
     UnreadableInput = 3,  // can't be read, or is malformed
     UnwritableOutput = 4,
     StrictWarnings = 5,  // warnings under --strict
+    OurFault = 70,       // no memory, or a mistake of this program
 };
 
 // How something that a sub-command does ended, and how the sub-command itself ends.

@@ -16,6 +16,8 @@ Outcome dump(const std::string& path, const Session& session) {
     if (!newerVersion(file).empty()) session.warning(path + ": " + newerVersion(file));
     std::ostringstream text;
     file.shape.dumpText(text);
+    // A stream keeps to itself that it got no memory.
+    if (!text) return {OurFault, path + ": no memory for the dump"};
     return printResult(text.str());
 }
 

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <fstream>
 #include <memory>
+#include <sstream>
 
 #include "cli/command.h"
 #include "cli/export_report.h"
@@ -16,6 +17,7 @@
 #include "cli/plugin_session.h"
 #include "cli/scene_options.h"
 #include "ground/ascii.h"
+#include "ground/crlf_stream.h"
 #include "ground/whole_file.h"
 #include "plugin/resources/resource.h"
 
@@ -107,9 +109,17 @@ Outcome pressExport(standin::Scene scene, const ExportOptions& options, ExportUs
                                   " characters of the save dialog"};
 }
 
+// A text as the log has it: names of the scene may hold line feeds.
+std::string asLogged(const std::string& text) {
+    std::ostringstream lines;
+    CrLfBuffer buffer(*lines.rdbuf());
+    std::ostream(&buffer) << text;
+    return lines.str();
+}
+
 Outcome deliverRefusal(const OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
                        const std::string& hint, const Session& session) {
-    if (!readWholeFile(folder.log()).ends_with("Error: " + user.error())) {
+    if (!readWholeFile(folder.log()).ends_with(asLogged("Error: " + user.error()))) {
         return {UnwritableOutput, options.output + ".log: incomplete: " + folder.writeFault()};
     }
     if (const Outcome delivered = folder.deliverLog(); !delivered.good()) session.warning(delivered.error);

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <new>
 #include <string>
 
 #include "cli/command.h"
@@ -21,6 +22,9 @@ int main(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
+    } catch (const std::bad_alloc&) {
+        session.error("out of memory");
+        return OurFault;
     } catch (const CLI::ParseError& e) {
         // CLI11 numbers its errors; all of them are wrong usage here.
         return app.exit(e) == 0 ? Done : WrongUsage;

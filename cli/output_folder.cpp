@@ -12,6 +12,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "ground/whole_file.h"
+
 namespace marrowfen::cli {
 
 namespace {
@@ -19,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr size_t kPathSize = 4096;
+constexpr size_t kEndingSize = 4;    // of ".dts" and ".dsq"
 constexpr size_t kLongestName = 32;  // that the folder's files have, with a margin
 
 // What a signal handler removes; it can't use anything that allocates.
@@ -80,27 +83,37 @@ std::string behindLinks(const std::string& path) {
 }
 
 Outcome move(const std::string& from, const std::string& to) {
-    return std::rename(from.c_str(), to.c_str()) == 0 ? Outcome() : fault(to, std::strerror(errno));
+    if (std::rename(from.c_str(), to.c_str()) == 0) return {};
+    // Behind a link there may be another file system.
+    return errno == EXDEV ? writeWholeFile(to, readWholeFile(from)) : fault(to, std::strerror(errno));
+}
+
+std::string folderOf(const std::string& path) {
+    const fs::path folder = fs::path(path).parent_path();
+    return folder.empty() ? "." : folder.string();
 }
 
 }  // namespace
 
 OutputFolder::OutputFolder(const std::string& output) {
     target_ = behindLinks(output);
-    for (const std::string& path : {target_, target_ + ".log"}) {
+    log_ = behindLinks(output + ".log");
+    for (const std::string& path : {target_, log_}) {
         if (made_.good()) made_ = checkPlace(path);
+    }
+    if (made_.good() && folderOf(log_) != folderOf(target_) && access(folderOf(log_).c_str(), W_OK) != 0) {
+        made_ = fault(log_, std::strerror(errno));
     }
     if (!made_.good()) return;
 
-    const fs::path target = target_;
-    std::string folder = (target.parent_path() / ".marrowfen-XXXXXX").string();
+    std::string folder = (fs::path(target_).parent_path() / ".marrowfen-XXXXXX").string();
     if (folder.size() >= kPathSize - kLongestName) {
         made_ = fault(output, std::strerror(ENAMETOOLONG));
     } else if (mkdtemp(folder.data()) == nullptr) {
         made_ = fault(output, std::strerror(errno));
     } else {
         folder_ = folder;
-        file_ = folder + "/shape" + target.extension().string();
+        file_ = folder + "/shape" + output.substr(output.size() - kEndingSize);
         theOwner = getpid();
         copyPath(theFile, file_);
         copyPath(theLog, log());
@@ -117,7 +130,7 @@ OutputFolder::~OutputFolder() {
     fs::remove_all(folder_, ignored);
 }
 
-Outcome OutputFolder::deliverLog() const { return move(log(), target_ + ".log"); }
+Outcome OutputFolder::deliverLog() const { return move(log(), log_); }
 
 Outcome OutputFolder::deliverBoth() const {
     const Outcome moved = move(file_, target_);

@@ -13,6 +13,7 @@ class OutputFolder {
 public:
     // Makes the folder beside the output, or records why nothing can be written there. While it exists, SIGINT and
     // SIGTERM remove it before they end the process. One at a time.
+    // The output's name ends in .dts or .dsq.
     explicit OutputFolder(const std::string& output);
     ~OutputFolder();  // removes the folder with all that is in it
     OutputFolder(const OutputFolder&) = delete;
@@ -33,6 +34,7 @@ public:
 
 private:
     std::string target_;  // the output, or where it points when it is a link
+    std::string log_;     // the log's place: beside the output itself, under its name
     std::string folder_;
     std::string file_;
     Outcome made_;

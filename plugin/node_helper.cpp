@@ -55,7 +55,9 @@ int getTextCharacter(std::istream& file) {
     constexpr int kCtrlZ = 0x1A;
     int c = file.get();
     if (c == '\r' && file.peek() == '\n') c = file.get();
-    return !file || c == kCtrlZ ? -1 : c;
+    // Nothing behind it is read, however the file is cut into pieces.
+    if (c == kCtrlZ) file.setstate(std::ios::failbit);
+    return file ? c : -1;
 }
 
 // The next line without its line end, or what of it fits a piece; false at the end of the file.

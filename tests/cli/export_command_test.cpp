@@ -32,6 +32,15 @@ struct CommandTest : testing::Test, TestFolder {
                                             R"(, {"type": "skeleton", "name": "lost"})"));
         write("old.scene.json", tetrahedron(usual, R"("minor": 10)"));
         write("broken.scene.json", "{");
+        PanelCase large;
+        large.layers = R"([null, "Det\nail:no_strip", "nodes"])";
+        large.nodes = R"(, {"type": "polyhedron", "layer": 1, "vertices": [[0,0,0],[0,1,0],[1,0,0]], "faces": [)";
+        for (int uv = 0; uv < 21846; ++uv) {
+            const std::string n = std::to_string(uv);
+            large.nodes += (uv > 0 ? "," : "") + (R"({"corners": [[0,)" + n + "],[1," + n + "],[2," + n + "]]}");
+        }
+        large.nodes += "]}";
+        write("feed.scene.json", sceneText(large, ""));
     }
 
     void write(const std::string& name, const std::string& content) { writeFile(folder / name, content); }
@@ -58,6 +67,8 @@ struct CommandTest : testing::Test, TestFolder {
 
 TEST_F(CommandTest, EndsAsTheSituationAsks) {
     fs::create_directories(folder / "folder.dts");
+    fs::create_directories(folder / "folder.d");
+    fs::create_directories(folder / "log.dts.log");
     fs::create_directories(folder / "name with blanks \xC3\xA9");
     const std::string longName(250, 'd');
     fs::create_directories(folder / longName / longName.substr(0, 240));
@@ -86,6 +97,13 @@ TEST_F(CommandTest, EndsAsTheSituationAsks) {
              {"export old.scene.json a.dts", 1, "error: old.scene.json: This plug-in requires at least trueSpace 6.5"},
              {"export good.scene.json a.txt", 2, "a.txt ends neither in .dts nor in .dsq"},
              {"export good.scene.json .dts", 2, "neither"},
+             {"export good.scene.json folder.d/.dts", 0, "folder.d/.dts: 1 detail level"},
+             {"export good.scene.json ./.dsq", 0, "./.dsq: 2 nodes"},
+             {"export good.scene.json log.dts", 4, "error: log.dts.log: Is a directory\n"},
+             {"export feed.scene.json f.dts", 1,
+              "error: feed.scene.json: Layer Det ail:no_strip has 65546 vertices, a mesh holds at most 65535.\nhint: "
+              "layer "},
+             {"dump a.dts >/dev/full", 4, "error: standard output: No space left on device\n"},
              {"export good.scene.json", 2, "OUTPUT"},
              {"export broken.scene.json a.dts", 3, "error: broken.scene.json"},
              {"export none.scene.json a.dts", 3, "none.scene.json"},
@@ -148,10 +166,30 @@ TEST_F(CommandTest, WriteFailuresLeaveTheOldFiles) {
 
 TEST_F(CommandTest, SymbolicLinkIsWrittenThrough) {
     fs::create_directories(folder / "real");
-    fs::create_symlink("real/a.dts", folder / "a.dts");
-    EXPECT_EQ(run("export good.scene.json a.dts").code, 0);
-    EXPECT_TRUE(fs::is_symlink(folder / "a.dts"));
-    EXPECT_TRUE(fs::is_regular_file(folder / "real/a.dts"));
+    for (const auto& [link, target] : {std::pair("a.dts", "b.dts"), std::pair("c.dsq", "no-ending")}) {
+        fs::create_symlink(std::string("real/") + target, folder / link);
+        const ProgramResult result = run(std::string("export good.scene.json ") + link);
+        EXPECT_EQ(result.code, 0) << result.text;
+        EXPECT_TRUE(fs::is_symlink(folder / link));
+        EXPECT_TRUE(fs::is_regular_file(folder / "real" / target));
+        EXPECT_TRUE(fs::is_regular_file(folder / (std::string(link) + ".log")));
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "real"), {}), 2);
+}
+
+TEST_F(CommandTest, MarkersAreNeverAddedToLayer0) {
+    for (const char* layers : {R"("nodes")", R"("nodes", null, "Nodes")", ""}) {
+        write("n.scene.json", R"({"format": "marrowfen-scene", "version": 1, "layers": [)" + std::string(layers) +
+                                  R"(], "nodes": []})");
+        ASSERT_EQ(run("add-node n.scene.json eye").code, 0);
+        const auto scene = standin::readSceneFile((folder / "n.scene.json").string()).scene.value();
+        const auto layer = static_cast<size_t>(scene.nodes.at(0).layer);
+        ASSERT_GE(layer, 1U) << layers;
+        EXPECT_EQ(scene.layers.size(), layer + 1) << layers;
+        if (*layers != '\0') {
+            EXPECT_EQ(scene.layers[0], "nodes");
+        }
+    }
 }
 
 TEST_F(CommandTest, AddNodeChangesNothingElse) {

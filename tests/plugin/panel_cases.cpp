@@ -104,6 +104,10 @@ std::vector<PanelCase> makeCases() {
              "mount0||" + std::string(63, 'a') + "|" + std::string(37, 'b') + "|end");
     // The line end of a full piece is a piece of its own.
     listCase("of_a_full_piece", std::string(63, 'a') + "\nend\n", std::string(63, 'a') + "||end");
+    listCase("cut_within_a_line",
+             "ab\x1A"
+             "cd\nef\n",
+             "ab");
     listCase("of_junk", std::string("ab\0cd\n\xE9t\xE9\r\x01\n\x1Ahidden\n", 20), "ab|\xE9t\xE9\r\x01");
     std::string many;
     for (int i = 0; i < 10000; ++i) many += "node" + std::to_string(i) + "\r\n";
