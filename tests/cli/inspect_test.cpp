@@ -60,42 +60,16 @@ ShapeFile load(const Shape& shape, const char* name, const char* more = "") {
     return file;
 }
 
-TEST(Inspect, TextShowsWhatIsInAShape) {
+// The facts of the examples show the rest.
+TEST(Inspect, TextHasWhatExamplesHaveNot) {
     const ShapeFile file = load(lamp(), "lamp.dts");
-    EXPECT_EQ(inspectText(file, problemsOf(file)), R"(lamp.dts: DTS shape, version 24, 1353 bytes
-  blocks of 32, 16 and 8 bits: 856, 200 and 84 bytes; sequences and materials: 197 bytes
-
-Bounds (0, 0, 0) to (1, 2, 2.5)
-  center (0, 0, 0), radius 3, tube radius 0, smallest size 0
-
-Nodes (3)
-  Root
-    lamp
-      light
-
-Objects (1)
-  name         node  meshes  first mesh
-  ShapeObject  Root       2           0
-
-Detail levels (1)
-  name      size  triangles  strips  vertices  materials  meshes
-  Detail64    64          3       1         4          2  standard billboard
-
-Collision levels (1)
-  name         size  triangles  strips  vertices  materials  meshes
-  Collision-1    -1          3       1         4          2  standard billboard
-
-Materials (2)
-  #  name   flags
-  0  glass  swrap translucent 0x200
-  1  bell?  -
-
-Sequences (1)
-  name   frames  seconds  a second  priority  nodes  flags
-  blink      11     0.44        25         1      1  cyclic
-
-No problems found.
-)");
+    const std::string text = inspectText(file, problemsOf(file));
+    for (const char* line :
+         {"  blocks of 32, 16 and 8 bits: 856, 200 and 84 bytes; sequences and materials: 197 bytes\n",
+          "  Detail64    64          3       1         4          2  standard billboard\n",
+          "  0  glass  swrap translucent 0x200\n  1  bell?  -\n", "\nNo problems found.\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << line << "in\n" << text;
+    }
 }
 
 TEST(Inspect, DsqTextHasNodesAndSequencesAndProblems) {

@@ -73,17 +73,6 @@ Mesh confetti(uint32_t count, float size, uint32_t seed) {
     return mesh;
 }
 
-Mesh withOddNumbers(Mesh mesh, uint32_t seed) {
-    std::mt19937 random(seed);
-    const float inf = std::numeric_limits<float>::infinity();
-    const float odd[] = {inf, -inf, inf - inf, 1e30F, -3e38F, 1e-30F, -0.0F, 20000};
-    for (size_t i = 0; i < mesh.vertexes.size() / 4; ++i) {
-        Point3& p = mesh.vertexes[pick(random, static_cast<uint32_t>(mesh.vertexes.size()))];
-        (i % 3 == 0 ? p.x : i % 3 == 1 ? p.y : p.z) = odd[pick(random, 8)];
-    }
-    return mesh;
-}
-
 Mesh scaled(Mesh mesh, float factor) {
     for (Point3& p : mesh.vertexes) p = p * factor;
     return mesh;
@@ -124,7 +113,7 @@ TEST(Sort, AgreesWithThePlainMethod) {
         {"confetti", 30, [](uint32_t s) { return confetti(20 + 3 * s, 0.3F, s); }},
         {"small", 30, [](uint32_t s) { return scaled(confetti(60, 0.3F, s), 0.0005F); }},
         {"far away", 20, [](uint32_t s) { return scaled(makers::soup(40, 30, s), 30000); }},
-        {"odd numbers", 60, [](uint32_t s) { return withOddNumbers(confetti(20 + s, 0.5F, s), s); }},
+        {"odd numbers", 60, [](uint32_t s) { return makers::withOddNumbers(confetti(20 + s, 0.5F, s), s); }},
         {"lattice", 80, [](uint32_t s) { return latticeQuads(4 + s, s); }},
         {"noisy grid", 20, [](uint32_t s) { return makers::noisy(makers::grid(8, 6), 0.4F, s); }},
         {"convex", 1, [](uint32_t) { return makers::sphere(8, 6); }},

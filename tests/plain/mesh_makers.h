@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numeric>
 #include <random>
 #include <utility>
@@ -165,6 +166,20 @@ inline Mesh noisy(Mesh mesh, float amount, uint32_t seed) {
     for (Point3& p : mesh.vertexes) {
         const float x = signedUnit(random), y = signedUnit(random), z = signedUnit(random);
         p = p + Point3{x, y, z} * amount;
+    }
+    return mesh;
+}
+
+// Some coordinates, at times many, become infinite, no numbers, huge or tiny.
+inline Mesh withOddNumbers(Mesh mesh, uint32_t seed) {
+    const float inf = std::numeric_limits<float>::infinity();
+    const float odd[] = {inf, -inf, inf - inf, 1e30F, -3e38F, 2e6F, 1e-30F, -0.0F, 20000};
+    std::mt19937 random(seed);
+    const uint32_t rarity = 1 + pick(random, 20);
+    for (Point3& p : mesh.vertexes) {
+        for (float* c : {&p.x, &p.y, &p.z}) {
+            if (pick(random, rarity) == 0) *c = odd[pick(random, 9)];
+        }
     }
     return mesh;
 }

@@ -108,16 +108,6 @@ Mesh latticeMesh(uint32_t seed) {
     return mesh;
 }
 
-void addOddNumbers(Mesh& mesh, std::mt19937& random) {
-    const float odd[] = {kInfinity, -kInfinity, std::nanf(""), 1e30F, -3e38F, 1e-45F, -0.0F, 0};
-    for (int i = 0; i < 12; ++i) {
-        Point3& p = mesh.vertexes[pick(random, static_cast<uint32_t>(mesh.vertexes.size()))];
-        (i % 3 == 0 ? p.x : i % 3 == 1 ? p.y : p.z) = odd[pick(random, 8)];
-        Point2D& t = mesh.texturevertexes[pick(random, static_cast<uint32_t>(mesh.vertexes.size()))];
-        if (i % 4 == 0) t.x = odd[pick(random, 8)];
-    }
-}
-
 // The frames are the mesh's own vertices, split; indices stay below the new number a frame.
 void splitIntoFrames(Mesh& mesh, int32_t numFrames, int32_t matFrames) {
     mesh.numFrames = numFrames;
@@ -133,7 +123,10 @@ TEST(VertexCollapse, AgreesWithThePlainMethod) {
     for (uint32_t seed = 0; seed < 1500; ++seed) {
         std::mt19937 random(seed);
         Mesh mesh = latticeMesh(seed);
-        if (seed % 5 == 1) addOddNumbers(mesh, random);
+        if (seed % 5 == 1) {
+            mesh = makers::withOddNumbers(mesh, seed);
+            mesh.texturevertexes[0].x = mesh.vertexes[0].x;
+        }
         if (seed % 5 == 2) splitIntoFrames(mesh, 1 + static_cast<int32_t>(pick(random, 3)), 1 + pick(random, 2));
         const auto perFrame = static_cast<uint32_t>(mesh.vertsPerFrame);
         std::vector<int32_t> groups(perFrame, 1);

@@ -153,6 +153,28 @@ TEST(HostPolyhedron, NormalsAreSummedOverTheFacesAsWritten) {
     }
 }
 
+TEST(HostScene, AnswersWhatNoExportShows) {
+    const Host host(
+        sceneOfNodes(R"({"type": "polyhedron", "name": "axed", "vertices": [], "axes": [1,2,3], "materials": ["m"]},
+        {"type": "group", "location": [4,5,6]})",
+                     R"(, "materials": {"m": {"reflection": [1,2,3,4]}})"));
+    TsxNode* axed = tsxSceneGetFirstNode();
+    Vec3 axes, location;
+    tsxGNodeGetAxesPosition(axed, axes.data());
+    tsxGNodeGetAxesPosition(tsxGNodeGetNext(axed), location.data());
+    EXPECT_EQ(std::pair(axes, location), std::pair(Vec3{1, 2, 3}, Vec3{4, 5, 6}));
+    char name[4];
+    tsxGNodeGetName(axed, name, sizeof name);
+    EXPECT_STREQ(name, "axe");
+    TsxMaterial* material = nullptr;
+    tsxMaterialCreate(&material);
+    tsxPolyhGetMaterial(axed, 0, material);
+    std::array<float, 4> r{};
+    tsxMaterialGetReflectionProps(material, &r[0], &r[1], &r[2], &r[3]);
+    EXPECT_EQ(r, (std::array<float, 4>{1, 2, 3, 4}));
+    tsxMaterialDestroy(material);
+}
+
 // What was read through a scratch material is no longer valid when that has become another one.
 TEST(HostMaterial, IsReadThroughAScratchMaterial) {
     Host host(sceneOfNodes(kQuadAndTriangle, R"(, "materials": {"wood": {"shader": {"name": "long",
