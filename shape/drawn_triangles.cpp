@@ -59,24 +59,14 @@ bool isDrawn(const Triangle& t) { return t[0] != t[1] && t[1] != t[2] && t[2] !=
 // The primitives of a sorted mesh's first frame, along every walk that a viewer's position can choose.
 std::vector<size_t> reachablePrimitives(const Mesh& mesh) {
     std::vector<size_t> primitives;
-    std::vector<bool> isListed(mesh.primitives.size()), isReached(mesh.clusters.size());
-    std::vector<int32_t> open;
-    const auto reach = [&](int32_t cluster) {
-        if (!hasIndex(mesh.clusters, cluster) || at(isReached, cluster)) return;
-        at(isReached, cluster) = true;
-        open.push_back(cluster);
-    };
-    reach(mesh.frameStartCluster.empty() ? 0 : mesh.frameStartCluster.front());
-    while (!open.empty()) {
-        const Cluster& cluster = at(mesh.clusters, open.back());
-        open.pop_back();
+    std::vector<bool> isListed(mesh.primitives.size());
+    for (const int32_t c : reachableClusters(mesh, 1)) {
+        const Cluster& cluster = at(mesh.clusters, c);
         const int32_t end = std::min(cluster.endPrimitive, count32(mesh.primitives));
         for (int32_t p = std::max(cluster.startPrimitive, 0); p < end; ++p) {
             if (!at(isListed, p)) primitives.push_back(static_cast<size_t>(p));
             at(isListed, p) = true;
         }
-        reach(cluster.backCluster);
-        reach(cluster.frontCluster);
     }
     assert(primitives.size() <= mesh.primitives.size());
     return primitives;
@@ -119,6 +109,30 @@ TriangleRun& runOf(std::vector<TriangleRun>& runs, int32_t material) {
 }
 
 }  // namespace
+
+std::vector<int32_t> reachableClusters(const Mesh& mesh, size_t frames) {
+    std::vector<int32_t> order, open;
+    std::vector<bool> isReached(mesh.clusters.size());
+    const auto reach = [&](int32_t cluster) {
+        if (!hasIndex(mesh.clusters, cluster) || at(isReached, cluster)) return;
+        at(isReached, cluster) = true;
+        open.push_back(cluster);
+    };
+    const auto walk = [&](int32_t start) {
+        reach(start);
+        while (!open.empty()) {
+            order.push_back(open.back());
+            open.pop_back();
+            const Cluster& cluster = at(mesh.clusters, order.back());
+            reach(cluster.backCluster);
+            reach(cluster.frontCluster);
+        }
+    };
+    const std::vector<int32_t>& starts = mesh.frameStartCluster;
+    if (starts.empty()) walk(0);
+    for (size_t f = 0; f < std::min(frames, starts.size()); ++f) walk(starts[f]);
+    return order;
+}
 
 std::vector<TriangleRun> trianglesOf(const Mesh& mesh) {
     std::vector<TriangleRun> runs;

@@ -1,12 +1,14 @@
 #include <algorithm>
 
 #include "mesh/mesh_words.h"
+#include "shape/drawn_triangles.h"
 #include "shape/problem_list.h"
 
 namespace marrowfen {
 
 namespace {
 
+constexpr float kFarTexture = 1000;        // beyond, steps of 32-bit floats show in large textures
 constexpr float kWeightTolerance = 1e-3F;  // of the sum of a vertex's weights
 
 template <class Entry, class Good>
@@ -116,6 +118,13 @@ void checkSorted(const Mesh& mesh, size_t i, ProblemList& list) {
     if (!all(mesh.clusters, good)) list.broken("cluster with primitives or a next cluster that aren't there", at);
     if (hasCircle(mesh.clusters)) list.broken("circle of clusters", at);
 
+    if (mesh.clusters.empty() && !mesh.primitives.empty()) list.odd("sorted mesh with faces and no cluster", at);
+    const size_t unreached = mesh.clusters.size() - reachableClusters(mesh, SIZE_MAX).size();
+    if (unreached > 0) {
+        list.odd("sorted mesh with clusters that no walk reaches",
+                 [&] { return place("mesh", i, "clusters", unreached); });
+    }
+
     // A mesh without faces keeps no cluster, and its walk starts at the end.
     const auto isStart = [&](int32_t c) { return hasIndex(mesh.clusters, c) || (c == 0 && mesh.clusters.empty()); };
     bool frames = mesh.frameFirstVertex.size() == mesh.frameVertexCount.size() &&
@@ -143,6 +152,12 @@ void checkMeshes(const Shape& shape, ProblemList& list) {
         }
         if (!all(mesh.vertexes, isFinite) || !all(mesh.normals, isFinite)) {
             list.odd("mesh with vertices or normals that aren't finite numbers", [&] { return place("mesh", i); });
+        }
+        const auto isNear = [](const Point2D& t) {
+            return std::fabs(t.x) <= kFarTexture && std::fabs(t.y) <= kFarTexture;
+        };
+        if (!all(mesh.texturevertexes, isNear)) {
+            list.odd("mesh with texture coordinates beyond 1000", [&] { return place("mesh", i); });
         }
         checkFrames(mesh, i, list);
         checkPrimitives(shape, mesh, i, list);

@@ -13,6 +13,9 @@ namespace {
 // Each packed component is cut by less than one step of 1/32767.
 constexpr float kUnitTolerance = 4.0F / 32767;
 
+// Coordinates of which 32-bit floats tell no more than sixteenths apart.
+constexpr float kFarBounds = 1e6F;
+
 // A level's objects are looked through for this many levels only, far more than an engine can tell apart, so that a
 // file of nothing but levels and objects takes no longer than others.
 constexpr size_t kLevelsLookedInto = 256;
@@ -122,6 +125,18 @@ void checkSubShapes(const Shape& shape, ProblemList& list) {
     }
 }
 
+// Engines collide with the vertices as they stand, of which a skin's wait for its bones.
+void checkCollisionMeshes(const Shape& shape, ProblemList& list) {
+    for (size_t i = 0; i < std::min(shape.detailLevels.size(), kLevelsLookedInto); ++i) {
+        const Shape::DetailLevel& level = shape.detailLevels[i];
+        if (levelKind(shape, level) == LevelKind::Visible) continue;
+        for (const LevelMesh& part : meshesOf(shape, level)) {
+            if (at(shape.meshes, part.mesh).type != MeshType::Skin) continue;
+            list.odd("collision mesh of type skin", [&] { return place("mesh", static_cast<size_t>(part.mesh)); });
+        }
+    }
+}
+
 // Levels are tried in their order: one shows from its size up to where an earlier one takes over.
 void checkDetailLevels(const Shape& shape, ProblemList& list) {
     checkNames(shape, "detail level", shape.detailLevels, list);
@@ -134,6 +149,7 @@ void checkDetailLevels(const Shape& shape, ProblemList& list) {
             list.odd("detail level without faces", [&] { return place("detail level", i); });
         }
     }
+    checkCollisionMeshes(shape, list);
     for (const size_t i : levelsThatNeverShow(shape)) {
         list.odd("detail level that can never show",
                  [&] { return place("detail level", i, "size", shape.detailLevels[i].size); });
@@ -147,7 +163,11 @@ void checkBounds(const Shape& shape, ProblemList& list) {
     if (drawsWithoutEnd(shape)) list.odd("more triangles than can be counted", [] { return std::string("shape"); });
     const auto [min, max] = shape.bounds;
     const bool whole = isFinite(min) && isFinite(max) && min.x <= max.x && min.y <= max.y && min.z <= max.z;
-    if (!whole) list.odd("bounds that hold nothing", [] { return std::string("shape"); });
+    if (!whole) return list.odd("bounds that hold nothing", [] { return std::string("shape"); });
+    const float reach = std::max({-min.x, -min.y, -min.z, max.x, max.y, max.z});
+    if (reach > kFarBounds) {
+        list.odd("bounds beyond 1000000", [] { return std::string("shape"); });
+    }
 }
 
 }  // namespace
