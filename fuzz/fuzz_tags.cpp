@@ -11,7 +11,9 @@ using namespace marrowfen;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string name(reinterpret_cast<const char*>(data), size);
     std::ostringstream log;
-    const MessageListener listener = [](const Message& message) { REQUIRE(message.kind == &kUnknownTag); };
+    const MessageListener listener = [](const Message& message) {
+        REQUIRE(message.kind == &kUnknownTag || message.kind == &kTagOfOtherRole || message.kind == &kTagValue);
+    };
     Notices notices(log, listener);
     LayerInfo layer;
     layer.name = name;
