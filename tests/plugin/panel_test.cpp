@@ -154,10 +154,15 @@ struct PanelFixture : testing::Test, TestFolder {
     }
 };
 
+// The panel as the first click opens it.
+struct OpenPanel : PanelFixture {
+    OpenPanel() { person.play({"left click"}); }
+    HeadlessPerson person{{}, folder, ""};
+};
+
 }  // namespace
 
-TEST_F(PanelFixture, DataBlockDescribesThePlugin) {
-    HeadlessPerson person({}, folder, "");
+TEST_F(OpenPanel, DataBlockDescribesThePlugin) {
     std::array<unsigned char, 100> expected{};
     std::copy_n("marrowfen", 9, expected.begin());
     std::copy_n("Quelland", 8, expected.begin() + 32);
@@ -165,7 +170,6 @@ TEST_F(PanelFixture, DataBlockDescribesThePlugin) {
     expected[98] = 1;
     EXPECT_EQ(person.data, expected);
     EXPECT_EQ(tsxGetVersion(), 650);
-    person.play({"left click"});
     EXPECT_EQ(person.desktop().ownerOf(person.panel()), tsxGetMainViewHwnd());
     EXPECT_EQ(person.desktop().focus(), nullptr);
     person.play({"left click"});
@@ -173,9 +177,8 @@ TEST_F(PanelFixture, DataBlockDescribesThePlugin) {
     EXPECT_EQ(person.desktop().openDialogs().size(), 1U);
 }
 
-TEST_F(PanelFixture, SaveDialogIsAskedAsStated) {
-    HeadlessPerson person({}, folder, "");
-    person.play({"left click", "cancel", "press Export"});
+TEST_F(OpenPanel, SaveDialogIsAskedAsStated) {
+    person.play({"cancel", "press Export"});
     using Filters = std::vector<std::pair<std::string, std::string>>;
     EXPECT_EQ(person.saveQuestion.filters, (Filters{{"DTS Files", "*.dts"}, {"All", "*.*"}}));
     EXPECT_EQ(person.saveQuestion.selectedFilter, 1);
@@ -190,24 +193,19 @@ TEST_F(PanelFixture, SaveDialogIsAskedAsStated) {
     EXPECT_EQ(person.saveQuestion.defaultExtension, "dsq");
 }
 
-TEST_F(PanelFixture, AboutBoxEndsByItsCloseBoxToo) {
-    HeadlessPerson person({}, folder, "");
+TEST_F(OpenPanel, AboutBoxEndsByItsCloseBoxToo) {
     person.closesAboutByKey = false;
-    person.play({"left click", "press About", "press About"});
+    person.play({"press About", "press About"});
     EXPECT_EQ(person.desktop().openDialogs().size(), 1U);
 }
 
-TEST_F(PanelFixture, PanelThatWentWithTheMainViewOpensAgain) {
-    HeadlessPerson person({}, folder, "");
-    person.play({"left click"});
+TEST_F(OpenPanel, PanelThatWentWithTheMainViewOpensAgain) {
     DestroyWindow(person.panel());
     person.play({"left click", "look"});
     EXPECT_EQ(person.seen.back(), "panel: name \"\", animation off, list []");
 }
 
-TEST_F(PanelFixture, OtherMessagesOfThePanelAreLeftAlone) {
-    HeadlessPerson person({}, folder, "");
-    person.play({"left click"});
+TEST_F(OpenPanel, OtherMessagesOfThePanelAreLeftAlone) {
     constexpr int kDoubleClicked = 5;
     EXPECT_EQ(SendMessageA(person.panel(), WM_COMMAND, MAKEWPARAM(IDC_EXPORT_DTS, kDoubleClicked), 0), FALSE);
     EXPECT_EQ(SendMessageA(person.panel(), WM_COMMAND, MAKEWPARAM(IDC_NODE_NAME, BN_CLICKED), 0), FALSE);
@@ -216,20 +214,18 @@ TEST_F(PanelFixture, OtherMessagesOfThePanelAreLeftAlone) {
     EXPECT_EQ(person.seen.size(), 1U);
 }
 
-TEST_F(PanelFixture, LogOfAnExportHoldsBannerAndEnd) {
-    HeadlessPerson person({}, folder, "");
-    person.play({"left click", "save as ship", "press Export"});
+TEST_F(OpenPanel, LogOfAnExportHoldsBannerAndEnd) {
+    person.play({"save as ship", "press Export"});
     const std::string log = readFile(folder / "ship.dts.log");
     EXPECT_TRUE(log.starts_with("Marrowfen v1.1.0\r\n\r\ntrueSpace major=660 minor=11\r\n\r\nBeginning to scan"));
     EXPECT_TRUE(log.ends_with("\r\nSaving shape...done\r\ndone\r\n\r\nExport Complete\r\n"));
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), std::count(log.begin(), log.end(), '\r'));
 }
 
-TEST_F(PanelFixture, FilesThatCannotBeOpenedStopNothing) {
-    HeadlessPerson person({}, folder, "");
+TEST_F(OpenPanel, FilesThatCannotBeOpenedStopNothing) {
     fs::create_directories(folder / "ship.dts");
     fs::create_directories(folder / "ship.dts.log");
-    person.play({"left click", "save as ship", "press Export"});
+    person.play({"save as ship", "press Export"});
     EXPECT_EQ(person.seen.back(), "message \"Export Complete\" (Marrowfen, information, owner panel)");
 }
 
@@ -276,9 +272,7 @@ TEST_F(PanelFixture, MarkerIsATwoColouredCubeOnItsLayer) {
     }
 }
 
-TEST_F(PanelFixture, NodeHelperAsksForANameItself) {
-    HeadlessPerson person({}, folder, "");
-    person.play({"left click"});
+TEST_F(OpenPanel, NodeHelperAsksForANameItself) {
     plugin::addNode("");
     EXPECT_EQ(person.seen.back(), "message \"Please enter a name for the node\" (Marrowfen, information, owner panel)");
     EXPECT_EQ(person.desktop().focus(), GetDlgItem(person.panel(), IDC_NODE_NAME));

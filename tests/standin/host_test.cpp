@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <numbers>
 
 #include "host/tsxapi.h"
 #include "tests/standin/scene_of.h"
@@ -61,43 +60,11 @@ std::string nameOf(TsxNode* node) {
     return name;
 }
 
-void expectNear(const Transform& actual, const Transform& expected, float tolerance = 1e-6F) {
-    for (size_t i = 0; i < actual.size(); ++i) EXPECT_NEAR(actual[i], expected[i], tolerance) << "number " << i;
-}
-
 // A quad of four vertices and a triangle over the same edge; the second material can't be given.
 const char kQuadAndTriangle[] = R"({"type": "polyhedron", "name": "p", "layer": 1, "location": [5, 0, 0],
     "vertices": [[0,0,0],[0,2,0],[2,2,0],[2,0,0],[0,0,3]], "uvs": [[0,0],[1,0.5]], "materials": ["wood", null],
     "faces": [{"corners": [[0,0],[1,0],[2,1],[3,1]]}, {"corners": [[0,0],[4,0],[1,1]], "material": 1}]})";
 const char kWood[] = R"(, "materials": {"wood": {"color": [1,2,3,4], "texture": "wood.bmp", "reflection": [1,2,3,4]}})";
-
-// The rotation part is Ry(-y) · Rz(-z) · Rx(-x) for column vectors.
-TEST(HostPose, TransformComesFromLocationAndRotation) {
-    const float quarter = std::numbers::pi_v<float> / 2;
-    const struct {
-        Vec3 rotation;
-        Transform expected;
-    } cases[] = {
-        {{0, 0, 0}, {1, 0, 0, 7, 0, 1, 0, 8, 0, 0, 1, 9}},
-        {{quarter, 0, 0}, {1, 0, 0, 7, 0, 0, 1, 8, 0, -1, 0, 9}},
-        {{0, quarter, 0}, {0, 0, -1, 7, 0, 1, 0, 8, 1, 0, 0, 9}},
-        {{0, 0, quarter}, {0, 1, 0, 7, -1, 0, 0, 8, 0, 0, 1, 9}},
-        {{quarter, quarter, 0}, {0, 1, 0, 7, 0, 0, 1, 8, 1, 0, 0, 9}},
-        {{0, quarter, quarter}, {0, 0, -1, 7, -1, 0, 0, 8, 0, 1, 0, 9}},
-        {{quarter, 0, quarter}, {0, 0, 1, 7, -1, 0, 0, 8, 0, -1, 0, 9}},
-    };
-    for (const auto& [rotation, expected] : cases) {
-        Scene scene;
-        scene.nodes.resize(1);
-        scene.nodes[0].location = {7, 8, 9};
-        scene.nodes[0].rotation = rotation;
-        const Host host(scene);
-        expectNear(transformOf(tsxSceneGetFirstNode()), expected);
-        Transform vertices;
-        tsxPolyhGetVxTxmx(tsxSceneGetFirstNode(), vertices.data());
-        expectNear(vertices, expected);
-    }
-}
 
 TEST(HostMatrix, WithoutAnInverseGivesTheIdentity) {
     const Transform identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};

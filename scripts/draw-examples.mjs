@@ -2,7 +2,7 @@
 // usage: node draw_examples.mjs OUT.png PAGE.html[@SEQUENCE@SHARE] ...
 
 import { resolve } from 'node:path';
-import { openOffline } from './chromium.mjs';
+import { openOffline } from '../tests/view/chromium.mjs';
 
 const [output, ...pages] = process.argv.slice(2);
 const WIDTH = 330;
