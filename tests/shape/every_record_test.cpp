@@ -6,6 +6,7 @@
 
 #include "ground/byte_order.h"
 #include "tests/files.h"
+#include "tests/shape/every_record.h"
 #include "tests/shape/written.h"
 
 namespace marrowfen {
@@ -70,6 +71,8 @@ Shape::Sequence sequence() {
     return s;
 }
 
+}  // namespace
+
 Shape everyRecord() {
     Shape shape;
     shape.names = {"Root", "Ball", "Detail64", "walk", ""};
@@ -105,6 +108,8 @@ Shape everyRecord() {
     shape.sequences = {sequence()};
     return shape;
 }
+
+namespace {
 
 // A word as what it looks like: letters, a whole number, a float, or bits.
 std::string shown(const std::string& bytes, uint32_t word) {
