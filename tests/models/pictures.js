@@ -123,7 +123,10 @@ function framing(scene, clip, times) {
 // One entry a surface, time and direction, all within one frame. clip: its name or number, shares: times as parts of it.
 window.compare = async ({ model, shape, clip, shares }) => {
   const scenes = [await load(model), await load(shape)];
-  const clips = scenes.map(({ animations }) => animations[clip] ?? animations.find(({ name }) => name === clip));
+  // Readers may bring clips in different orders.
+  const [of, others] = scenes.map(({ animations }) => animations);
+  const shown = of[clip] ?? of.find(({ name }) => name === clip);
+  const clips = [shown, others.find(({ name }) => name === shown?.name) ?? others[clip]];
   if (clip && !(clips[0] && clips[1])) throw new Error(`no animation ${clip} in both`);
   const times = shares.map((share) => share * (clips[0]?.duration ?? 0));
   const sphere = framing(scenes[0], clips[0], times);
