@@ -132,6 +132,7 @@ const std::vector<Step> kExports = {
     {"press Return", "Save As: #1148"},
     {"name ship.dts", "Save As: #1148"},
     {"press alt+s", "Error: &Yes"},
+    {"picture question", "Error: &Yes"},
     {"press alt+n", "Save As: &Save"},
     {"press Escape", "Marrowfen: Export With Animation (on)"},
     {"empty? ship.dts", "Marrowfen: Export With Animation (on)"},

@@ -2,16 +2,25 @@
 
 #include <cstdio>
 #include <fstream>
+#include <mutex>
 
 #include "tests/wine/host_thread.h"
 
 namespace marrowfen::test {
 
+// Keys are still being pressed while the plug-in shows how far it is.
 void Hands::ask(const std::string& command) const {
+    static std::mutex asking;
+    const std::lock_guard lock(asking);
     const std::string request = folder_ + "\\request";
     std::ofstream(request + ".new", std::ios::binary) << command << "\n";
     MoveFileA((request + ".new").c_str(), request.c_str());
     while (GetFileAttributesA(request.c_str()) != INVALID_FILE_ATTRIBUTES) Sleep(kPollMilliseconds);
+}
+
+void Hands::takePicture(const std::string& name) const {
+    GdiFlush();
+    ask("import -window root pictures/now/" + name + ".png");
 }
 
 // Backslashes are nothing to a shell within single quotes.

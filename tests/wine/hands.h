@@ -17,7 +17,7 @@ public:
     void type(const std::string& text) const;
     void click(HWND control) const;
     void clickCloseBox(HWND window) const;
-    void takePicture(const std::string& name) const { ask("import -window root pictures/now/" + name + ".png"); }
+    void takePicture(const std::string& name) const;
 
 private:
     void ask(const std::string& command) const;
