@@ -188,7 +188,7 @@ def water(x, y):
     return mix(mix(mirrored, NIGHT, 0.45 + 0.1 * ripple), (255, 206, 128), 0.75 * glow)
 
 
-def paint_about():
+def paint_about(version):
     canvas = Canvas(363, 133)
     canvas.fill(lambda x, y: gradient(SKY, y))
     for i in range(46):  # stars, scattered by a fixed rule
@@ -206,7 +206,7 @@ def paint_about():
         reed(canvas, root, height, lean, NIGHT, head)
     write(canvas, "Marrowfen", 43, 65, 33, 2.9, NIGHT, opacity=0.6)
     write(canvas, "Marrowfen", 42, 63.5, 33, 2.5, CREAM)
-    write(canvas, "shape exporter  1.1.0", 44, 86, 12, 0.8, CREAM, gap=0.24)
+    write(canvas, f"shape exporter  {version}", 44, 86, 12, 0.8, CREAM, gap=0.24)
     return canvas
 
 
@@ -279,7 +279,7 @@ def save(canvas, path):
             file.write(bytes(row).ljust(stride, b"\0"))
 
 
-folder = sys.argv[1]
+folder, version = sys.argv[1:]
 os.makedirs(folder, exist_ok=True)
 save(paint_icon(), os.path.join(folder, "icon.bmp"))
-save(paint_about(), os.path.join(folder, "about.bmp"))
+save(paint_about(version), os.path.join(folder, "about.bmp"))
