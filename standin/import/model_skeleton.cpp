@@ -30,7 +30,7 @@ struct Joint {
 };
 
 // Corners of a mesh's box, to measure by how much two placements of the mesh differ.
-using Corners = std::array<Vector, 8>;
+using BoxCorners = std::array<Vector, 8>;
 
 ModelNode& nodeAt(Model& model, int32_t index) { return model.nodes[static_cast<size_t>(index)]; }
 
@@ -97,28 +97,28 @@ void markBetweenAndBelow(Model& model) {
     }
 }
 
-Corners cornersOf(const SourceMesh& mesh) {
+BoxCorners cornersOf(const SourceMesh& mesh) {
     Vector low(mesh.positions[0]), high = low;
     for (const aiVector3D& position : mesh.positions) {
         const Vector at(position);
         low = {std::min(low.x, at.x), std::min(low.y, at.y), std::min(low.z, at.z)};
         high = {std::max(high.x, at.x), std::max(high.y, at.y), std::max(high.z, at.z)};
     }
-    Corners corners;
+    BoxCorners corners;
     for (unsigned c = 0; c < 8; ++c) {
         corners[c] = {(c & 1) != 0 ? high.x : low.x, (c & 2) != 0 ? high.y : low.y, (c & 4) != 0 ? high.z : low.z};
     }
     return corners;
 }
 
-bool isSamePlace(const Corners& corners, const Matrix& a, const Matrix& b) {
+bool isSamePlace(const BoxCorners& corners, const Matrix& a, const Matrix& b) {
     const double size =
         std::max((a * corners[7] - a * corners[0]).Length(), (b * corners[7] - b * corners[0]).Length());
     return std::all_of(corners.begin(), corners.end(),
                        [&](const Vector& corner) { return (a * corner - b * corner).Length() <= kSamePlace * size; });
 }
 
-bool isSameSize(const Corners& corners, const Matrix& a, const Matrix& b) {
+bool isSameSize(const BoxCorners& corners, const Matrix& a, const Matrix& b) {
     const double sizeA = (a * corners[7] - a * corners[0]).Length();
     const double sizeB = (b * corners[7] - b * corners[0]).Length();
     return std::fabs(sizeA - sizeB) <= 0.01 * std::max(sizeA, sizeB);
@@ -134,7 +134,7 @@ std::vector<Joint> jointsOf(const SourceMesh& mesh) {
 }
 
 // Scene-from-mesh of a skinned mesh in its bind pose.
-Matrix bindPlace(const Model& model, int32_t node, const std::vector<Joint>& joints, const Corners& corners) {
+Matrix bindPlace(const Model& model, int32_t node, const std::vector<Joint>& joints, const BoxCorners& corners) {
     // A bone that another mesh has bound already says where this one stood.
     for (const Joint& joint : joints) {
         const ModelNode& bone = model.nodes[static_cast<size_t>(joint.node)];
@@ -160,7 +160,7 @@ void bindMesh(Model& model, int32_t node, int32_t meshIndex) {
     const SourceMesh& mesh = meshAt(model, meshIndex);
     const std::vector<Joint> joints = jointsOf(mesh);
     if (joints.empty() || mesh.positions.empty()) return;
-    const Corners corners = cornersOf(mesh);
+    const BoxCorners corners = cornersOf(mesh);
     const Matrix place = bindPlace(model, node, joints, corners);
     if (!isFinite(place)) return;
     model.skinPlaces.emplace(std::make_pair(node, meshIndex), place);
