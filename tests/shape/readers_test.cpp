@@ -24,17 +24,6 @@ Shape forDsq() {
     return shape;
 }
 
-TEST(Readers, WhatWasReadWritesTheSameBytes) {
-    const std::string dtsFile = dts(everyRecord()), dsqFile = dsq(forDsq());
-    std::string surplus;
-    Shape back = readDts(dtsFile, &surplus);
-    EXPECT_EQ(back.error() + surplus, "");
-    EXPECT_TRUE(dts(back) == dtsFile);
-    back = readDsq(dsqFile, &surplus);
-    EXPECT_EQ(back.error() + surplus, "");
-    EXPECT_TRUE(dsq(back) == dsqFile);
-}
-
 TEST(Readers, OnlyTheLowByteIsTheVersion) {
     const std::string file = dts(everyRecord());
     for (const uint32_t word : {0x18U, 0x00220018U, 0xFFFFFF18U, 25U, 255U, 0x1234U}) {
