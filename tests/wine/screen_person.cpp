@@ -149,7 +149,8 @@ void ScreenPerson::runInHost(const std::function<void()>& act) {
 void ScreenPerson::useDialogs() {
     std::erase_if(handled_, [](HWND dialog) { return !IsWindow(dialog); });
     for (HWND dialog : host_.dialogs()) {
-        if (!IsWindowEnabled(dialog) || handled_.count(dialog) > 0) continue;
+        // A dialog that isn't shown yet has no texts to read.
+        if (!IsWindowVisible(dialog) || !IsWindowEnabled(dialog) || handled_.count(dialog) > 0) continue;
         if (useDialog(dialog)) handled_.insert(dialog);
     }
 }
