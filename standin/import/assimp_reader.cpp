@@ -1,4 +1,5 @@
 #include <assimp/GltfMaterial.h>
+#include <assimp/config.h>
 #include <assimp/importerdesc.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -14,7 +15,9 @@
 #include <unordered_map>
 
 #include "standin/import/assimp_axes.h"
+#include "standin/import/assimp_files.h"
 #include "standin/import/model_import.h"
+#include "standin/import/polygon_cut.h"
 #include "standin/import/source_model.h"
 
 // What Assimp reads, as a source model. Assimp checks some formats and not others, so every index is checked here.
@@ -23,6 +26,7 @@ namespace marrowfen::standin {
 
 namespace {
 
+constexpr std::string_view kColladaNameless = "$ColladaAutoName$";
 constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
 constexpr std::string_view kObjReader = "Wavefront Object Importer";
 constexpr std::string_view kColladaReader = "Collada Importer";
@@ -31,6 +35,7 @@ constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
 
 struct AssimpReading {
     const aiScene& scene;
+    const aiScene* named;  // the same with the names that people see, where they aren't the ones that tell nodes apart
     std::string_view format;
     std::filesystem::path path;
     SourceModel model;
@@ -63,6 +68,7 @@ std::string outOf(size_t index, size_t count) { return std::to_string(index) + "
 void checkMesh(AssimpReading& reading, unsigned index) {
     SourceModel& model = reading.model;
     const aiMesh* mesh = reading.scene.mMeshes[index];
+    if (mesh != nullptr && mesh->mNumFaces == 0 && mesh->mNumVertices == 0) return;
     if (mesh == nullptr || mesh->mVertices == nullptr || (mesh->mNumFaces > 0 && mesh->mFaces == nullptr)) {
         return model.fail("mesh " + std::to_string(index) + " has no vertices or faces");
     }
@@ -127,15 +133,23 @@ bool isNamedAfterFile(const AssimpReading& reading, const aiNode& root) {
     return name.filename() == reading.path.filename() || name.filename() == reading.path.stem();
 }
 
-void addNode(AssimpReading& reading, const aiNode& source, int32_t parent) {
+// What a person calls a node. named: the same node with the other names, or null.
+std::string nameOf(const aiNode& source, const aiNode* named) {
+    const std::string name = named == nullptr ? std::string() : textOf(named->mName);
+    return name.empty() || name.starts_with(kColladaNameless) ? textOf(source.mName) : name;
+}
+
+void addNode(AssimpReading& reading, const aiNode& source, const aiNode* named, int32_t parent) {
     const auto index = static_cast<int32_t>(reading.model.nodes.size());
+    if (named != nullptr && named->mNumChildren != source.mNumChildren) named = nullptr;
     SourceNode node;
     node.parent = parent;
     node.helper = std::string_view(source.mName.C_Str()).find(kFbxHelper) != std::string_view::npos;
-    node.name = textOf(source.mName);
+    node.name = nameOf(source, named);
     const std::string number = madeUpNumber(reading, node.name);
     // Other readers make up names such as "<STL_BINARY>".
-    node.unnamed = node.name.empty() || node.name.front() == '<' || !number.empty();
+    node.unnamed =
+        node.name.empty() || node.name.front() == '<' || !number.empty() || node.name.starts_with(kColladaNameless);
     if (!number.empty()) node.name = "node" + number;
     if (parent == kNone && isNamedAfterFile(reading, source)) node.unnamed = true;
     node.local = Matrix(source.mTransformation);
@@ -143,7 +157,8 @@ void addNode(AssimpReading& reading, const aiNode& source, int32_t parent) {
     reading.nodeByName.emplace(source.mName.C_Str(), index);
     reading.model.nodes.push_back(std::move(node));
     for (unsigned c = 0; c < source.mNumChildren; ++c) {
-        if (source.mChildren[c] != nullptr) addNode(reading, *source.mChildren[c], index);
+        const aiNode* child = named == nullptr ? nullptr : named->mChildren[c];
+        if (source.mChildren[c] != nullptr) addNode(reading, *source.mChildren[c], child, index);
     }
 }
 
@@ -156,9 +171,9 @@ void addFaces(AssimpReading& reading, const aiMesh& source, SourceMesh& mesh) {
     for (unsigned f = 0; f < source.mNumFaces; ++f) {
         const aiFace& face = source.mFaces[f];
         if (face.mNumIndices < 3) ++reading.model.linesAndPoints;
-        for (unsigned c = 2; c < face.mNumIndices; ++c) {
-            mesh.corners.insert(mesh.corners.end(), {face.mIndices[0], face.mIndices[c - 1], face.mIndices[c]});
-        }
+        const std::vector<uint32_t> corners(face.mIndices, face.mIndices + face.mNumIndices);
+        const std::vector<uint32_t> triangles = cutPolygon(mesh.positions, corners);
+        mesh.corners.insert(mesh.corners.end(), triangles.begin(), triangles.end());
     }
 }
 
@@ -368,7 +383,7 @@ void noteMissingLibraries(AssimpReading& reading) {
 void convert(AssimpReading& reading) {
     SourceModel& model = reading.model;
     const aiScene& scene = reading.scene;
-    addNode(reading, *scene.mRootNode, kNone);
+    addNode(reading, *scene.mRootNode, reading.named == nullptr ? nullptr : reading.named->mRootNode, kNone);
     findAxes(scene, reading.format, model);
     if (reading.format == kColladaReader) takeUnitFromRoot(model);
     if (reading.format == kObjReader) noteMissingLibraries(reading);
@@ -381,27 +396,39 @@ void convert(AssimpReading& reading) {
     model.frameRate = frameRateOf(scene);
 }
 
+const aiScene* readFile(Assimp::Importer& importer, const std::string& path) {
+    importer.SetIOHandler(new ModelFiles);
+    return importer.ReadFile(path, 0);
+}
+
+// A Collada file's scene with the nodes' names for their identifiers. Several nodes may have one name, so animations
+// and skins are found by the identifiers.
+const aiScene* readNames(Assimp::Importer& importer, const std::string& path) {
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
+    return readFile(importer, path);
+}
+
 }  // namespace
 
 SourceModel readWithAssimp(const std::string& path) {
-    Assimp::Importer importer;
+    Assimp::Importer importer, names;
     SourceModel model;
-    const aiScene* scene = importer.ReadFile(path, 0);
+    const aiScene* scene = readFile(importer, path);
     if (scene == nullptr) {
         model.fail(oneLine(importer.GetErrorString()));
         return model;
     }
     const std::string format = readerName(importer);
-    AssimpReading reading{*scene, format, path, {}, {}};
+    AssimpReading reading{*scene, nullptr, format, path, {}, {}};
     if (scene->mRootNode == nullptr) reading.model.fail("the file holds no nodes");
     for (unsigned m = 0; m < scene->mNumMeshes && reading.model.error.empty(); ++m) checkMesh(reading, m);
     if (reading.model.error.empty()) checkNode(reading, *scene->mRootNode, 1);
-    // Polygons are cut into triangles here, where concave ones are cut right; the host would cut them as fans. Mappings
-    // other than coordinates, and texture transforms, are worked into the coordinates.
-    if (reading.model.error.empty() && importer.ApplyPostProcessing(aiProcess_Triangulate | aiProcess_GenUVCoords |
-                                                                    aiProcess_TransformUVCoords) == nullptr) {
+    // Mappings other than coordinates, and texture transforms, are worked into the coordinates.
+    if (reading.model.error.empty() &&
+        importer.ApplyPostProcessing(aiProcess_GenUVCoords | aiProcess_TransformUVCoords) == nullptr) {
         reading.model.fail(oneLine(importer.GetErrorString()));
     }
+    if (format == kColladaReader) reading.named = readNames(names, path);
     if (reading.model.error.empty()) convert(reading);
     return std::move(reading.model);
 }

@@ -112,7 +112,7 @@ async function verdictOf(page, file) {
   const counted = `${source.triangles} triangles, ${source.materials} materials, ${source.joints.length} joints, ${source.clips.length} clips`;
   if (!shape) {
     const reason = said.split('\n').find((line) => line.startsWith('error: ')) ?? 'no reason';
-    const rightly = !source.triangles || KNOWN[nameOf(file)] || WAY_OUT.test(reason);
+    const rightly = !source.triangles || KNOWN[nameOf(file)] || WAY_OUT.test(said);
     return { counted, verdict: rightly ? 'refused' : 'REFUSED', lines: [reason] };
   }
   if (!source.bounds) return { counted, verdict: 'unread', lines: ['the other reader finds nothing to draw'] };
