@@ -24,18 +24,17 @@ struct ZUpReader {
 constexpr ZUpReader kZUpReaders[] = {
     {"TrueSpace Object Importer", false},
     {"3mf Importer", false},
-    {"Additive manufacturing file format(AMF) Importer", false},
+    {kAmfReader, false},
     {"Stereolithography (STL) Importer", false},
     {"Valve SMD Importer", false},
     {"Quick3D Importer", false},
     {"CharacterStudio Motion Importer (MoCap)", false},
     {"3D GameStudio Heightmap (HMP) Importer", false},
-    {"Blender 3D Importer (http://www.blender3d.org)", true},
+    {kBlenderReader, true},
     {"Open Game Engine Exchange", true},
 };
 // A left-handed Z-up format that is mirrored along Z, as if it were Y-up: the top comes out at the bottom.
 constexpr std::string_view kUnrealReader = "Unreal Mesh Importer";
-constexpr std::string_view kBlenderReader = "Blender 3D Importer (http://www.blender3d.org)";
 // LightWave looks along +Z at its models, which therefore face -Z.
 constexpr std::string_view kLightWaveReader = "LightWave/Modo Object Importer";
 constexpr std::string_view kLightWaveScenes = "LightWave Scene Importer";

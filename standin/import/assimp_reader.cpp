@@ -14,6 +14,7 @@
 #include <sstream>
 #include <unordered_map>
 
+#include "ground/ascii.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/assimp_files.h"
 #include "standin/import/model_import.h"
@@ -365,6 +366,25 @@ double frameRateOf(const aiScene& scene) {
     return 0;
 }
 
+// The reader passes over the unit of an AMF file, and over all volumes of a mesh but one.
+void checkAmf(AssimpReading& reading) {
+    std::ifstream file(reading.path, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::pair<const char*, double> kUnits[] = {
+        {"millimeter", 0.001}, {"inch", 0.0254}, {"feet", 0.3048}, {"meter", 1}, {"micrometer", 1e-6}};
+    const size_t head = std::min(text.find("<amf"), text.size());
+    const std::string opening = text.substr(head, text.find('>', head) - head);
+    for (const auto& [name, metres] : kUnits) {
+        if (opening.find(std::string("unit=\"") + name + '"') != std::string::npos) reading.model.unit = metres;
+    }
+    size_t there = 0, read = 0;
+    for (size_t at = text.find("<triangle>"); at != std::string::npos; at = text.find("<triangle>", at + 1)) ++there;
+    for (const SourceMesh& mesh : reading.model.meshes) read += mesh.corners.size() / 3;
+    if (read >= there) return;
+    reading.model.remarks.push_back(std::to_string(there - read) +
+                                    " triangles are lost: of the volumes and materials of an AMF mesh, one is read");
+}
+
 // Assimp passes over a material library that isn't there without a word.
 void noteMissingLibraries(AssimpReading& reading) {
     std::ifstream file(reading.path);
@@ -390,6 +410,12 @@ void convert(AssimpReading& reading) {
     // Of Half-Life models the reader makes all bones siblings, with poses that are meant relative to parents.
     model.losesSkeleton = reading.format == kQuakeReader && model.nodes[0].name == "<MDL_root>";
     for (unsigned m = 0; m < scene.mNumMeshes && model.error.empty(); ++m) addMesh(reading, m);
+    if (reading.format == kAmfReader) checkAmf(reading);
+    if (reading.format == kBlenderReader) {
+        model.remarks.emplace_back(
+            "a .blend file is read without its modifiers and animations: export glTF from Blender to have what it "
+            "shows");
+    }
     for (unsigned m = 0; m < scene.mNumMaterials; ++m) addMaterial(reading, *scene.mMaterials[m]);
     for (unsigned t = 0; t < scene.mNumTextures; ++t) addImage(reading, *scene.mTextures[t]);
     for (unsigned a = 0; a < scene.mNumAnimations; ++a) addClip(reading, *scene.mAnimations[a]);
@@ -415,7 +441,8 @@ SourceModel readWithAssimp(const std::string& path) {
     SourceModel model;
     const aiScene* scene = readFile(importer, path);
     if (scene == nullptr) {
-        model.fail(oneLine(importer.GetErrorString()));
+        const bool isBlend = equalIgnoringCase(std::filesystem::path(path).extension().string(), ".blend");
+        model.fail(oneLine(importer.GetErrorString()) + (isBlend ? "; export glTF from Blender instead" : ""));
         return model;
     }
     const std::string format = readerName(importer);

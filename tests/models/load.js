@@ -92,10 +92,17 @@ function parseBvh(bytes) {
   return group;
 }
 
+// In millimetres where the file says a unit.
+function parseAmf(bytes) {
+  const model = new AMFLoader(manager).parse(bytes.buffer);
+  if (/<amf[^>]*unit=/.test(textOf(bytes.subarray(0, 500)))) model.scale.multiplyScalar(0.001);
+  return model;
+}
+
 // up: which of the file's axes is up once the loader has read it; uvUp: texture coordinates grow upwards.
 const FORMATS = {
   '3mf': { parse: (bytes) => new ThreeMFLoader(manager).parse(bytes.buffer), up: 'z', uvUp: true },
-  amf: { parse: (bytes) => new AMFLoader(manager).parse(bytes.buffer), up: 'z' },
+  amf: { parse: parseAmf, up: 'z' },
   bvh: { parse: parseBvh },
   dae: { parse: parseCollada, uvUp: true },
   fbx: { parse: parseFbx, uvUp: true },
