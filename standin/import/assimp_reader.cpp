@@ -32,6 +32,18 @@ constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
 constexpr std::string_view kObjReader = "Wavefront Object Importer";
 constexpr std::string_view kColladaReader = "Collada Importer";
 constexpr std::string_view kQuakeReader = "Quake Mesh / 3D GameStudio Mesh Importer";
+// They say of every material that it shows from both sides, which their files don't.
+constexpr std::string_view kTwoSidedReaders[] = {"Stanford Polygon Library (PLY) Importer", "OFF Importer"};
+// What a reader leaves out of every file that has it.
+constexpr std::pair<std::string_view, const char*> kLossyReaders[] = {
+    {kBlenderReader,
+     "a .blend file is read without its modifiers and animations: export glTF from Blender to have what it shows"},
+    {"Inter-Quake Model Importer", "of an IQM file the meshes alone are read, without bones and animations"},
+    {"Quake II Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"},
+    {"Quake III Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"},
+    {"Return To Castle Wolfenstein Mesh Importer",
+     "of a file whose animations are of vertices, the first frame alone is read"},
+    {"Unreal Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"}};
 constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
 
 struct AssimpReading {
@@ -281,7 +293,9 @@ void addMaterial(AssimpReading& reading, const aiMaterial& source) {
     source.Get(AI_MATKEY_COLOR_EMISSIVE, emission);
     material.emission = std::max({emission.r, emission.g, emission.b});
     int twoSided = 0;
-    material.doubleSided = source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
+    const bool isSaid = std::find(std::begin(kTwoSidedReaders), std::end(kTwoSidedReaders), reading.format) ==
+                        std::end(kTwoSidedReaders);
+    material.doubleSided = isSaid && source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
     reading.model.materials.push_back(std::move(material));
 }
 
@@ -411,10 +425,8 @@ void convert(AssimpReading& reading) {
     model.losesSkeleton = reading.format == kQuakeReader && model.nodes[0].name == "<MDL_root>";
     for (unsigned m = 0; m < scene.mNumMeshes && model.error.empty(); ++m) addMesh(reading, m);
     if (reading.format == kAmfReader) checkAmf(reading);
-    if (reading.format == kBlenderReader) {
-        model.remarks.emplace_back(
-            "a .blend file is read without its modifiers and animations: export glTF from Blender to have what it "
-            "shows");
+    for (const auto& [reader, loss] : kLossyReaders) {
+        if (reading.format == reader) model.remarks.emplace_back(loss);
     }
     for (unsigned m = 0; m < scene.mNumMaterials; ++m) addMaterial(reading, *scene.mMaterials[m]);
     for (unsigned t = 0; t < scene.mNumTextures; ++t) addImage(reading, *scene.mTextures[t]);
@@ -425,6 +437,16 @@ void convert(AssimpReading& reading) {
 const aiScene* readFile(Assimp::Importer& importer, const std::string& path) {
     importer.SetIOHandler(new ModelFiles);
     return importer.ReadFile(path, 0);
+}
+
+// A reader may take a file for its own whose ending it doesn't know, and then say what is wrong with it.
+std::string whyUnread(const Assimp::Importer& importer, const std::string& path) {
+    const std::string ending = std::filesystem::path(path).extension().string();
+    if (equalIgnoringCase(ending, ".glb")) return "is a binary glTF 1.0 file, which isn't read: make glTF 2.0 of it";
+    if (!importer.IsExtensionSupported(ending))
+        return "files of its kind aren't read (marrowfen formats lists those that are)";
+    const std::string fault = oneLine(importer.GetErrorString());
+    return equalIgnoringCase(ending, ".blend") ? fault + "; export glTF from Blender instead" : fault;
 }
 
 // A Collada file's scene with the nodes' names for their identifiers. Several nodes may have one name, so animations
@@ -441,8 +463,7 @@ SourceModel readWithAssimp(const std::string& path) {
     SourceModel model;
     const aiScene* scene = readFile(importer, path);
     if (scene == nullptr) {
-        const bool isBlend = equalIgnoringCase(std::filesystem::path(path).extension().string(), ".blend");
-        model.fail(oneLine(importer.GetErrorString()) + (isBlend ? "; export glTF from Blender instead" : ""));
+        model.fail(whyUnread(importer, path));
         return model;
     }
     const std::string format = readerName(importer);

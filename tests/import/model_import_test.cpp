@@ -181,7 +181,7 @@ TEST(ModelImport, PolygonsAreCutWithinThemselves) {
     const struct {
         std::vector<aiVector3D> corners;
         float area;
-    } kCases[] = {{{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}}, 4},
+    } kCases[] = {{{{0, 0, 0}, {0, 0, 2}, {2, 0, 2}, {2, 0, 0}}, 4},
                   {{{0, 0, 1}, {3, 0, 1}, {3, 1, 1}, {1, 1, 1}, {1, 2, 1}, {0, 2, 1}}, 4},
                   {{{0, 0, 0}, {0, 0, 3}, {0, 1, 1}, {0, 3, 3}, {0, 3, 0}}, 6},
                   {{{0, 0, 0}, {0, 2, 0}, {2, 0, 0}, {2, 2, 0}}, -1},
@@ -598,7 +598,7 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
         {"loop.gltf", gltfWith("nodes", nlohmann::json::parse(R"([{"mesh": 0, "children": [0]}])")),
          "hangs in two places"},
         {"empty.obj", "", ""},
-        {"text.xyz", "hello", "No suitable reader"},
+        {"text.xyz", "hello", "of its kind aren't read"},
         {"points.obj", triangle + "p 1 2 3\n", "no triangles"},
         {"range.obj", triangle + "f 1 2 9\n", ""},
         {"nan.ply", plyHead + "3" + plyBody + plyFaces + "0 0 0\n1 0 nan\n0 1 0\n3 0 1 2\n", "isn't finite"},
