@@ -24,18 +24,20 @@ struct ZUpReader {
 constexpr ZUpReader kZUpReaders[] = {
     {"TrueSpace Object Importer", false},
     {"3mf Importer", false},
-    {"Additive manufacturing file format(AMF) Importer", false},
+    {kAmfReader, false},
     {"Stereolithography (STL) Importer", false},
     {"Valve SMD Importer", false},
     {"Quick3D Importer", false},
     {"CharacterStudio Motion Importer (MoCap)", false},
     {"3D GameStudio Heightmap (HMP) Importer", false},
-    {"Blender 3D Importer (http://www.blender3d.org)", true},
+    {kBlenderReader, true},
     {"Open Game Engine Exchange", true},
 };
 // A left-handed Z-up format that is mirrored along Z, as if it were Y-up: the top comes out at the bottom.
 constexpr std::string_view kUnrealReader = "Unreal Mesh Importer";
-constexpr std::string_view kBlenderReader = "Blender 3D Importer (http://www.blender3d.org)";
+// LightWave looks along +Z at its models, which therefore face -Z.
+constexpr std::string_view kLightWaveReader = "LightWave/Modo Object Importer";
+constexpr std::string_view kLightWaveScenes = "LightWave Scene Importer";
 
 Axis axisOf(int axis, int sign) {
     Axis result = {0, 0, 0};
@@ -87,6 +89,8 @@ void findAxes(const aiScene& scene, std::string_view reader, SourceModel& model)
         if (reader == kBlenderReader) model.unit = 1;
     } else if (reader == kUnrealReader) {
         model.upright = uprightFrom(0, 1, 2, -1);
+        model.facesFront = false;
+    } else if (reader == kLightWaveReader || reader == kLightWaveScenes) {
         model.facesFront = false;
     } else if (reader == kFbxReader && scene.mMetaData != nullptr) {
         model.upright = uprightOfMetadata(*scene.mMetaData);

@@ -1,4 +1,5 @@
 #include <assimp/GltfMaterial.h>
+#include <assimp/config.h>
 #include <assimp/importerdesc.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -13,8 +14,11 @@
 #include <sstream>
 #include <unordered_map>
 
+#include "ground/ascii.h"
 #include "standin/import/assimp_axes.h"
+#include "standin/import/assimp_files.h"
 #include "standin/import/model_import.h"
+#include "standin/import/polygon_cut.h"
 #include "standin/import/source_model.h"
 
 // What Assimp reads, as a source model. Assimp checks some formats and not others, so every index is checked here.
@@ -23,14 +27,28 @@ namespace marrowfen::standin {
 
 namespace {
 
+constexpr std::string_view kColladaNameless = "$ColladaAutoName$";
 constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
 constexpr std::string_view kObjReader = "Wavefront Object Importer";
 constexpr std::string_view kColladaReader = "Collada Importer";
 constexpr std::string_view kQuakeReader = "Quake Mesh / 3D GameStudio Mesh Importer";
+// They say of every material that it shows from both sides, which their files don't.
+constexpr std::string_view kTwoSidedReaders[] = {"Stanford Polygon Library (PLY) Importer", "OFF Importer"};
+// What a reader leaves out of every file that has it.
+constexpr std::pair<std::string_view, const char*> kLossyReaders[] = {
+    {kBlenderReader,
+     "a .blend file is read without its modifiers and animations: export glTF from Blender to have what it shows"},
+    {"Inter-Quake Model Importer", "of an IQM file the meshes alone are read, without bones and animations"},
+    {"Quake II Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"},
+    {"Quake III Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"},
+    {"Return To Castle Wolfenstein Mesh Importer",
+     "of a file whose animations are of vertices, the first frame alone is read"},
+    {"Unreal Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"}};
 constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
 
 struct AssimpReading {
     const aiScene& scene;
+    const aiScene* named;  // the same with the names that people see, where they aren't the ones that tell nodes apart
     std::string_view format;
     std::filesystem::path path;
     SourceModel model;
@@ -63,6 +81,7 @@ std::string outOf(size_t index, size_t count) { return std::to_string(index) + "
 void checkMesh(AssimpReading& reading, unsigned index) {
     SourceModel& model = reading.model;
     const aiMesh* mesh = reading.scene.mMeshes[index];
+    if (mesh != nullptr && mesh->mNumFaces == 0 && mesh->mNumVertices == 0) return;
     if (mesh == nullptr || mesh->mVertices == nullptr || (mesh->mNumFaces > 0 && mesh->mFaces == nullptr)) {
         return model.fail("mesh " + std::to_string(index) + " has no vertices or faces");
     }
@@ -127,15 +146,23 @@ bool isNamedAfterFile(const AssimpReading& reading, const aiNode& root) {
     return name.filename() == reading.path.filename() || name.filename() == reading.path.stem();
 }
 
-void addNode(AssimpReading& reading, const aiNode& source, int32_t parent) {
+// What a person calls a node. named: the same node with the other names, or null.
+std::string nameOf(const aiNode& source, const aiNode* named) {
+    const std::string name = named == nullptr ? std::string() : textOf(named->mName);
+    return name.empty() || name.starts_with(kColladaNameless) ? textOf(source.mName) : name;
+}
+
+void addNode(AssimpReading& reading, const aiNode& source, const aiNode* named, int32_t parent) {
     const auto index = static_cast<int32_t>(reading.model.nodes.size());
+    if (named != nullptr && named->mNumChildren != source.mNumChildren) named = nullptr;
     SourceNode node;
     node.parent = parent;
     node.helper = std::string_view(source.mName.C_Str()).find(kFbxHelper) != std::string_view::npos;
-    node.name = textOf(source.mName);
+    node.name = nameOf(source, named);
     const std::string number = madeUpNumber(reading, node.name);
     // Other readers make up names such as "<STL_BINARY>".
-    node.unnamed = node.name.empty() || node.name.front() == '<' || !number.empty();
+    node.unnamed =
+        node.name.empty() || node.name.front() == '<' || !number.empty() || node.name.starts_with(kColladaNameless);
     if (!number.empty()) node.name = "node" + number;
     if (parent == kNone && isNamedAfterFile(reading, source)) node.unnamed = true;
     node.local = Matrix(source.mTransformation);
@@ -143,7 +170,8 @@ void addNode(AssimpReading& reading, const aiNode& source, int32_t parent) {
     reading.nodeByName.emplace(source.mName.C_Str(), index);
     reading.model.nodes.push_back(std::move(node));
     for (unsigned c = 0; c < source.mNumChildren; ++c) {
-        if (source.mChildren[c] != nullptr) addNode(reading, *source.mChildren[c], index);
+        const aiNode* child = named == nullptr ? nullptr : named->mChildren[c];
+        if (source.mChildren[c] != nullptr) addNode(reading, *source.mChildren[c], child, index);
     }
 }
 
@@ -156,9 +184,9 @@ void addFaces(AssimpReading& reading, const aiMesh& source, SourceMesh& mesh) {
     for (unsigned f = 0; f < source.mNumFaces; ++f) {
         const aiFace& face = source.mFaces[f];
         if (face.mNumIndices < 3) ++reading.model.linesAndPoints;
-        for (unsigned c = 2; c < face.mNumIndices; ++c) {
-            mesh.corners.insert(mesh.corners.end(), {face.mIndices[0], face.mIndices[c - 1], face.mIndices[c]});
-        }
+        const std::vector<uint32_t> corners(face.mIndices, face.mIndices + face.mNumIndices);
+        const std::vector<uint32_t> triangles = cutPolygon(mesh.positions, corners);
+        mesh.corners.insert(mesh.corners.end(), triangles.begin(), triangles.end());
     }
 }
 
@@ -265,7 +293,9 @@ void addMaterial(AssimpReading& reading, const aiMaterial& source) {
     source.Get(AI_MATKEY_COLOR_EMISSIVE, emission);
     material.emission = std::max({emission.r, emission.g, emission.b});
     int twoSided = 0;
-    material.doubleSided = source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
+    const bool isSaid = std::find(std::begin(kTwoSidedReaders), std::end(kTwoSidedReaders), reading.format) ==
+                        std::end(kTwoSidedReaders);
+    material.doubleSided = isSaid && source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
     reading.model.materials.push_back(std::move(material));
 }
 
@@ -350,6 +380,25 @@ double frameRateOf(const aiScene& scene) {
     return 0;
 }
 
+// The reader passes over the unit of an AMF file, and over all volumes of a mesh but one.
+void checkAmf(AssimpReading& reading) {
+    std::ifstream file(reading.path, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::pair<const char*, double> kUnits[] = {
+        {"millimeter", 0.001}, {"inch", 0.0254}, {"feet", 0.3048}, {"meter", 1}, {"micrometer", 1e-6}};
+    const size_t head = std::min(text.find("<amf"), text.size());
+    const std::string opening = text.substr(head, text.find('>', head) - head);
+    for (const auto& [name, metres] : kUnits) {
+        if (opening.find(std::string("unit=\"") + name + '"') != std::string::npos) reading.model.unit = metres;
+    }
+    size_t there = 0, read = 0;
+    for (size_t at = text.find("<triangle>"); at != std::string::npos; at = text.find("<triangle>", at + 1)) ++there;
+    for (const SourceMesh& mesh : reading.model.meshes) read += mesh.corners.size() / 3;
+    if (read >= there) return;
+    reading.model.remarks.push_back(std::to_string(there - read) +
+                                    " triangles are lost: of the volumes and materials of an AMF mesh, one is read");
+}
+
 // Assimp passes over a material library that isn't there without a word.
 void noteMissingLibraries(AssimpReading& reading) {
     std::ifstream file(reading.path);
@@ -368,40 +417,66 @@ void noteMissingLibraries(AssimpReading& reading) {
 void convert(AssimpReading& reading) {
     SourceModel& model = reading.model;
     const aiScene& scene = reading.scene;
-    addNode(reading, *scene.mRootNode, kNone);
+    addNode(reading, *scene.mRootNode, reading.named == nullptr ? nullptr : reading.named->mRootNode, kNone);
     findAxes(scene, reading.format, model);
     if (reading.format == kColladaReader) takeUnitFromRoot(model);
     if (reading.format == kObjReader) noteMissingLibraries(reading);
     // Of Half-Life models the reader makes all bones siblings, with poses that are meant relative to parents.
     model.losesSkeleton = reading.format == kQuakeReader && model.nodes[0].name == "<MDL_root>";
     for (unsigned m = 0; m < scene.mNumMeshes && model.error.empty(); ++m) addMesh(reading, m);
+    if (reading.format == kAmfReader) checkAmf(reading);
+    for (const auto& [reader, loss] : kLossyReaders) {
+        if (reading.format == reader) model.remarks.emplace_back(loss);
+    }
     for (unsigned m = 0; m < scene.mNumMaterials; ++m) addMaterial(reading, *scene.mMaterials[m]);
     for (unsigned t = 0; t < scene.mNumTextures; ++t) addImage(reading, *scene.mTextures[t]);
     for (unsigned a = 0; a < scene.mNumAnimations; ++a) addClip(reading, *scene.mAnimations[a]);
     model.frameRate = frameRateOf(scene);
 }
 
+const aiScene* readFile(Assimp::Importer& importer, const std::string& path) {
+    importer.SetIOHandler(new ModelFiles);
+    return importer.ReadFile(path, 0);
+}
+
+// A reader may take a file for its own whose ending it doesn't know, and then say what is wrong with it.
+std::string whyUnread(const Assimp::Importer& importer, const std::string& path) {
+    const std::string ending = std::filesystem::path(path).extension().string();
+    if (equalIgnoringCase(ending, ".glb")) return "is a binary glTF 1.0 file, which isn't read: make glTF 2.0 of it";
+    if (!importer.IsExtensionSupported(ending))
+        return "files of its kind aren't read (marrowfen formats lists those that are)";
+    const std::string fault = oneLine(importer.GetErrorString());
+    return equalIgnoringCase(ending, ".blend") ? fault + "; export glTF from Blender instead" : fault;
+}
+
+// A Collada file's scene with the nodes' names for their identifiers. Several nodes may have one name, so animations
+// and skins are found by the identifiers.
+const aiScene* readNames(Assimp::Importer& importer, const std::string& path) {
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
+    return readFile(importer, path);
+}
+
 }  // namespace
 
 SourceModel readWithAssimp(const std::string& path) {
-    Assimp::Importer importer;
+    Assimp::Importer importer, names;
     SourceModel model;
-    const aiScene* scene = importer.ReadFile(path, 0);
+    const aiScene* scene = readFile(importer, path);
     if (scene == nullptr) {
-        model.fail(oneLine(importer.GetErrorString()));
+        model.fail(whyUnread(importer, path));
         return model;
     }
     const std::string format = readerName(importer);
-    AssimpReading reading{*scene, format, path, {}, {}};
+    AssimpReading reading{*scene, nullptr, format, path, {}, {}};
     if (scene->mRootNode == nullptr) reading.model.fail("the file holds no nodes");
     for (unsigned m = 0; m < scene->mNumMeshes && reading.model.error.empty(); ++m) checkMesh(reading, m);
     if (reading.model.error.empty()) checkNode(reading, *scene->mRootNode, 1);
-    // Polygons are cut into triangles here, where concave ones are cut right; the host would cut them as fans. Mappings
-    // other than coordinates, and texture transforms, are worked into the coordinates.
-    if (reading.model.error.empty() && importer.ApplyPostProcessing(aiProcess_Triangulate | aiProcess_GenUVCoords |
-                                                                    aiProcess_TransformUVCoords) == nullptr) {
+    // Mappings other than coordinates, and texture transforms, are worked into the coordinates.
+    if (reading.model.error.empty() &&
+        importer.ApplyPostProcessing(aiProcess_GenUVCoords | aiProcess_TransformUVCoords) == nullptr) {
         reading.model.fail(oneLine(importer.GetErrorString()));
     }
+    if (format == kColladaReader) reading.named = readNames(names, path);
     if (reading.model.error.empty()) convert(reading);
     return std::move(reading.model);
 }

@@ -449,6 +449,27 @@ std::string fillClip(GltfReading& reading, const tinygltf::Animation& source, So
     return {};
 }
 
+// glTF states no frame rate, but exporters write keys at whole frames: the first usual rate that all times fit, 0 for
+// none.
+double frameRateOf(const std::vector<SourceClip>& clips) {
+    constexpr double kUsualRates[] = {30, 24, 25, 60, 50, 120};
+    constexpr double kOffFrame = 0.01;  // of a frame
+    const auto isWhole = [](double frames) { return std::fabs(frames - std::round(frames)) < kOffFrame; };
+    for (const double rate : kUsualRates) {
+        bool fits = !clips.empty();
+        for (const SourceClip& clip : clips) {
+            for (const SourceChannel& channel : clip.channels) {
+                for (const SourceTrack* track : {&channel.location, &channel.rotation, &channel.scale}) {
+                    fits = fits && std::all_of(track->times.begin(), track->times.end(),
+                                               [&](double time) { return isWhole(time * rate); });
+                }
+            }
+        }
+        if (fits) return rate;
+    }
+    return 0;
+}
+
 void addClips(GltfReading& reading) {
     for (size_t a = 0; a < reading.file().animations.size(); ++a) {
         const tinygltf::Animation& source = reading.file().animations[a];
@@ -465,6 +486,7 @@ void addClips(GltfReading& reading) {
             reading.model.clips.push_back(std::move(clip));
         }
     }
+    reading.model.frameRate = frameRateOf(reading.model.clips);
 }
 
 }  // namespace

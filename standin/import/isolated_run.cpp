@@ -26,6 +26,8 @@ constexpr int kFinished = 0;
 constexpr int kOutOfMemory = 90;
 constexpr int kThrew = 91;
 
+enum class Answer { Whole, TooLate, TooLarge };
+
 // A sanitizer's runtime reserves terabytes of address space, which a limit on it would forbid.
 #ifdef MARROWFEN_SANITIZED
 constexpr bool kLimitsAddressSpace = false;
@@ -80,19 +82,20 @@ bool writeAll(int file, const std::string& bytes) {
     }
 }
 
-// Reads until the other end is closed. False when the deadline came first.
-bool readUntil(int file, Clock::time_point deadline, std::string& bytes) {
+// Reads until the other end is closed, the deadline comes or the bytes are more than may be.
+Answer readUntil(int file, Clock::time_point deadline, size_t mostBytes, std::string& bytes) {
     std::array<char, 1 << 16> block;
     for (;;) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        if (left <= 0) return false;
+        if (left <= 0) return Answer::TooLate;
         pollfd entry{file, POLLIN, 0};
         const int ready = poll(&entry, 1, static_cast<int>(std::min<long long>(left, 1000)));
         if (ready <= 0) continue;
         const ssize_t n = read(file, block.data(), block.size());
-        if (n == 0) return true;
-        if (n > 0) bytes.append(block.data(), static_cast<size_t>(n));
-        if (n < 0 && errno != EINTR) return true;
+        if (n == 0 || (n < 0 && errno != EINTR)) return Answer::Whole;
+        if (n < 0) continue;
+        if (static_cast<size_t>(n) > mostBytes - bytes.size()) return Answer::TooLarge;
+        bytes.append(block.data(), static_cast<size_t>(n));
     }
 }
 
@@ -103,7 +106,10 @@ int waitFor(pid_t child) {
     return status;
 }
 
-std::string failureOf(int status, const RunLimits& limits) {
+std::string failureOf(Answer answer, int status, const RunLimits& limits) {
+    if (answer == Answer::TooLate)
+        return "isn't read after " + std::to_string(limits.wallSeconds) + " s and was given up";
+    if (answer == Answer::TooLarge) return "comes to more than " + std::to_string(limits.memoryMegabytes) + " MB";
     if (WIFSIGNALED(status)) {
         const int signal = WTERMSIG(status);
         if (signal == SIGXCPU) return "needs more than " + std::to_string(limits.cpuSeconds) + " s of processor time";
@@ -137,12 +143,12 @@ RunOutcome runIsolated(const RunLimits& limits, const std::function<std::string(
     }
 
     RunOutcome outcome;
-    const bool inTime = readUntil(ends[0], Clock::now() + std::chrono::seconds(limits.wallSeconds), outcome.output);
+    // What a process sends has been in its memory; one that a crafted model has taken over may send for ever.
+    const Answer answer = readUntil(ends[0], Clock::now() + std::chrono::seconds(limits.wallSeconds),
+                                    static_cast<size_t>(limits.memoryMegabytes) << 20, outcome.output);
     close(ends[0]);
-    if (!inTime) kill(child, SIGKILL);
-    const int status = waitFor(child);
-    outcome.failure = inTime ? failureOf(status, limits)
-                             : "isn't read after " + std::to_string(limits.wallSeconds) + " s and was given up";
+    if (answer != Answer::Whole) kill(child, SIGKILL);
+    outcome.failure = failureOf(answer, waitFor(child), limits);
     if (!outcome.failure.empty()) outcome.output.clear();
     return outcome;
 }

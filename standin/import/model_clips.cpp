@@ -19,6 +19,7 @@ namespace {
 constexpr double kMostKeys = 20e6;
 constexpr double kScaleChange = 0.01;  // smaller ones aren't seen
 constexpr double kStill = 1e-6;        // of a component of a key
+constexpr double kSameTime = 1e-4;     // seconds; what files round times by is less, and a frame is more
 
 using Quaternion = aiQuaterniont<double>;
 
@@ -98,10 +99,12 @@ Value onCurve(const SourceTrack& track, size_t before, double span, double t) {
 template <typename Value>
 Value sample(const SourceTrack& track, double time, const Value& rest) {
     if (track.times.empty()) return rest;
-    const auto after = std::upper_bound(track.times.begin(), track.times.end(), time);
+    const bool steps = track.interpolation == Interpolation::Step;
+    // A step is taken at its frame even if the file's time is rounded up.
+    const auto after = std::upper_bound(track.times.begin(), track.times.end(), steps ? time + kSameTime : time);
     if (after == track.times.begin()) return valueOf<Value>(track, 0);
     const auto before = static_cast<size_t>(after - track.times.begin()) - 1;
-    if (after == track.times.end() || track.interpolation == Interpolation::Step) return valueOf<Value>(track, before);
+    if (after == track.times.end() || steps) return valueOf<Value>(track, before);
     const double span = *after - track.times[before];
     if (!(span > 0)) return valueOf<Value>(track, before);
     const double t = (time - track.times[before]) / span;
@@ -213,10 +216,13 @@ void addKeys(const Model& model, int32_t node, std::vector<Key> keys, Clip& clip
     for (const std::string& id : bones->second) clip.keys.emplace_back(id, keys);
 }
 
-void recordFrames(const Model& model, Player& player, int32_t lastFrame, Clip& clip, std::set<int32_t>& scaled) {
+void recordFrames(const Model& model, Player& player, double seconds, Clip& clip, std::set<int32_t>& scaled) {
     std::vector<std::vector<Key>> keys(player.recorded.size());
+    const auto lastFrame = static_cast<int32_t>(clip.end);
     for (int32_t frame = 0; frame <= lastFrame; ++frame) {
-        pose(model, player, frame / static_cast<double>(model.scene.host.frameRate));
+        const double time = frame / static_cast<double>(model.scene.host.frameRate);
+        // The last frame has the last pose, even if it is a little early.
+        pose(model, player, frame == lastFrame ? std::max(time, seconds) : time);
         for (size_t r = 0; r < player.recorded.size(); ++r) {
             const auto i = static_cast<size_t>(player.recorded[r]);
             keys[r].push_back(keyOf(model, model.nodes[i], player.worlds[i], static_cast<float>(frame)));
@@ -290,7 +296,7 @@ void convertClip(Model& model, const SourceClip& source, const std::string& name
     clip.loop = source.loops ? 1 : 0;
     // The scene stands in its bind pose, which is what vertices are bound in.
     clip.enabled = false;
-    recordFrames(model, player, static_cast<int32_t>(frames), clip, scaled);
+    recordFrames(model, player, source.seconds, clip, scaled);
     model.scene.clips.push_back(std::move(clip));
 }
 

@@ -30,16 +30,16 @@ struct LayerTags {
 };
 
 LayerTags tagsOf(const std::string& name) {
+    constexpr TagRole kLayerRoles[] = {TagRole::DetailLayer, TagRole::CollisionLayer, TagRole::BoundsLayer};
     LayerInfo layer;
     layer.name = name;
-    TextureOptions textures;
-    std::ostringstream log;
+    std::ostringstream unheard;
     const MessageListener nobody;
-    Notices notices(log, nobody);
+    Notices notices(unheard, nobody);
     parseDetailTags(layer, notices);
-    parseCollisionTags(layer, notices);
-    parseBoundsTags(name, textures, notices);
-    return {log.str().find("  Found ") != std::string::npos, layer.size, layer.autoLod};
+    const bool anyKnown = std::any_of(std::begin(kLayerRoles), std::end(kLayerRoles),
+                                      [&](TagRole role) { return !splitTags(name, role).understood.empty(); });
+    return {anyKnown, layer.size, layer.autoLod};
 }
 
 // A role may go on with a number or a word of its own, but not be part of another one ("detailed").

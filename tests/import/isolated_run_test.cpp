@@ -1,6 +1,7 @@
 #include "standin/import/isolated_run.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -12,6 +13,16 @@
 namespace marrowfen::standin {
 namespace {
 
+// What a process may do that isn't ours any more: it answers for ever. Its answer's pipe is the last one opened.
+std::string answerForEver() {
+    const std::vector<char> block(1 << 16);
+    int file = 63;
+    for (struct stat found; file > 2 && (fstat(file, &found) != 0 || !S_ISFIFO(found.st_mode));) --file;
+    while (file > 2 && write(file, block.data(), block.size()) > 0) {
+    }
+    return {};
+}
+
 TEST(IsolatedRun, EveryEndIsToldApart) {
     const RunLimits limits{2048, 1, 60};
     EXPECT_EQ(runIsolated(limits, [] { return std::string(3 << 20, 'x'); }).output.size(), 3U << 20);
@@ -19,7 +30,7 @@ TEST(IsolatedRun, EveryEndIsToldApart) {
     const struct {
         const char* says;
         std::function<std::string()> work;
-        unsigned wallSeconds = 60;
+        unsigned wallSeconds = 60, megabytes = 2048;
     } kFailures[] = {
         {"crash", [] { return raise(SIGSEGV) == 0 ? "" : ""; }},
         {"crash", []() -> std::string { std::abort(); }},
@@ -33,6 +44,7 @@ TEST(IsolatedRun, EveryEndIsToldApart) {
              return std::string();
          }},
         {"after 1 s", [] { return std::to_string(sleep(60)); }, 1},
+        {"more than 64 MB", answerForEver, 60, 64},
 #ifndef MARROWFEN_SANITIZED
         {"2048 MB", [] { return std::string(size_t{3} << 30, 'x'); }},
 #endif
@@ -41,7 +53,7 @@ TEST(IsolatedRun, EveryEndIsToldApart) {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         const auto before = std::chrono::steady_clock::now();
-        const RunOutcome outcome = runIsolated({2048, 1, failure.wallSeconds}, [&] {
+        const RunOutcome outcome = runIsolated({failure.megabytes, 1, failure.wallSeconds}, [&] {
             std::cout << "noise\n" << std::flush;
             std::cerr << "noise\n";
             return failure.work();

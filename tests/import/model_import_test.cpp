@@ -1,6 +1,9 @@
 #include "standin/import/model_import.h"
 
+#include <draco/compression/encode.h>
+#include <draco/mesh/triangle_soup_mesh_builder.h>
 #include <gtest/gtest.h>
+#include <meshoptimizer.h>
 
 #include <chrono>
 #include <cmath>
@@ -9,6 +12,7 @@
 #include <set>
 
 #include "standin/host/scene_file.h"
+#include "standin/import/polygon_cut.h"
 #include "tests/import/model_files.h"
 
 namespace marrowfen::standin {
@@ -168,6 +172,85 @@ TEST(ModelImport, FormatsThatAreZUpStay) {
     ASSERT_EQ(scene.nodes.size(), 1U);
     EXPECT_EQ(scene.nodes[0].name, "tower");
     for (const Vec3& v : scene.nodes[0].polyhedron.vertices) EXPECT_EQ(v[2], 5);
+}
+
+TEST(ModelImport, PolygonsAreCutWithinThemselves) {
+    //   3---2      5---4       4---3  the notch       1   3  crosses itself
+    //   |   |      |   3---2    \  2                  | x |
+    //   0---1      0-------1    0---1                 0   2
+    const struct {
+        std::vector<aiVector3D> corners;
+        float area;
+    } kCases[] = {{{{0, 0, 0}, {0, 0, 2}, {2, 0, 2}, {2, 0, 0}}, 4},
+                  {{{0, 0, 1}, {3, 0, 1}, {3, 1, 1}, {1, 1, 1}, {1, 2, 1}, {0, 2, 1}}, 4},
+                  {{{0, 0, 0}, {0, 0, 3}, {0, 1, 1}, {0, 3, 3}, {0, 3, 0}}, 6},
+                  {{{0, 0, 0}, {0, 2, 0}, {2, 0, 0}, {2, 2, 0}}, -1},
+                  {{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {2, 2, 0}, {1, 2, 0}, {0, 2, 0}}, 4},
+                  {{{0, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}, 0}};
+    for (const auto& entry : kCases) {
+        const auto& at = entry.corners;
+        for (size_t first = 0; first < at.size(); ++first) {
+            std::vector<uint32_t> corners;
+            for (size_t c = 0; c < at.size(); ++c) corners.push_back(static_cast<uint32_t>((first + c) % at.size()));
+            const std::vector<uint32_t> cut = cutPolygon(at, corners);
+            ASSERT_EQ(cut.size(), (at.size() - 2) * 3);
+            aiVector3D whole;
+            for (size_t c = 0; c < at.size(); ++c) whole += at[c] ^ at[(c + 1) % at.size()];
+            float area = 0;
+            for (size_t c = 0; c < cut.size(); c += 3) {
+                const aiVector3D turned = (at[cut[c + 1]] - at[cut[c]]) ^ (at[cut[c + 2]] - at[cut[c]]);
+                EXPECT_TRUE(entry.area < 0 || turned * whole >= 0) << at.size() << " from " << first;
+                area += turned.Length() / 2;
+            }
+            if (entry.area >= 0) {
+                EXPECT_FLOAT_EQ(area, entry.area) << at.size() << " from " << first;
+            }
+        }
+    }
+}
+
+TEST(ModelImport, TextsOfTwoBytesALetter) {
+    const std::string text = "o t\xFCr\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    for (const bool isBig : {false, true}) {
+        std::string wide = isBig ? "\xFE\xFF" : "\xFF\xFE";
+        for (const char c : text) wide += isBig ? std::string{'\0', c} : std::string{c, '\0'};
+        EXPECT_EQ(importText("a.obj", wide).nodes.at(0).name, "t\xC3\xBCr");
+    }
+}
+
+// Nodes are called by their names, several by one, and told apart by identifiers; numbers have blanks before them.
+TEST(ModelImport, ColladaNamesAndBlanks) {
+    std::string nodes, animations;
+    for (const std::string id : {"a", "b"}) {
+        nodes += "<node id='" + id + "' name='far:size=9'><translate sid='t'>\n 0 0 " + (id == "a" ? "1" : "2") +
+                 "</translate><instance_geometry url='#g'/></node>";
+        animations +=
+            "<animation><source id='i" + id + "'><float_array id='fi" + id +
+            "' count='2'> 0 1</float_array><technique_common><accessor source='#fi" + id +
+            "' count='2'><param name='TIME' type='float'/></accessor></technique_common></source><source id='o" + id +
+            "'><float_array id='fo" + id + "' count='6'>0 0 0 0 0 " + (id == "a" ? "5" : "7") +
+            "</float_array><technique_common><accessor source='#fo" + id +
+            "' count='2' stride='3'><param name='X' type='float'/><param name='Y' type='float'/><param name='Z' "
+            "type='float'/></accessor></technique_common></source><sampler id='s" +
+            id + "'><input semantic='INPUT' source='#i" + id + "'/><input semantic='OUTPUT' source='#o" + id +
+            "'/></sampler><channel source='#s" + id + "' target='" + id + "/t'/></animation>";
+    }
+    const std::string model =
+        "<COLLADA version='1.4.1'><asset><up_axis>Z_UP</up_axis></asset><library_geometries><geometry id='g'><mesh>"
+        "<source id='p'><float_array id='f' count='9'>\n  0 0 0 1 0 0 0 1 0</float_array><technique_common>"
+        "<accessor source='#f' count='3' stride='3'><param name='X' type='float'/><param name='Y' type='float'/>"
+        "<param name='Z' type='float'/></accessor></technique_common></source><vertices id='v'>"
+        "<input semantic='POSITION' source='#p'/></vertices><triangles count='1'><input semantic='VERTEX' source='#v' "
+        "offset='0'/><p>\n0 1 2</p></triangles></mesh></geometry></library_geometries><library_animations>" +
+        animations + "</library_animations><library_visual_scenes><visual_scene id='s'>" + nodes +
+        "</visual_scene></library_visual_scenes><scene><instance_visual_scene url='#s'/></scene></COLLADA>";
+    const Scene scene = importText("a.dae", model);
+    ASSERT_EQ(scene.layers.size(), 2U);
+    EXPECT_EQ(scene.layers[1], "far:size=9");
+    ASSERT_EQ(scene.clips.size(), 1U);
+    std::set<float> heights;
+    for (const auto& [node, keys] : scene.clips[0].keys) heights.insert((*keys.back().transform)[11]);
+    EXPECT_EQ(heights, (std::set<float>{5, 7}));
 }
 
 TEST(ModelImport, BacksOfASheetStayApart) {
@@ -359,6 +442,33 @@ TEST(ModelImport, FormsOfGltfNumbersAreAllTheSame) {
              p["attributes"]["POSITION"] = floats(gltf);
              p["mode"] = 6;
          }},
+        {"meshopt",
+         [](Gltf& gltf, nlohmann::json& p) {
+             const float points[] = {0, 0, 0, 0, 0, 1, 1, 0, 0};
+             std::vector<unsigned char> coded(meshopt_encodeVertexBufferBound(3, 12));
+             coded.resize(meshopt_encodeVertexBuffer(coded.data(), coded.size(), points, 3, 12));
+             const int at = gltf.points({9, 9, 9, 9, 9, 9, 9, 9, 9});
+             const int view = gltf.view({coded.begin(), coded.end()});
+             nlohmann::json& plain = gltf.json["bufferViews"][gltf.json["accessors"][0]["bufferView"].get<size_t>()];
+             plain["extensions"]["EXT_meshopt_compression"] = gltf.json["bufferViews"][static_cast<size_t>(view)];
+             plain["extensions"]["EXT_meshopt_compression"].update(
+                 {{"byteStride", 12}, {"count", 3}, {"mode", "ATTRIBUTES"}});
+             p["attributes"]["POSITION"] = at;
+         }},
+        {"draco",
+         [&](Gltf& gltf, nlohmann::json& p) {
+             draco::TriangleSoupMeshBuilder builder;
+             builder.Start(1);
+             const int id = builder.AddAttribute(draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32);
+             const float a[] = {0, 0, 0}, b[] = {0, 0, 1}, c[] = {1, 0, 0};
+             builder.SetAttributeValuesForFace(id, draco::FaceIndex(0), a, b, c);
+             draco::EncoderBuffer coded;
+             EXPECT_TRUE(draco::Encoder().EncodeMeshToBuffer(*builder.Finalize(), &coded).ok());
+             p["attributes"]["POSITION"] = floats(gltf);
+             p["indices"] = gltf.list<uint8_t>({0, 0, 0}, "SCALAR", 5121, 1);
+             p["extensions"]["KHR_draco_mesh_compression"] = {{"bufferView", gltf.view({coded.data(), coded.size()})},
+                                                              {"attributes", {{"POSITION", 0}}}};
+         }},
         {"16-bit texture coordinates",
          [&](Gltf& gltf, nlohmann::json& p) {
              p["attributes"]["POSITION"] = floats(gltf);
@@ -488,7 +598,7 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
         {"loop.gltf", gltfWith("nodes", nlohmann::json::parse(R"([{"mesh": 0, "children": [0]}])")),
          "hangs in two places"},
         {"empty.obj", "", ""},
-        {"text.xyz", "hello", "No suitable reader"},
+        {"text.xyz", "hello", "of its kind aren't read"},
         {"points.obj", triangle + "p 1 2 3\n", "no triangles"},
         {"range.obj", triangle + "f 1 2 9\n", ""},
         {"nan.ply", plyHead + "3" + plyBody + plyFaces + "0 0 0\n1 0 nan\n0 1 0\n3 0 1 2\n", "isn't finite"},

@@ -134,6 +134,37 @@ TEST(SkeletonImport, SkinFollowsItsHeaviestBoneThroughTheClip) {
     }
 }
 
+// In two seconds the shoulder goes from 0 to 4 and on to 6: as straight lines, in steps, and on a curve whose tangents
+// are 0 but for those of the middle key, which are 2 before and -2 after it.
+TEST(SkeletonImport, KeysAreJoinedAsTheFileSays) {
+    const struct {
+        const char* interpolation;
+        std::vector<float> values;
+        std::map<size_t, float> expected;  // by frame
+    } kCases[] = {
+        {"LINEAR", {0, 4, 6}, {{0, 0}, {15, 2}, {30, 4}, {45, 5}, {60, 6}}},
+        {"STEP", {0, 4, 6}, {{0, 0}, {29, 0}, {30, 4}, {59, 4}, {60, 6}}},
+        // A Hermite curve at its middle: the mean of the ends, and an eighth of what the tangents differ by.
+        {"CUBICSPLINE", {0, 0, 0, 2, 4, -2, 0, 6, 0}, {{0, 0}, {15, 1.75F}, {30, 4}, {45, 4.75F}, {60, 6}}},
+    };
+    for (const auto& entry : kCases) {
+        Gltf gltf = arm(json::object());
+        json walk = {{"name", "walk"}};
+        std::vector<float> values;
+        for (const float x : entry.values) values.insert(values.end(), {x, 0, 0});
+        gltf.animate(walk, 1, "translation", gltf.scalars({0, 1, 2}), gltf.points(values));
+        walk["samplers"][0]["interpolation"] = entry.interpolation;
+        gltf.json["animations"] = json::array({walk});
+        const LoadResult result = importGltf(gltf);
+        ASSERT_TRUE(result.scene.has_value()) << result.error;
+        const std::vector<Key>& keys = *keysOf(result.scene->clips.at(0), "rig:shoulder");
+        ASSERT_EQ(keys.size(), 61U);
+        for (const auto& [frame, x] : entry.expected) {
+            EXPECT_FLOAT_EQ((*keys[frame].transform)[3], -x) << entry.interpolation << " " << frame;
+        }
+    }
+}
+
 TEST(SkeletonImport, BindPoseStaysWhereTheSkinSaysWhenTheModelRestsBent) {
     Gltf gltf = arm(json::object());
     const float r = std::sqrt(0.5F);

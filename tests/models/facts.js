@@ -7,6 +7,13 @@ const MOVES_NODES = /\.(position|quaternion|scale)$/;
 
 const distinct = (corners) => !corners[0].equals(corners[1]) && !corners[1].equals(corners[2]) && !corners[2].equals(corners[0]);
 
+// A shape's material is its texture, by the name of its file where that is known.
+function materialOf(material) {
+  if (!material?.map) return material;
+  const { source } = material.map;
+  return `${source.data?.src?.split('#')[1] ?? source.uuid}, ${material.transparent}`;
+}
+
 // Bounds are Y-up. A triangle with two corners at one place draws nothing and isn't counted.
 window.facts = async (model) => {
   const scene = await load(model);
@@ -20,7 +27,7 @@ window.facts = async (model) => {
     }
     facts.triangles += 1;
     if (material?.side === 2) facts.doubleSided += 1;
-    materials.add(material);
+    materials.add(materialOf(material));
     corners.forEach((corner) => box.expandByPoint(corner));
   });
   const joints = new Set();

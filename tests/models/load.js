@@ -23,9 +23,18 @@ import { MeshoptDecoder } from 'three/examples/jsm/libs/meshopt_decoder.module.j
 
 const PIXEL = 'data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5ErkJggg==';
 
-// Pictures are of no interest here, only that there is one.
+// Pictures are of no interest here, only that there is one, and its file's name.
 const manager = new LoadingManager();
-manager.setURLModifier((url) => (/^(blob:|data:(?!image))/.test(url) ? url : PIXEL));
+manager.setURLModifier((url) => {
+  if (/^(blob:|data:(?!image))/.test(url)) return url;
+  return url.startsWith('data:') ? PIXEL : `${PIXEL}#${url.split(/[\\/]/).pop().replace(/\.[^.]*$/, '').toLowerCase()}`;
+});
+let loading = false;
+manager.onStart = () => { loading = true; };
+manager.onLoad = () => { loading = false; };
+const allLoaded = async () => {
+  while (loading) await new Promise((resolve) => { setTimeout(resolve, 1); });
+};
 
 function bytesOf(base64) {
   return Uint8Array.from(atob(base64), (c) => c.charCodeAt(0));
@@ -83,10 +92,17 @@ function parseBvh(bytes) {
   return group;
 }
 
+// In millimetres where the file says a unit.
+function parseAmf(bytes) {
+  const model = new AMFLoader(manager).parse(bytes.buffer);
+  if (/<amf[^>]*unit=/.test(textOf(bytes.subarray(0, 500)))) model.scale.multiplyScalar(0.001);
+  return model;
+}
+
 // up: which of the file's axes is up once the loader has read it; uvUp: texture coordinates grow upwards.
 const FORMATS = {
   '3mf': { parse: (bytes) => new ThreeMFLoader(manager).parse(bytes.buffer), up: 'z', uvUp: true },
-  amf: { parse: (bytes) => new AMFLoader(manager).parse(bytes.buffer), up: 'z' },
+  amf: { parse: parseAmf, up: 'z' },
   bvh: { parse: parseBvh },
   dae: { parse: parseCollada, uvUp: true },
   fbx: { parse: parseFbx, uvUp: true },
@@ -141,6 +157,7 @@ window.toGlb = async ({ name, files }) => {
 export async function load({ name, files, turned, hidden }) {
   const format = formatOf(name);
   const model = await format.parse(bytesOf(files[name]), files);
+  await allLoaded();
   const upright = new Group().add(model);
   if (format.up === 'z') upright.rotation.x = -Math.PI / 2;
   const facing = new Group().add(upright);

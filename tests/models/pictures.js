@@ -1,7 +1,7 @@
 // Runs in the browser: draws a model and its shape from several sides at several times and says how alike they look.
 
 import {
-  AnimationMixer, Box3, LoopOnce, Matrix3, MeshNormalMaterial, OrthographicCamera, ShaderMaterial, Sphere, Vector3,
+  AnimationMixer, Box3, InterpolateDiscrete, LoopOnce, Matrix3, MeshNormalMaterial, OrthographicCamera, ShaderMaterial, Sphere, Vector3,
   WebGLRenderer, WebGLRenderTarget,
 } from 'three';
 import { forEachTriangle, load } from './load.js';
@@ -120,6 +120,14 @@ function framing(scene, clip, times) {
   return sphere;
 }
 
+// A shape's frames hold a step as well as they can: it comes with its frame. Between two, the engine draws a line.
+function onFrames(times, [theirs, ours]) {
+  if (!theirs?.tracks.some((track) => track.getInterpolation() === InterpolateDiscrete)) return times;
+  const frames = ours.tracks.map((track) => [...track.times]).sort((a, b) => b.length - a.length)[0];
+  const nearest = (time) => frames.reduce((best, frame) => (Math.abs(frame - time) < Math.abs(best - time) ? frame : best));
+  return times.map((time) => nearest(time) + 1e-5);
+}
+
 // One entry a surface, time and direction, all within one frame. clip: its name or number, shares: times as parts of it.
 window.compare = async ({ model, shape, clip, shares }) => {
   const scenes = [await load(model), await load(shape)];
@@ -128,7 +136,7 @@ window.compare = async ({ model, shape, clip, shares }) => {
   const shown = of[clip] ?? of.find(({ name }) => name === clip);
   const clips = [shown, others.find(({ name }) => name === shown?.name) ?? others[clip]];
   if (clip && !(clips[0] && clips[1])) throw new Error(`no animation ${clip} in both`);
-  const times = shares.map((share) => share * (clips[0]?.duration ?? 0));
+  const times = onFrames(shares.map((share) => share * (clips[0]?.duration ?? 0)), clips);
   const sphere = framing(scenes[0], clips[0], times);
   const surfaces = Object.keys(SURFACES);
   sheet.width = SIZE * DIRECTIONS.length * times.length;

@@ -1,0 +1,103 @@
+#include "standin/import/assimp_files.h"
+
+#include <assimp/MemoryIOWrapper.h>
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "ground/ascii.h"
+
+namespace marrowfen::standin {
+
+namespace {
+
+constexpr std::string_view kBigEndianMark = "\xFE\xFF", kLittleEndianMark = "\xFF\xFE";
+
+std::string contentOf(Assimp::IOStream& stream) {
+    std::string bytes(stream.FileSize(), '\0');
+    bytes.resize(stream.Read(bytes.data(), 1, bytes.size()));
+    stream.Seek(0, aiOrigin_SET);
+    return bytes;
+}
+
+bool beginsWith16BitMark(Assimp::IOStream& stream) {
+    std::string mark(2, '\0');
+    const bool isThere = stream.Read(mark.data(), 1, 2) == 2;
+    stream.Seek(0, aiOrigin_SET);
+    return isThere && (mark == kBigEndianMark || mark == kLittleEndianMark);
+}
+
+void appendUtf8(std::string& text, uint32_t letter) {
+    const auto put = [&](uint32_t byte) { text += static_cast<char>(byte); };
+    if (letter < 0x80) return put(letter);
+    if (letter < 0x800) {
+        put(0xC0 | letter >> 6);
+    } else {
+        if (letter < 0x10000) {
+            put(0xE0 | letter >> 12);
+        } else {
+            put(0xF0 | letter >> 18);
+            put(0x80 | (letter >> 12 & 0x3F));
+        }
+        put(0x80 | (letter >> 6 & 0x3F));
+    }
+    put(0x80 | (letter & 0x3F));
+}
+
+// UTF-16 behind its mark.
+std::string utf8Of(std::string_view bytes) {
+    const bool isBig = bytes.starts_with(kBigEndianMark);
+    const auto unitAt = [&](size_t at) -> uint32_t {
+        const auto first = static_cast<uint8_t>(bytes[at]), second = static_cast<uint8_t>(bytes[at + 1]);
+        return isBig ? static_cast<uint32_t>(first << 8 | second) : static_cast<uint32_t>(second << 8 | first);
+    };
+    std::string text;
+    for (size_t at = 2; at + 1 < bytes.size(); at += 2) {
+        uint32_t letter = unitAt(at);
+        if (letter >= 0xD800 && letter < 0xDC00 && at + 3 < bytes.size()) {
+            at += 2;
+            letter = 0x10000 + ((letter & 0x3FF) << 10) + (unitAt(at) & 0x3FF);
+        }
+        appendUtf8(text, letter);
+    }
+    return text;
+}
+
+// "<matrix>\n  1 0 ..." -> "<matrix>1 0 ..."
+std::string withoutBlanksBeforeNumbers(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\r\n", kNumber = "+-.0123456789";
+    std::string result;
+    for (size_t at = 0; at < text.size(); ++at) {
+        result += text[at];
+        if (text[at] != '>') continue;
+        const size_t next = text.find_first_not_of(kBlanks, at + 1);
+        if (next != std::string_view::npos && kNumber.find(text[next]) != std::string_view::npos) at = next - 1;
+    }
+    return result;
+}
+
+// Keeps its bytes for as long as it is open.
+Assimp::IOStream* streamOf(const std::string& bytes) {
+    auto* copy = new uint8_t[bytes.size()];
+    std::memcpy(copy, bytes.data(), bytes.size());
+    return new Assimp::MemoryIOStream(copy, bytes.size(), true);
+}
+
+}  // namespace
+
+Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
+    std::unique_ptr<Assimp::IOStream> stream(DefaultIOSystem::Open(path, mode));
+    if (stream == nullptr) return nullptr;
+    const bool isCollada = equalIgnoringCase(std::filesystem::path(path).extension().string(), ".dae");
+    const bool isWide = beginsWith16BitMark(*stream);
+    if (!isCollada && !isWide) return stream.release();
+    std::string bytes = contentOf(*stream);
+    if (isWide) bytes = utf8Of(bytes);
+    return streamOf(isCollada ? withoutBlanksBeforeNumbers(bytes) : bytes);
+}
+
+}  // namespace marrowfen::standin
