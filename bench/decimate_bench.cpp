@@ -15,12 +15,10 @@ constexpr int32_t kPercent = 25;
 void decimateMesh(benchmark::State& state, const Mesh& input, size_t mostPlainFaces) {
     Mesh ours, plain;
     std::vector<uint32_t> kept(input.indices.size());
-    const auto simplifyPeer = [&] {
-        const size_t target = input.indices.size() * kPercent / 100;
-        const size_t count =
-            meshopt_simplify(kept.data(), input.indices.data(), input.indices.size(), &input.vertexes[0].x,
-                             input.vertexes.size(), sizeof(Point3), target, FLT_MAX, 0, nullptr);
-        benchmark::DoNotOptimize(count);
+    size_t peerCount = 0;
+    const auto simplifyPeer = [&] {  // to as many triangles as ours
+        peerCount = meshopt_simplify(kept.data(), input.indices.data(), input.indices.size(), &input.vertexes[0].x,
+                                     input.vertexes.size(), sizeof(Point3), ours.indices.size(), FLT_MAX, 0, nullptr);
     };
     std::vector<bench::Rival> rivals{{"x_peer", [] {}, simplifyPeer}};
     if (input.primitives.size() <= mostPlainFaces) {
@@ -30,6 +28,19 @@ void decimateMesh(benchmark::State& state, const Mesh& input, size_t mostPlainFa
         state, [&] { ours = input; }, [&] { ours.decimate(kPercent); }, rivals);
     state.counters["faces"] = static_cast<double>(input.primitives.size());
     state.counters["left"] = static_cast<double>(ours.primitives.size());
+    state.counters["peer_left"] = static_cast<double>(peerCount / 3);
+}
+
+// Four levels in one run, against the lowest of them alone.
+void decimateFourLevels(benchmark::State& state) {
+    const int32_t percents[] = {75, 50, 25, 10};
+    const auto n = static_cast<uint32_t>(state.range(0));
+    const Mesh input = makers::noisy(makers::grid(n, n), 0.3F, 1);
+    Mesh levels, deepest;
+    bench::compare(
+        state, [&] { levels = input; }, [&] { levels.decimated(percents); },
+        {{"x_deepest", [&] { deepest = input; }, [&] { deepest.decimate(10); }}});
+    state.counters["faces"] = static_cast<double>(input.primitives.size());
 }
 
 uint32_t side(const benchmark::State& state) { return static_cast<uint32_t>(state.range(0)); }
@@ -60,6 +71,7 @@ void triangles(benchmark::internal::Benchmark* b) {
 }
 
 BENCHMARK(decimateGrid)->Apply(sides);
+BENCHMARK(decimateFourLevels)->Apply(sides);
 BENCHMARK(decimateNoisyGrid)->Apply(sides);
 BENCHMARK(decimateTorus)->Apply(sides);
 BENCHMARK(decimateShuffledTorus)->Apply(sides);

@@ -6,9 +6,6 @@
 namespace marrowfen {
 namespace {
 
-// Distance up to which a vertex lies on a plane.
-constexpr float kPlaneTolerance = 0.0001F;
-
 // The cross product of the two shorter edges keeps most of its digits.
 Plane planeThrough(const Point3& p0, const Point3& p1, const Point3& p2) {
     const Point3 e0 = p1 - p0, e1 = p2 - p1, e2 = p0 - p2;
@@ -74,9 +71,6 @@ void splitAcrossOppositeEdge(SortFaces& faces, uint32_t material, const TurnedFa
 
 }  // namespace
 
-HalfSpace Plane::behind() const { return {normal, constant - kPlaneTolerance}; }
-HalfSpace Plane::inFront() const { return {-normal, -(constant + kPlaneTolerance)}; }
-
 void SortFaces::addMissingPlanes() {
     for (auto f = static_cast<uint32_t>(planes.size()); f < faceCount(); ++f) {
         planes.push_back(planeThrough(position(f, 0), position(f, 1), position(f, 2)));
@@ -103,7 +97,7 @@ void splitFace(SortFaces& faces, uint32_t face, const Plane& plane) {
     unsigned behindMask = 0;  // bit i for corner i
     for (int i = 2; i >= 0; --i) {
         distances[i] = dot(plane.normal, faces.vertexes[corners[i]]);
-        if (std::fabs(distances[i] - plane.constant) < kPlaneTolerance) onPlane = i;
+        if (std::fabs(distances[i] - plane.constant) < Plane::kTolerance) onPlane = i;
         if (distances[i] < plane.constant) behindMask |= 1U << i;
     }
 

@@ -17,13 +17,15 @@ struct HalfSpace {
 };
 
 struct Plane {
+    static constexpr float kTolerance = 0.0001F;  // distance up to which a vertex lies on a plane
+
     Point3 normal;  // of length 1, or (0, 0, 0) for a face without a direction
     float constant = 0;
 
     // The points clearly behind and in front of the plane. In front, a negated normal and bound give the comparison
     // dot(normal, p) > constant + tolerance to the bit.
-    HalfSpace behind() const;
-    HalfSpace inFront() const;
+    HalfSpace behind() const { return {normal, constant - kTolerance}; }
+    HalfSpace inFront() const { return {-normal, -(constant + kTolerance)}; }
 };
 
 // Where a face lies as seen from a plane. Vertices on the plane don't count; Coplanar has no others.

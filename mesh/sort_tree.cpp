@@ -28,7 +28,7 @@ public:
     Peeler(const SortFaces& faces, const FaceList& members)
         : faces_(faces), blocks_(faces, members), isPeeled_(faces.faceCount()) {
         for (const Direction d : kDirections) {
-            places_[d].resize(faces.faceCount());
+            steps_[d].resize(faces.faceCount());
             firstWaiting_[d].assign(faces.faceCount(), kNoFace);
             nextWaiting_[d].resize(faces.faceCount());
             unanswered_[d] = members;
@@ -60,7 +60,7 @@ private:
             if (isPeeled_[face]) continue;
             const Plane& plane = faces_.planes[face];
             const HalfSpace halfSpace = d == Behind ? plane.behind() : plane.inFront();
-            const uint32_t witness = blocks_.findIn(halfSpace, face, places_[d][face]);
+            const uint32_t witness = blocks_.findIn(halfSpace, face, steps_[d][face]);
             if (witness == kNoFace) {
                 free.push_back(face);
             } else {
@@ -88,7 +88,7 @@ private:
     std::vector<bool> isPeeled_;
 
     // Per direction and face.
-    std::array<std::vector<uint32_t>, 2> places_;        // of the witness among the blocks
+    std::array<std::vector<uint32_t>, 2> steps_;         // to the witness
     std::array<std::vector<uint32_t>, 2> firstWaiting_;  // faces whose witness this one is, a linked list
     std::array<std::vector<uint32_t>, 2> nextWaiting_;
     std::array<FaceList, 2> unanswered_;  // faces that need a new witness
