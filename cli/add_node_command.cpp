@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cli/command.h"
+#include "cli/output_folder.h"
 #include "cli/plugin_session.h"
 #include "plugin/resources/resource.h"
 #include "standin/host/scene_file.h"
@@ -34,6 +35,9 @@ std::string checkNodeName(const std::string& name) {
 }
 
 Outcome runAddNode(const AddNodeOptions& options, const Session& session) {
+    const std::string output = options.output.empty() ? options.scene : options.output;
+    OutputFolder folder(output, {}, OutputFolder::Lock::Throughout);
+    if (!folder.made().good()) return folder.made();
     standin::LoadResult loaded = standin::readSceneFile(options.scene);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
     // The exporter skips what lies on layer 0, so the helper isn't shown one there.
@@ -47,10 +51,9 @@ Outcome runAddNode(const AddNodeOptions& options, const Session& session) {
         plugin.press(IDC_ADD_NODE);
     }
     if (!user.message().empty()) return {Refused, options.scene + ": " + user.message()};
-    const std::string output = options.output.empty() ? options.scene : options.output;
     standin::Scene changed = plugin.host().scene();
     changed.layers.front() = layer0;
-    const Outcome written = writeWholeFile(output, standin::sceneText(changed));
+    const Outcome written = folder.deliverText(standin::sceneText(changed));
     if (written.good()) session.note(output + ": added the node \"" + options.name + "\"");
     return written;
 }

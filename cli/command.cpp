@@ -1,6 +1,5 @@
 #include "cli/command.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -46,28 +45,6 @@ void Session::detail(const std::string& text) const {
 Outcome printResult(const std::string& text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return {};
     return {UnwritableOutput, std::string("standard output: ") + std::strerror(errno)};
-}
-
-Outcome writeWholeFile(const std::string& path, const std::string& content) {
-    std::string temporary = path + ".XXXXXX";
-    const int file = mkstemp(temporary.data());
-    if (file < 0) return {UnwritableOutput, path + ": " + std::strerror(errno)};
-    // mkstemp makes private files; a result has the rights that any new file has.
-    const mode_t mask = umask(0);
-    umask(mask);
-    bool good = fchmod(file, 0666 & ~mask) == 0;
-    size_t written = 0;
-    while (good && written < content.size()) {
-        const ssize_t n = write(file, content.data() + written, content.size() - written);
-        good = n > 0 || (n < 0 && errno == EINTR);
-        if (n > 0) written += static_cast<size_t>(n);
-    }
-    int fault = good ? 0 : errno;
-    if (close(file) != 0 && fault == 0) fault = errno;
-    if (fault == 0 && std::rename(temporary.c_str(), path.c_str()) != 0) fault = errno;
-    if (fault == 0) return {};
-    unlink(temporary.c_str());
-    return {UnwritableOutput, path + ": " + std::strerror(fault)};
 }
 
 void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& run) {

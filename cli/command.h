@@ -48,7 +48,7 @@ struct Session {
 // Writes a result to standard output.
 Outcome printResult(const std::string& text);
 
-// Writes a whole file or none: into a temporary file beside it that is renamed after the close.
+// Writes a whole file or none, as an OutputFolder does.
 Outcome writeWholeFile(const std::string& path, const std::string& content);
 
 // What the sub-command does when it is the one. Its outcome is told and becomes the exit code here, for all of them.

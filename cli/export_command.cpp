@@ -5,11 +5,11 @@
 
 #include <commctrl.h>
 #include <CLI/CLI.hpp>
-#include <csignal>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "cli/command.h"
 #include "cli/export_report.h"
@@ -17,13 +17,15 @@
 #include "cli/plugin_session.h"
 #include "cli/scene_options.h"
 #include "ground/ascii.h"
-#include "ground/crlf_stream.h"
-#include "ground/whole_file.h"
+#include "plugin/export_messages.h"
 #include "plugin/resources/resource.h"
 
 namespace marrowfen::cli {
 
 namespace {
+
+constexpr size_t kEndingSize = 4;        // of ".dts" and ".dsq"
+constexpr size_t kOutput = 0, kLog = 1;  // of the run's OutputFolder
 
 struct ExportOptions {
     std::string scene;
@@ -33,11 +35,13 @@ struct ExportOptions {
     SceneOptions loading;
 };
 
-bool isSequenceFile(const std::string& path) { return equalIgnoringCase(path.substr(path.size() - 4), ".dsq"); }
+bool isSequenceFile(const std::string& path) {
+    return equalIgnoringCase(path.substr(path.size() - kEndingSize), ".dsq");
+}
 
 std::string checkOutputName(const std::string& path) {
-    const bool good =
-        path.size() > 4 && (isSequenceFile(path) || equalIgnoringCase(path.substr(path.size() - 4), ".dts"));
+    const bool good = path.size() > kEndingSize &&
+                      (isSequenceFile(path) || equalIgnoringCase(path.substr(path.size() - kEndingSize), ".dts"));
     return good ? "" : path + " ends neither in .dts nor in .dsq";
 }
 
@@ -109,70 +113,65 @@ Outcome pressExport(standin::Scene scene, const ExportOptions& options, ExportUs
                                   " characters of the save dialog"};
 }
 
-// A text as the log has it: names of the scene may hold line feeds.
-std::string asLogged(const std::string& text) {
-    std::ostringstream lines;
-    CrLfBuffer buffer(*lines.rdbuf());
-    std::ostream(&buffer) << text;
-    return lines.str();
-}
-
-Outcome deliverRefusal(const OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
-                       const std::string& hint, const Session& session) {
-    if (!readWholeFile(folder.log()).ends_with(asLogged("Error: " + user.error()))) {
-        return {UnwritableOutput, options.output + ".log: incomplete: " + folder.writeFault()};
+// Why a file came out incomplete, as the exporter met it.
+std::string writeFault(const std::vector<Message>& messages) {
+    for (const Message& message : messages) {
+        if (message.kind == &plugin::kWriteFailed) return message.text;
     }
-    if (const Outcome delivered = folder.deliverLog(); !delivered.good()) session.warning(delivered.error);
-    return {Refused, options.scene + ": " + user.error(), hint};
+    return {};
 }
 
-// The exporter doesn't look at the results of its writes, so the files themselves have to tell: the log by its last
-// line, the output by being readable to its end, as the shape that it gives. Empty when both are whole.
-std::string findIncomplete(const OutputFolder& folder, bool isSequences, Shape& shape) {
-    if (!readWholeFile(folder.log()).ends_with("Export Complete\r\n")) return "incomplete log: " + folder.writeFault();
-    std::ifstream file(folder.file(), std::ios::binary);
-    std::string surplus;
-    if (isSequences) {
-        shape.readDsq(file, &surplus);
-    } else {
-        shape.readDts(file, &surplus);
+Outcome deliverRefusal(OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
+                       const std::vector<Message>& messages, const Session& session) {
+    if (const std::string fault = writeFault(messages); !fault.empty()) {
+        return {UnwritableOutput, options.output + ".log: " + fault};
     }
-    if (!shape.hasError() && surplus.empty()) return {};
-    return "incomplete (" + (shape.hasError() ? shape.error() : surplus) + "): " + folder.writeFault();
+    const Outcome delivered = folder.deliverOne(kLog);
+    if (!delivered.good()) session.warning(delivered.error);
+    return {Refused, options.scene + ": " + user.error(), refusalHint(messages)};
 }
 
-// Puts both files into their places, and says what they are.
-Outcome deliver(const OutputFolder& folder, const ExportOptions& options, std::string& summary) {
-    Shape shape;
-    const bool isSequences = isSequenceFile(options.output);
-    if (const std::string fault = findIncomplete(folder, isSequences, shape); !fault.empty()) {
+// Puts both files into their places, and says what they are. The output is looked at as whoever loads it will.
+Outcome deliver(OutputFolder& folder, const ExportOptions& options, const std::vector<Message>& messages,
+                std::string& summary) {
+    if (const std::string fault = writeFault(messages); !fault.empty()) {
         return {UnwritableOutput, options.output + ": " + fault};
     }
+    const bool isSequences = isSequenceFile(options.output);
+    Shape shape;
+    std::string surplus;
+    std::ifstream file(folder.file(kOutput), std::ios::binary);
+    if (!file) return {UnwritableOutput, options.output + ": " + std::strerror(errno)};
+    isSequences ? shape.readDsq(file, &surplus) : shape.readDts(file, &surplus);
+    if (shape.hasError()) surplus = shape.error();
+    if (!surplus.empty()) return {UnwritableOutput, options.output + ": isn't what was written: " + surplus};
     struct stat written;
-    const uintmax_t bytes = stat(folder.file().c_str(), &written) == 0 ? static_cast<uintmax_t>(written.st_size) : 0;
+    const uintmax_t bytes =
+        stat(folder.file(kOutput).c_str(), &written) == 0 ? static_cast<uintmax_t>(written.st_size) : 0;
     summary = exportSummary(options.output, shape, !isSequences, bytes);
-    return folder.deliverBoth();
+    return folder.deliverAll();
 }
 
 Outcome runExport(const ExportOptions& options, const Session& session) {
-    // Past a limit of the file size, writes shall fail like on a full disk.
-    std::signal(SIGXFSZ, SIG_IGN);
     if (const Outcome checked = checkOptions(options.scene, options.loading); !checked.good()) return checked;
-    const OutputFolder folder(options.output);
+    // With the output's ending, and a path as short as can be.
+    const std::string name = "shape" + options.output.substr(options.output.size() - kEndingSize);
+    OutputFolder folder({{options.output, name}, {options.output + ".log", name + ".log"}},
+                        {options.scene, options.loading.forShape});
     if (!folder.made().good()) return folder.made();
     standin::ImportResult loaded = loadScene(options.scene, options.loading);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
 
-    ExportUser user(session, folder.file());
+    ExportUser user(session, folder.file(kOutput));
     std::vector<Message> messages;
     const Outcome pressed = pressExport(std::move(*loaded.scene), options, user, messages);
     if (!pressed.good()) return pressed;
     if (!user.error().empty()) {
         for (const std::string& warning : loaded.warnings) session.warning(warning);
-        return deliverRefusal(folder, options, user, refusalHint(messages), session);
+        return deliverRefusal(folder, options, user, messages, session);
     }
     std::string summary;
-    const Outcome delivered = deliver(folder, options, summary);
+    const Outcome delivered = deliver(folder, options, messages, summary);
     if (!delivered.good()) return delivered;
 
     if (const Outcome written = writeTextures(loaded, options.output, session); !written.good()) return written;

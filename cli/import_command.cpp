@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli/command.h"
+#include "cli/output_folder.h"
 #include "cli/scene_options.h"
 #include "standin/host/scene_file.h"
 
@@ -18,11 +19,13 @@ struct ImportArguments {
 
 Outcome importToFile(const ImportArguments& arguments, const Session& session) {
     if (const Outcome checked = checkOptions(arguments.model, arguments.options); !checked.good()) return checked;
+    OutputFolder folder(arguments.output, {arguments.model, arguments.options.forShape});
+    if (!folder.made().good()) return folder.made();
     const standin::ImportResult loaded = loadScene(arguments.model, arguments.options);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
     for (const std::string& text : loaded.warnings) session.warning(text);
     for (const std::string& text : loaded.details) session.detail(text);
-    const Outcome written = writeWholeFile(arguments.output, standin::sceneText(*loaded.scene));
+    const Outcome written = folder.deliverText(standin::sceneText(*loaded.scene));
     return written.good() ? writeTextures(loaded, arguments.output, session) : written;
 }
 

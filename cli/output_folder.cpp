@@ -1,18 +1,13 @@
 #include "cli/output_folder.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-
-#include "ground/whole_file.h"
+#include <system_error>
 
 namespace marrowfen::cli {
 
@@ -20,53 +15,32 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kPathSize = 4096;
-constexpr size_t kEndingSize = 4;    // of ".dts" and ".dsq"
-constexpr size_t kLongestName = 32;  // that the folder's files have, with a margin
-
-// What a signal handler removes; it can't use anything that allocates.
-char theFolder[kPathSize] = "";
-char theFile[kPathSize] = "";
-char theLog[kPathSize] = "";
-pid_t theOwner = 0;  // a child process has the handler too, but not the folder
-
-void removeTheFolder() {
-    if (theFolder[0] == '\0') return;
-    unlink(theFile);
-    unlink(theLog);
-    rmdir(theFolder);
-    theFolder[0] = '\0';
-}
-
-// Installed with SA_RESETHAND: the signal that is raised again ends the process as if nobody had been asked.
-void removeAndDie(int signal) {
-    if (getpid() == theOwner) removeTheFolder();
-    raise(signal);
-}
-
-void copyPath(char* to, const std::string& path) { path.copy(to, kPathSize - 1); }
-
-void onSignals(void (*handler)(int), int flags) {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action = {};
-        struct sigaction old = {};
-        sigaction(signal, nullptr, &old);
-        if (old.sa_handler == SIG_IGN) continue;  // nohup
-        action.sa_handler = handler;
-        action.sa_flags = flags;
-        sigaction(signal, &action, nullptr);
-    }
-}
+constexpr mode_t kRights = 07777;
+constexpr mode_t kWriteRights = 0222;
 
 Outcome fault(const std::string& path, const std::string& why) { return {UnwritableOutput, path + ": " + why}; }
+Outcome fault(const std::string& path, int why) { return fault(path, std::strerror(why)); }
 
-// Whether a file can take this place.
-Outcome checkPlace(const std::string& path) {
+// Good when there is nothing to tell.
+Outcome faultIf(const std::string& path, int why) { return why == 0 ? Outcome() : fault(path, why); }
+
+bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
+
+// Whether a file can take this place. mode: the rights of the one that has it; left as it is when there is none.
+Outcome checkPlace(const std::string& path, const std::vector<std::string>& inputs, int& mode) {
     struct stat found;
-    if (stat(path.c_str(), &found) != 0) return {};
-    if (S_ISDIR(found.st_mode)) return fault(path, std::strerror(EISDIR));
+    if (stat(path.c_str(), &found) != 0) return errno == ENOENT ? Outcome() : fault(path, errno);
+    if (S_ISDIR(found.st_mode)) return fault(path, EISDIR);
     if (!S_ISREG(found.st_mode)) return fault(path, "not a regular file");
-    return access(path.c_str(), W_OK) == 0 ? Outcome() : fault(path, std::strerror(errno));
+    for (const std::string& input : inputs) {
+        struct stat read;
+        if (stat(input.c_str(), &read) == 0 && isSameFile(found, read)) return fault(path, "is an input of this run");
+    }
+    // The superuser could write, and doesn't want to either.
+    if ((found.st_mode & kWriteRights) == 0) return fault(path, "is read-only");
+    if (access(path.c_str(), W_OK) != 0) return fault(path, errno);
+    mode = static_cast<int>(found.st_mode & kRights);
+    return {};
 }
 
 // Where a link points, there or not.
@@ -82,70 +56,149 @@ std::string behindLinks(const std::string& path) {
     return result.string();
 }
 
-Outcome move(const std::string& from, const std::string& to) {
-    if (std::rename(from.c_str(), to.c_str()) == 0) return {};
-    // Behind a link there may be another file system.
-    return errno == EXDEV ? writeWholeFile(to, readWholeFile(from)) : fault(to, std::strerror(errno));
-}
-
 std::string folderOf(const std::string& path) {
     const fs::path folder = fs::path(path).parent_path();
     return folder.empty() ? "." : folder.string();
 }
 
+std::string oldFile(const StagingFolder& folder, const std::string& name) { return folder.path() + "/old-" + name; }
+
+// Keeps an old file for the way back. 0 or an errno; ENOENT when there is none.
+int keepOld(const std::string& file, const std::string& kept) {
+    if (link(file.c_str(), kept.c_str()) == 0) return 0;
+    if (errno == ENOENT) return ENOENT;
+    // Not every file system has links.
+    return std::rename(file.c_str(), kept.c_str()) == 0 ? 0 : errno;
+}
+
+void bringBack(const std::string& kept, const std::string& file) {
+    if (std::rename(kept.c_str(), file.c_str()) == 0) return;
+    unlink(file.c_str());
+    if (link(kept.c_str(), file.c_str()) != 0) std::rename(kept.c_str(), file.c_str());
+}
+
 }  // namespace
 
-OutputFolder::OutputFolder(const std::string& output) {
-    target_ = behindLinks(output);
-    log_ = behindLinks(output + ".log");
-    for (const std::string& path : {target_, log_}) {
-        if (made_.good()) made_ = checkPlace(path);
-    }
-    if (made_.good() && folderOf(log_) != folderOf(target_) && access(folderOf(log_).c_str(), W_OK) != 0) {
-        made_ = fault(log_, std::strerror(errno));
-    }
-    if (!made_.good()) return;
-
-    std::string folder = (fs::path(target_).parent_path() / ".marrowfen-XXXXXX").string();
-    if (folder.size() >= kPathSize - kLongestName) {
-        made_ = fault(output, std::strerror(ENAMETOOLONG));
-    } else if (mkdtemp(folder.data()) == nullptr) {
-        made_ = fault(output, std::strerror(errno));
-    } else {
-        folder_ = folder;
-        file_ = folder + "/shape" + output.substr(output.size() - kEndingSize);
-        theOwner = getpid();
-        copyPath(theFile, file_);
-        copyPath(theLog, log());
-        copyPath(theFolder, folder_);
-        onSignals(removeAndDie, static_cast<int>(SA_RESETHAND));
-    }
+OutputFolder::OutputFolder(const std::vector<Output>& outputs, const std::vector<std::string>& inputs, Lock lock)
+    : keepsLock_(lock == Lock::Throughout), made_(prepare(outputs, inputs)) {
+    if (!keepsLock_) lock_.release();
 }
 
-OutputFolder::~OutputFolder() {
-    if (folder_.empty()) return;
-    onSignals(SIG_DFL, 0);
-    removeTheFolder();
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
+OutputFolder::OutputFolder(const std::string& output, const std::vector<std::string>& inputs, Lock lock)
+    : keepsLock_(lock == Lock::Throughout), isStandardOutput_(output == "/dev/stdout") {
+    if (isStandardOutput_) return;
+    made_ = prepare({{output, "file"}}, inputs);
+    if (!keepsLock_) lock_.release();
 }
 
-Outcome OutputFolder::deliverLog() const { return move(log(), log_); }
-
-Outcome OutputFolder::deliverBoth() const {
-    const Outcome moved = move(file_, target_);
-    return moved.good() ? deliverLog() : moved;
+Outcome OutputFolder::prepare(const std::vector<Output>& outputs, const std::vector<std::string>& inputs) {
+    for (const Output& output : outputs) {
+        Place place{output, behindLinks(output.path)};
+        if (Outcome checked = checkPlace(output.path, inputs, place.mode); !checked.good()) return checked;
+        for (const Place& other : places_) {
+            if (other.target == place.target) return fault(output.path, "is " + other.output.path + " too");
+        }
+        places_.push_back(std::move(place));
+    }
+    if (Outcome locked = takeLock(); !locked.good()) return locked;
+    for (Place& place : places_) {
+        if (Outcome added = addFolderOf(place); !added.good()) return added;
+    }
+    return {};
 }
 
-std::string OutputFolder::writeFault() const {
-    // As large as what a full disk may still have room for behind an incomplete file.
-    static constexpr std::array<char, 1 << 16> kProbe{};
-    std::FILE* probe = std::fopen(file_.c_str(), "ab");
-    const bool good =
-        probe != nullptr && std::fwrite(kProbe.data(), kProbe.size(), 1, probe) == 1 && std::fflush(probe) == 0;
-    const int why = good ? EIO : errno;
-    if (probe != nullptr) std::fclose(probe);
-    return std::strerror(why);
+Outcome OutputFolder::addFolderOf(Place& place) {
+    const std::string parent = folderOf(place.target);
+    for (const StagingFolder& folder : folders_) {
+        if (folder.parent() == parent) place.folder = &folder;
+    }
+    if (place.folder == nullptr) place.folder = &folders_.emplace_back(parent);
+    return faultIf(place.output.path, place.folder->fault());
+}
+
+// With the lock it is time to look for what others left.
+Outcome OutputFolder::takeLock() {
+    const std::string& path = places_.front().output.path;
+    const std::string folder = folderOf(places_.front().target);
+    if (!lock_.isHeld()) {
+        const int why = lock_.take(folder);
+        if (why == EWOULDBLOCK) return fault(path, "another run keeps on writing in this folder");
+        if (why != 0) return fault(path, why);
+    }
+    clearUpAfterTheDead(folder);
+    return {};
+}
+
+std::string OutputFolder::file(size_t i) const { return folders_.front().path() + "/" + places_.at(i).output.name; }
+
+Outcome OutputFolder::deliverText(const std::string& content) {
+    if (isStandardOutput_) return printResult(content);
+    const Outcome written = faultIf(places_.front().output.path, writeNewFile(file(0), content));
+    return written.good() ? deliverAll() : written;
+}
+
+// Gets a file ready to be moved: in its target's folder, with the rights of the old one, and on the disk.
+Outcome OutputFolder::ripen(const Place& place) const {
+    const std::string made = folders_.front().path() + "/" + place.output.name;
+    const std::string ripe = place.folder->path() + "/" + place.output.name;
+    std::error_code failure;
+    if (ripe != made) fs::copy_file(made, ripe, failure);
+    int why = failure.value();
+    if (why == 0 && place.mode >= 0 && chmod(ripe.c_str(), static_cast<mode_t>(place.mode)) != 0) why = errno;
+    if (why == 0) why = syncFile(ripe);
+    return faultIf(place.output.path, why);
+}
+
+Outcome OutputFolder::deliver(std::vector<Place> places) {
+    for (const Place& place : places) {
+        if (Outcome ripe = ripen(place); !ripe.good()) return ripe;
+    }
+    if (Outcome locked = takeLock(); !locked.good()) return locked;
+    Outcome moved = moveTogether(places);
+    for (const Place& place : places) {
+        if (moved.good()) moved = faultIf(place.output.path, syncFile(place.folder->parent()));
+    }
+    if (!keepsLock_) lock_.release();
+    return moved;
+}
+
+// The last one first: a log may be without its output, not an output without its log.
+Outcome OutputFolder::moveTogether(std::vector<Place>& places) {
+    const SignalsWait wait;
+    std::vector<std::pair<std::string, std::string>> plan;
+    for (const Place& place : places) {
+        if (place.folder != &folders_.front()) continue;
+        plan.emplace_back(place.output.name, fs::path(place.target).filename().string());
+    }
+    int why = places.size() > 1 ? folders_.front().notePlan(plan) : 0;
+    if (why != 0) return fault(places.front().output.path, why);
+
+    size_t next = places.size();
+    while (why == 0 && next > 0) {
+        Place& place = places[--next];
+        const std::string kept = oldFile(*place.folder, place.output.name);
+        const int noOld = places.size() > 1 ? keepOld(place.target, kept) : ENOENT;
+        place.hasOld = noOld == 0;
+        if (noOld != 0 && noOld != ENOENT) why = noOld;
+        const std::string ripe = place.folder->path() + "/" + place.output.name;
+        if (why == 0 && std::rename(ripe.c_str(), place.target.c_str()) != 0) why = errno;
+    }
+    if (why == 0) return {};
+    // The way back. What failed itself is still the old one, unless that had to be moved to be kept.
+    const std::string& failed = places[next].output.path;
+    for (size_t i = next; i < places.size(); ++i) {
+        if (places[i].hasOld) {
+            bringBack(oldFile(*places[i].folder, places[i].output.name), places[i].target);
+        } else if (i > next) {
+            unlink(places[i].target.c_str());
+        }
+    }
+    return fault(failed, why);
+}
+
+Outcome writeWholeFile(const std::string& path, const std::string& content) {
+    OutputFolder folder(path, {});
+    return folder.made().good() ? folder.deliverText(content) : folder.made();
 }
 
 }  // namespace marrowfen::cli

@@ -1,43 +1,69 @@
 #pragma once
 
-// Whole output files or none: an export runs in a folder of its own beside the output, and only what turned out good is
-// moved into place.
+// The one way in which commands write files: whole ones or none. All files of a run come into being in a folder of its
+// own beside the first, and go to their places together once all is good.
 
+#include <deque>
 #include <string>
+#include <vector>
 
 #include "cli/command.h"
+#include "cli/staging_folder.h"
 
 namespace marrowfen::cli {
 
+// A link stays one, and the file that it points to is written. Devices, pipes, folders, read-only files and the run's
+// own inputs are refused before any work. An old file's rights are the new one's. Runs that write into one folder do so
+// one after the other.
 class OutputFolder {
 public:
-    // Makes the folder beside the output, or records why nothing can be written there. While it exists, SIGINT and
-    // SIGTERM remove it before they end the process. One at a time.
-    // The output's name ends in .dts or .dsq.
-    explicit OutputFolder(const std::string& output);
-    ~OutputFolder();  // removes the folder with all that is in it
-    OutputFolder(const OutputFolder&) = delete;
-    OutputFolder& operator=(const OutputFolder&) = delete;
+    enum class Lock { WhileMoving, Throughout };  // throughout: for a run that changes a file
+
+    struct Output {
+        std::string path;  // as the user gave it
+        std::string name;  // in the run's folder
+    };
+
+    // Makes the folder, or records why nothing can be written.
+    OutputFolder(const std::vector<Output>& outputs, const std::vector<std::string>& inputs,
+                 Lock lock = Lock::WhileMoving);
+
+    // For a command with one output, which may be /dev/stdout: deliverText() then prints it there.
+    OutputFolder(const std::string& output, const std::vector<std::string>& inputs, Lock lock = Lock::WhileMoving);
 
     const Outcome& made() const { return made_; }
 
-    // Where the export writes the output and its log: with the output's ending, and as short as can be.
-    const std::string& file() const { return file_; }
-    std::string log() const { return file_ + ".log"; }
+    // Where output i is written until it is delivered.
+    std::string file(size_t i) const;
 
-    // Move the files into place over older ones.
-    Outcome deliverLog() const;
-    Outcome deliverBoth() const;
+    // Move all outputs, or one alone, into place over older ones. All of them or none.
+    Outcome deliverAll() { return deliver(places_); }
+    Outcome deliverOne(size_t i) { return deliver({places_[i]}); }
 
-    // Why the last file came out incomplete, as far as another attempt to write there tells.
-    std::string writeFault() const;
+    // The only output with this content.
+    Outcome deliverText(const std::string& content);
 
 private:
-    std::string target_;  // the output, or where it points when it is a link
-    std::string log_;     // the log's place: beside the output itself, under its name
-    std::string folder_;
-    std::string file_;
+    struct Place {
+        Output output;
+        std::string target;                     // the output, or where it points when it is a link
+        const StagingFolder* folder = nullptr;  // in the same folder as the target
+        int mode = -1;                          // of an old file
+        bool hasOld = false;                    // while delivering: the old file is kept in the folder
+    };
+    std::vector<Place> places_;
+    std::deque<StagingFolder> folders_;
+    FolderLock lock_;
+    bool keepsLock_ = false;
+    bool isStandardOutput_ = false;
     Outcome made_;
+
+    Outcome prepare(const std::vector<Output>& outputs, const std::vector<std::string>& inputs);
+    Outcome addFolderOf(Place& place);
+    Outcome takeLock();
+    Outcome ripen(const Place& place) const;
+    Outcome deliver(std::vector<Place> places);
+    Outcome moveTogether(std::vector<Place>& places);
 };
 
 }  // namespace marrowfen::cli

@@ -1,6 +1,7 @@
 #include "cli/plugin_session.h"
 
 #include <array>
+#include <new>
 
 #include "plugin/export_messages.h"
 #include "plugin/plugin.h"
@@ -22,12 +23,23 @@ PluginSession::~PluginSession() {
 }
 
 bool PluginSession::openPanel() {
-    if (tsxOnLeftClick() == 0 || desktop_.openDialogs().empty()) return false;
+    const bool isAccepted = tsxOnLeftClick() != 0;
+    throwIfNoMemory();
+    if (!isAccepted || desktop_.openDialogs().empty()) return false;
     panel_ = desktop_.openDialogs().front();
     return true;
 }
 
-void PluginSession::press(int control) { SendDlgItemMessageA(panel_, control, BM_CLICK, 0, 0); }
+void PluginSession::press(int control) {
+    SendDlgItemMessageA(panel_, control, BM_CLICK, 0, 0);
+    throwIfNoMemory();
+}
+
+void PluginSession::throwIfNoMemory() const {
+    for (const Message& message : messages_) {
+        if (message.kind == &plugin::kNoMemory) throw std::bad_alloc();
+    }
+}
 
 void PluginSession::type(int control, const std::string& text) { SetDlgItemTextA(panel_, control, text.c_str()); }
 

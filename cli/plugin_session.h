@@ -34,7 +34,8 @@ public:
     // Left-clicks the plug-in. Without success the user has read why.
     bool openPanel();
 
-    // The panel's controls, by the numbers in plugin/resources/resource.h.
+    // The panel's controls, by the numbers in plugin/resources/resource.h. What ends there for want of memory, in a
+    // box, throws here.
     void press(int control);
     void type(int control, const std::string& text);
 
@@ -44,6 +45,8 @@ public:
     const std::vector<Message>& messages() const { return messages_; }
 
 private:
+    void throwIfNoMemory() const;
+
     standin::Host host_;
     headless::Desktop desktop_;
     HWND panel_ = nullptr;

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/command.h"
+#include "cli/output_folder.h"
 #include "cli/shape_file.h"
 #include "ground/ascii.h"
 #include "ground/whole_file.h"
@@ -22,7 +23,7 @@ struct ViewOptions {
     std::vector<std::string> sequences;
 };
 
-Outcome writePage(const ViewOptions& options, const std::string& glb, const std::string& title) {
+Outcome writePage(OutputFolder& folder, const std::string& glb, const std::string& title) {
     std::error_code failure;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
     const std::filesystem::path pagePath = program.parent_path() / kPageName;
@@ -33,7 +34,7 @@ Outcome writePage(const ViewOptions& options, const std::string& glb, const std:
     }
     const std::string filled = view::embedInPage(page, glb, title);
     if (filled.empty()) return {UnwritableOutput, pagePath.string() + ": not a viewer page"};
-    return writeWholeFile(options.output, filled);
+    return folder.deliverText(filled);
 }
 
 // Empty on success, else one line that names the file.
@@ -50,6 +51,10 @@ Outcome view(const Session& session, const ViewOptions& options) {
     if (!asPage && !endsWithIgnoringCase(options.output, ".glb")) {
         return {WrongUsage, options.output + ": the output's name must end in .glb or .html"};
     }
+    std::vector<std::string> inputs = options.sequences;
+    inputs.push_back(options.input);
+    OutputFolder folder(options.output, inputs);
+    if (!folder.made().good()) return folder.made();
     ShapeFile file;
     std::string fault = loadShapeFile(options.input, file);
     if (!fault.empty()) return {UnreadableInput, fault};
@@ -72,8 +77,7 @@ Outcome view(const Session& session, const ViewOptions& options) {
     if (!gltf.error.empty()) return {UnreadableInput, options.input + ": " + gltf.error};
     warnings.insert(warnings.end(), gltf.warnings.begin(), gltf.warnings.end());
     for (const std::string& warning : warnings) session.warning(warning);
-    if (asPage) return writePage(options, gltf.glb, title);
-    return writeWholeFile(options.output, gltf.glb);
+    return asPage ? writePage(folder, gltf.glb, title) : folder.deliverText(gltf.glb);
 }
 
 }  // namespace

@@ -3,7 +3,10 @@
 #include <commctrl.h>
 #include <commdlg.h>
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -63,10 +66,18 @@ std::string askForOutputPath(const FileKind& kind) {
     return GetSaveFileNameA(&question) ? path : "";
 }
 
-void reportError(const ShapeBuilder& shape, std::ostream& log) {
+void tell(const MessageKind& kind, const std::string& text) {
+    if (theListener) theListener({&kind, Message::Place::Scene, {}, text});
+}
+
+void tellWriteFault(int why) {
+    if (why != 0) tell(kWriteFailed, std::strerror(why));
+}
+
+void reportError(const std::string& text, std::ostream& log) {
     closeProgressDialog();
-    log << "Error: " << shape.error();
-    showMessage(shape.error().c_str(), MB_ICONERROR);
+    log << "Error: " << text;
+    showMessage(text.c_str(), MB_ICONERROR);
 }
 
 void save(const ShapeBuilder& shape, const std::string& path, const FileKind& kind, ExportMode mode,
@@ -75,11 +86,24 @@ void save(const ShapeBuilder& shape, const std::string& path, const FileKind& ki
     log << "Saving shape...";
     std::ofstream output(path, std::ios::binary | std::ios::trunc);
     kind.write(shape, output, mode);
+    output.flush();
+    tellWriteFault(output ? 0 : errno);
     log << "done" << std::endl;
     log << "done" << std::endl << std::endl;
     log << "Export Complete" << std::endl;
     closeProgressDialog();
     showMessage("Export Complete", MB_ICONINFORMATION);
+    output.close();
+    tellWriteFault(output ? 0 : errno);
+}
+
+void buildAndSave(const std::string& path, const FileKind& kind, ExportMode mode, std::ostream& log) {
+    const ShapeBuilder shape(log, mode, theListener);
+    if (shape.hasError()) {
+        reportError(shape.error(), log);
+    } else {
+        save(shape, path, kind, mode, log);
+    }
 }
 
 void exportTo(const std::string& path, const FileKind& kind, ExportMode mode) {
@@ -89,12 +113,14 @@ void exportTo(const std::string& path, const FileKind& kind, ExportMode mode) {
     setProgress("Starting log file...", 10);
     log.writeBanner(theModule.hostMajor, theModule.hostMinor);
     setProgress("Exploring shape (This may take a while)...", 20);
-    const ShapeBuilder shape(log, mode, theListener);
-    if (shape.hasError()) {
-        reportError(shape, log);
-    } else {
-        save(shape, path, kind, mode, log);
+    try {
+        buildAndSave(path, kind, mode, log);
+    } catch (const std::bad_alloc&) {
+        log << "Error: " << kNoMemoryText;
+        throw;
     }
+    log.close();
+    tellWriteFault(log.fault());
 }
 
 void runExport(const FileKind& kind, ExportMode mode) {
@@ -110,6 +136,12 @@ void listenToExports(MessageListener listener) { theListener = std::move(listene
 void exportDts() {
     // The check box counts as it is when the button is pressed, before the dialog comes up.
     runExport(kShapeFile, isAnimationChecked() ? ExportMode::ShapeWithAnimation : ExportMode::ShapeOnly);
+}
+
+void reportNoMemory() {
+    closeProgressDialog();
+    tell(kNoMemory, {});
+    showMessage(kNoMemoryText, MB_ICONERROR);
 }
 
 void exportDsq() { runExport(kSequenceFile, ExportMode::SequencesOnly); }

@@ -21,6 +21,9 @@ struct Module {
 
 extern Module theModule;
 
+// The error of memory that isn't there: the host mustn't die of it.
+inline constexpr char kNoMemoryText[] = "Out of memory.";
+
 // A task-modal message box owned by the panel.
 void showMessage(const char* text, UINT icon);
 
@@ -35,6 +38,9 @@ void showAboutBox();
 // (export_commands.cpp).
 void exportDts();
 void exportDsq();
+
+// Tells of memory that wasn't there, in a box and to who listens (export_commands.cpp).
+void reportNoMemory();
 
 // The progress dialog (progress_dialog.cpp). It shows a text and a percentage; setProgress repaints it at once.
 void showProgressDialog();

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <new>
+
 #include "host/tsxapi.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
@@ -35,7 +37,7 @@ bool runButton(HWND panel, int control) {
     }
 }
 
-INT_PTR CALLBACK panelProc(HWND panel, UINT message, WPARAM wParam, LPARAM) {
+INT_PTR handle(HWND panel, UINT message, WPARAM wParam) {
     switch (message) {
         case WM_INITDIALOG:
             loadNodeList(panel);
@@ -52,6 +54,15 @@ INT_PTR CALLBACK panelProc(HWND panel, UINT message, WPARAM wParam, LPARAM) {
             return HIWORD(wParam) == BN_CLICKED && runButton(panel, LOWORD(wParam)) ? TRUE : FALSE;
         default:
             return FALSE;
+    }
+}
+
+INT_PTR CALLBACK panelProc(HWND panel, UINT message, WPARAM wParam, LPARAM) {
+    try {
+        return handle(panel, message, wParam);
+    } catch (const std::bad_alloc&) {
+        reportNoMemory();
+        return TRUE;
     }
 }
 

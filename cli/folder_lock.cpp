@@ -1,0 +1,51 @@
+#include "cli/folder_lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+namespace marrowfen::cli {
+
+namespace {
+
+constexpr auto kLongestWait = std::chrono::seconds(30);
+constexpr auto kPause = std::chrono::milliseconds(5);
+
+int openFolder(const std::string& folder) { return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }
+
+}  // namespace
+
+int FolderLock::take(const std::string& folder) {
+    folder_ = openFolder(folder);
+    if (folder_ < 0) return errno;
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    while (flock(folder_, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EINTR) continue;
+        if (errno != EWOULDBLOCK) return 0;
+        if (std::chrono::steady_clock::now() > end) {
+            release();
+            return EWOULDBLOCK;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+    return 0;
+}
+
+bool FolderLock::tryTake(const std::string& folder) {
+    folder_ = openFolder(folder);
+    if (folder_ < 0) return false;
+    if (flock(folder_, LOCK_EX | LOCK_NB) == 0) return true;
+    release();
+    return false;
+}
+
+void FolderLock::release() {
+    if (folder_ >= 0) close(folder_);
+    folder_ = -1;
+}
+
+}  // namespace marrowfen::cli

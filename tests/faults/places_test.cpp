@@ -1,0 +1,147 @@
+// Outputs and surroundings that a night's run meets: one line and the right exit code, and nothing else is touched.
+
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "tests/files.h"
+#include "tests/standin/scene_of.h"
+
+namespace marrowfen::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct PlacesTest : testing::Test, TestFolder {
+    PlacesTest() {
+        writeFile(folder / "t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+        EXPECT_EQ(run("import t.obj t.scene.json; " MARROWFEN_COMMAND " export t.obj t.dts").code, 0);
+    }
+
+    // COMMAND, where it stands alone, is the program.
+    ProgramResult run(std::string line) const {
+        const size_t at = line.find("COMMAND");
+        line = at == std::string::npos ? MARROWFEN_COMMAND " " + line : line.replace(at, 7, MARROWFEN_COMMAND);
+        return runIn(folder, line);
+    }
+
+    // The files' rights, names and sizes.
+    std::string files() const { return runIn(folder, "ls -lAn --time-style=+ | sed 1d | sort").text; }
+};
+
+}  // namespace
+
+TEST_F(PlacesTest, RefusedOutputIsUntouched) {
+    const std::string longName(252, 'n');
+    ASSERT_EQ(runIn(folder,
+                    "mkfifo fifo; ln -s t.obj link; ln t.obj hard.scene.json; ln -s loop loop; mkdir dir; "
+                    "ln -s t.dts.log both.dts; echo old > ro; chmod 400 ro; cp t.scene.json ro.scene.json; "
+                    "chmod 444 ro.scene.json; ln -s fifo f.dts; mknod null c 1 3; true")
+                  .code,
+              0);
+    struct Case {
+        std::string line, text;
+    };
+    for (const Case& c : std::vector<Case>{
+             {"import t.obj /dev/full", "/dev/full: not a regular file"},
+             {"import t.obj fifo", "fifo: not a regular file"},
+             {"import t.obj dir", "dir: Is a directory"},
+             {"import t.obj loop", "loop: Too many levels of symbolic links"},
+             {"import t.obj t.obj", "t.obj: is an input of this run"},
+             {"import t.obj link", "link: is an input of this run"},
+             {"import t.obj hard.scene.json", "hard.scene.json: is an input of this run"},
+             {"import t.obj ro", "ro: is read-only"},
+             {"import t.obj t.dts/x", "t.dts/x: Not a directory"},
+             {"add-node ro.scene.json eye", "ro.scene.json: is read-only"},
+             {"view t.dts fifo.glb/x.glb", "fifo.glb/x.glb: No such file or directory"},
+             {"export t.obj f.dts", "f.dts: not a regular file"},
+             {"export t.obj t.dts --for t.dts", "t.dts: is an input of this run"},
+             {"export t.obj " + longName.substr(0, 248) + ".dts", ".dts.log: File name too long"},
+             {"-q import t.obj /dev/stdout > /dev/full", "standard output: No space left on device"},
+             {"-q import t.obj /dev/stdout >&-", "standard output: Bad file descriptor"},
+             {"import --help > /dev/full", "standard output can't be written"},
+             {"ulimit -f 0; COMMAND -q import t.obj n.scene.json", "n.scene.json: File too large"},
+             {"ulimit -f 0; COMMAND view t.dts n.glb", "n.glb: File too large"},
+             {"ulimit -f 0; COMMAND add-node t.scene.json eye", "t.scene.json: File too large"},
+         }) {
+        const std::string before = files();
+        const ProgramResult result = run(c.line);
+        EXPECT_EQ(result.code, 4) << c.line << "\n" << result.text;
+        EXPECT_TRUE(result.text.starts_with("error: ") && result.text.ends_with(c.text + "\n") &&
+                    std::count(result.text.begin(), result.text.end(), '\n') == 1)
+            << c.line << "\n"
+            << result.text;
+        EXPECT_EQ(files(), before) << c.line;
+    }
+}
+
+TEST_F(PlacesTest, OddSurroundingsGiveTheSameFiles) {
+    const std::string scene = readFile(folder / "t.scene.json");
+    const std::string shape = readFile(folder / "t.dts");
+    const std::string log = readFile(folder / "t.dts.log");
+    for (const std::string& line : std::vector<std::string>{
+             "COMMAND import t.obj o.scene.json <&- >&- 2>&-", "COMMAND import t.obj /dev/stdout 2>&- >o.scene.json",
+             "umask 077; COMMAND import t.obj o.scene.json", "umask 0; COMMAND import t.obj o.scene.json",
+             "env -i COMMAND import t.obj o.scene.json", "LC_ALL=tr_TR.UTF-8 COMMAND import t.obj o.scene.json",
+             "ln -s o.scene.json l; COMMAND import t.obj l; rm l"}) {
+        EXPECT_EQ(run(line).code, 0) << line;
+        EXPECT_EQ(readFile(folder / "o.scene.json"), scene) << line;
+        fs::remove(folder / "o.scene.json");
+    }
+    for (const std::string& line :
+         std::vector<std::string>{"COMMAND -v export t.obj o.dts 2>&-", "COMMAND -v export t.obj o.dts >&- <&- 2>&-",
+                                  "env -i COMMAND export t.obj o.dts"}) {
+        EXPECT_EQ(run(line).code, 0) << line;
+        EXPECT_EQ(readFile(folder / "o.dts"), shape) << line;
+        EXPECT_EQ(readFile(folder / "o.dts.log"), log) << line;
+    }
+}
+
+TEST_F(PlacesTest, NewFileHasTheRightsOfTheOldOne) {
+    for (const char* rights : {"600", "664", "755"}) {
+        const std::string set = std::string("chmod ") + rights + " t.dts t.dts.log t.scene.json && ";
+        EXPECT_EQ(run(set + "COMMAND export t.obj t.dts").code, 0);
+        EXPECT_EQ(run("add-node t.scene.json eye").code, 0);
+        for (const char* name : {"t.dts", "t.dts.log", "t.scene.json"}) {
+            EXPECT_EQ(runIn(folder, std::string("stat -c %a ") + name).text, std::string(rights) + "\n") << name;
+        }
+    }
+}
+
+// Two scenes whose shapes and logs differ, so that a pair of two runs would show.
+TEST_F(PlacesTest, RunsToOnePathAtOnceLeaveOnePair) {
+    ASSERT_EQ(run("import t.obj u.scene.json; sed -i 's/Detail/Detail two/' u.scene.json; " MARROWFEN_COMMAND
+                  " export u.scene.json u.dts")
+                  .code,
+              0);
+    const auto pair = [&](const std::string& output) {
+        return readFile(folder / output) + readFile(folder / (output + ".log"));
+    };
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(
+            run("true; for i in 1 2 3 4 5 6 7 8 9 10; do for s in t u; do COMMAND -q export $s.scene.json o.dts & "
+                "done; done; wait")
+                .text,
+            "");
+        EXPECT_TRUE(pair("o.dts") == pair("t.dts") || pair("o.dts") == pair("u.dts"));
+    }
+    EXPECT_EQ(run("for i in 1 2 3 4 5 6 7 8 9 10; do COMMAND -q add-node t.scene.json n$i & done; wait").text, "");
+    EXPECT_EQ(standin::readSceneFile((folder / "t.scene.json").string()).scene.value().nodes.size(), 11U);
+    EXPECT_EQ(files().find(".marrowfen"), std::string::npos);
+}
+
+TEST_F(PlacesTest, SignalEndsARunAtOnceAndNothingIsLeft) {
+    const std::string old = files();
+    for (const char* signal : {"INT", "TERM", "HUP", "QUIT", "PIPE", "XCPU"}) {
+        for (int milliseconds = 1; milliseconds <= 25; milliseconds += 6) {
+            const ProgramResult result =
+                run(std::string("ulimit -c 0; timeout -s ") + signal + " 0." +
+                    std::to_string(1000 + milliseconds).substr(1) + " COMMAND -q export t.scene.json t.dts");
+            EXPECT_EQ(result.text, "") << signal;
+            EXPECT_EQ(files(), old) << signal << milliseconds;
+        }
+    }
+}
+
+}  // namespace marrowfen::test
