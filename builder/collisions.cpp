@@ -67,6 +67,7 @@ void CollisionPass::run(MaterialConversion& materials) {
     log_ << words_.firstLine << std::endl;
     // The last layer decides for all.
     const CollisionType type = layers_.empty() ? CollisionType::NoCollision : layers_.back().collisionType;
+    tellOverruledLayers(layers_, notices_);
     if (!layers_.empty()) log_ << words_.typeText << static_cast<int>(type) << std::endl;
 
     if (type == CollisionType::BoxCollision || type == CollisionType::CylinderCollision) {
@@ -129,6 +130,14 @@ void CollisionPass::addLayers(MaterialConversion& materials) {
 }
 
 }  // namespace
+
+void tellOverruledLayers(const std::vector<LayerInfo>& layers, Notices& notices) {
+    for (const LayerInfo& layer : layers) {
+        if (layer.collisionType == layers.back().collisionType) continue;
+        notices.tell({&kOverruledCollision, Message::Place::Layer, layer.name,
+                      layer.name + " (the last one is " + layers.back().name + ")"});
+    }
+}
 
 void createCollisionMeshes(const std::vector<LayerInfo>& layers, MaterialConversion& materials, Shape& shape,
                            Notices& notices) {

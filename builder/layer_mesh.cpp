@@ -32,7 +32,8 @@ std::string fileLimitError(const Mesh& mesh, const LayerInfo& layer, LayerRole r
                                   : layer.autoLod           ? kCopyTooLarge
                                                             : ofDetailLayer;
         notices.tellRefusal(kind, layer.name,
-                            "layer " + layer.name + " with " + std::to_string(layer.polys.size()) + " polyhedra and " +
+                            "layer " + layer.name + " with " + std::to_string(layer.polys.size()) +
+                                (layer.polys.size() == 1 ? " polyhedron and " : " polyhedra and ") +
                                 std::to_string(mesh.faceCount()) + " triangles");
         return "Layer " + layer.name + " has " + std::to_string(count) + " " + what + ", a mesh holds at most " +
                std::to_string(kLargest16Bit) + ".";

@@ -28,8 +28,12 @@ inline constexpr MessageKind kSortedAreaLost = {"SORTED_AREA_LOST", Severity::Wa
 inline constexpr MessageKind kSeveralBones = {"SEVERAL_BONES", Severity::Warning,
                                               "vertices held by several bones follow the first"};
 inline constexpr MessageKind kSharedName = {"SHARED_NAME", Severity::Warning, "nodes that share a name"};
+inline constexpr MessageKind kSharedClipName = {"SHARED_CLIP_NAME", Severity::Warning,
+                                                "clips that share a name, of which the first is played for all"};
 inline constexpr MessageKind kEmptyCollision = {"EMPTY_COLLISION", Severity::Warning,
                                                 "collision shapes around nothing"};
+inline constexpr MessageKind kOverruledCollision = {"OVERRULED_COLLISION", Severity::Warning,
+                                                    "collision layers left out, the last one being of another shape"};
 inline constexpr MessageKind kNoTexture = {"NO_TEXTURE", Severity::Warning,
                                            "faces without a texture, for which an engine looks for the file"};
 inline constexpr MessageKind kFrameRate = {"FRAME_RATE", Severity::Warning, "frame rates that were replaced"};
@@ -38,9 +42,10 @@ inline constexpr MessageKind kClipLeftOut = {"CLIP_LEFT_OUT", Severity::Warning,
 
 // All kinds, in the order in which a person wants to read them.
 inline constexpr const MessageKind* kExportMessageKinds[] = {
-    &kUnknownTag,     &kTagOfOtherRole,  &kTagValue,         &kNearRole,       &kLayerDropped, &kNodeOnNoLayer,
-    &kNeverShows,     &kSortWithAutoLod, &kNormalsNotTurned, &kSortedAreaLost, &kSeveralBones, &kSharedName,
-    &kEmptyCollision, &kNoTexture,       &kFrameRate,        &kClipSkipped,    &kClipLeftOut};
+    &kUnknownTag,    &kTagOfOtherRole, &kTagValue,        &kNearRole,         &kLayerDropped,
+    &kNodeOnNoLayer, &kNeverShows,     &kSortWithAutoLod, &kNormalsNotTurned, &kSortedAreaLost,
+    &kSeveralBones,  &kSharedName,     &kSharedClipName,  &kEmptyCollision,   &kOverruledCollision,
+    &kNoTexture,     &kFrameRate,      &kClipSkipped,     &kClipLeftOut};
 
 // The export log and the listener to messages, both borrowed.
 class Notices {

@@ -200,7 +200,7 @@ void checkDetailLayers(const std::vector<LayerInfo>& detailLayers, Shape& shape,
         notices.tellRefusal(
             kAutoLodFirst, layer.name,
             "layer " + layer.name + " is a copy and comes first, " +
-                (layer.size < 0 ? "no layer having a size" : "with a size of " + std::to_string(layer.size)));
+                (layer.size == kNoSize ? "no layer having a size" : "with a size of " + std::to_string(layer.size)));
         shape.setError("Highest size mesh cannot be autolod mesh");
     }
 }
@@ -214,7 +214,9 @@ void tellUselessLayers(const std::vector<LayerInfo>& detailLayers, Notices& noti
     }
     for (const size_t level : levelsThatNeverShow(levels)) {
         const LayerInfo& layer = at(detailLayers, level);
-        const std::string why = layer.size < 0 ? "has no size" : "is hidden by one of its size";
+        const std::string why = layer.size == kNoSize ? "has no size"
+                                : layer.size < 0      ? "has a size below 0"
+                                                      : "is hidden by one of its size";
         notices.tell({&kNeverShows, Message::Place::Layer, layer.name, layer.name + " " + why});
     }
     for (const LayerInfo& layer : detailLayers) {

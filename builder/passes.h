@@ -33,11 +33,13 @@ void createCollisionMeshes(const std::vector<LayerInfo>& layers, MaterialConvers
                            Notices& notices);
 void createLosCollisionMeshes(const std::vector<LayerInfo>& layers, MaterialConversion& materials, Shape& shape,
                               Notices& notices);
+// Tells of collision layers of one kind whose shape isn't that of the last one, which decides for all.
+void tellOverruledLayers(const std::vector<LayerInfo>& layers, Notices& notices);
 
 // Sequences (builder/sequences.cpp): each clip is played, and bones and markers leave a key a frame.
 void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>& bones,
                  const std::vector<MarkerInfo>& markers, Shape& shape, Notices& notices);
-// Whether the clip can become a sequence of the shape, which has its nodes. One that can't is told of.
-bool checkClip(const ClipInfo& clip, const Shape& shape, Notices& notices);
+// The clips that can become sequences of so many nodes. Others are told of.
+std::vector<ClipInfo> playableClips(const std::vector<ClipInfo>& clips, int32_t nodes, Notices& notices);
 
 }  // namespace marrowfen

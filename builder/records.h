@@ -21,13 +21,15 @@ enum class CollisionType : int {
 
 enum class LayerRole { Unused, Detail, Collision, LosCollision, Bounds, Nodes };
 
+constexpr int32_t kNoSize = -1;  // of a layer without the tag
+
 // A layer and what the tags in its name ask for.
 struct LayerInfo {
     std::string name;  // tags included
     std::vector<PolyInfo> polys;
     std::vector<SceneNode> skeletons;  // skeletons and IK groups
     CollisionType collisionType = CollisionType::MeshCollision;
-    int32_t size = -1;  // detail size in pixels
+    int32_t size = kNoSize;  // detail size in pixels
     uint32_t meshFlags = 0;
     bool autoLod = false;
     int32_t autoLodPercent = 0;

@@ -4,11 +4,10 @@
 #include <optional>
 #include <utility>
 
+#include "builder/layer_names.h"
 #include "builder/refusals.h"
 #include "builder/tags.h"
-#include "ground/ascii.h"
 #include "ground/at.h"
-#include "ground/near_word.h"
 #include "host/layers.h"
 
 // Layers by slot, nodes onto their layers, layers into roles by their names; then clips, bones and markers.
@@ -54,8 +53,8 @@ public:
     std::vector<LayerInfo> moveTo(SceneScan& scan);  // the nodes layers are left over
 
 private:
-    void scanNode(const SceneNode& node);
-    void noteOnLayer(const SceneNode& node, const KnownType& known);
+    void scanNode(const SceneNode& node, bool isWalked);
+    bool noteOnLayer(const SceneNode& node, const KnownType& known, bool isWalked);
     LayerRole categorizeLayer(LayerInfo& layer, SceneScan& scan);
 
     Notices& notices_;
@@ -73,33 +72,37 @@ void LayerScan::scanSlots() {
 
 void LayerScan::scanObjects() {
     notices_.log() << "Beginning to scan scene for objects..." << std::endl;
-    for (SceneNode node = SceneNode::firstOfScene(); node; node = node.next()) scanNode(node);
+    for (SceneNode node = SceneNode::firstOfScene(); node; node = node.next()) scanNode(node, false);
     notices_.log() << "End object scan" << std::endl << std::endl;
 }
 
-void LayerScan::scanNode(const SceneNode& node) {
-    if (const KnownType* known = knownType(node.type())) noteOnLayer(node, *known);
-    for (SceneNode child = node.firstChild(); child; child = child.next()) scanNode(child);
+// isWalked: the node lies inside a skeleton or IK group from which bones are scanned, whatever layers they are on.
+void LayerScan::scanNode(const SceneNode& node, bool isWalked) {
+    if (const KnownType* known = knownType(node.type())) isWalked |= noteOnLayer(node, *known, isWalked);
+    for (SceneNode child = node.firstChild(); child; child = child.next()) scanNode(child, isWalked);
 }
 
-void LayerScan::noteOnLayer(const SceneNode& node, const KnownType& known) {
+// Whether bones are scanned from here.
+bool LayerScan::noteOnLayer(const SceneNode& node, const KnownType& known, bool isWalked) {
     const std::string name = node.name();
     const int16_t slot = node.layer();
     // A slot beyond the layers has no record to go to: such a node is on no layer either.
     if (slot <= 0 || !hasIndex(layers_, slot)) {
         const std::string line = "!\t" + (known.skipped + name) + " isn't on a layer, skipping it.";
         // A group holds nothing that could be missed.
-        if (known.type == NodeType::Group) {
+        if (known.type == NodeType::Group || (isWalked && known.type != NodeType::Polyhedron)) {
             notices_.log() << line << std::endl;
         } else {
             notices_.tell(line, {&kNodeOnNoLayer, Message::Place::Node, name, known.skipped + name});
         }
-        return;
+        return false;
     }
     notices_.log() << known.title << name << " on layer " << slot << std::endl;
     LayerInfo& layer = at(layers_, slot).info;
     if (known.type == NodeType::Polyhedron) layer.polys.push_back({node, {}, name});
-    if (known.type == NodeType::IkGroup || known.type == NodeType::Skeleton) layer.skeletons.push_back(node);
+    const bool isStart = known.type == NodeType::IkGroup || known.type == NodeType::Skeleton;
+    if (isStart) layer.skeletons.push_back(node);
+    return isStart;
 }
 
 // Stops at the first error.
@@ -148,43 +151,31 @@ std::string boundsError(const LayerInfo& layer, const SceneScan& scan, Notices& 
     return "Bounds object can only be a cube.";
 }
 
-// A detail layer of whose name one or two letters are missing, too many or wrong for another role.
 void tellNearRole(const LayerInfo& layer, Notices& notices) {
-    constexpr size_t kMostChanges = 2;
-    constexpr size_t kShortWord = 6;  // where two changes make another word
-    const auto end = std::find_if(layer.name.begin(), layer.name.end(),
-                                  [](char c) { return lowerCase(c) < 'a' || lowerCase(c) > 'z'; });
-    const std::string word(layer.name.begin(), end);
-    const size_t mostChanges = word.size() <= kShortWord ? 1 : kMostChanges;
-    const std::string_view role = nearWord(word, {"collision", "loscollision", "bounds", "nodes"}, mostChanges);
+    const std::string role(nearRoleWord(layer.name));
     if (role.empty()) return;
-    notices.tell(
-        {&kNearRole, Message::Place::Layer, layer.name, layer.name + " (did you mean \"" + std::string(role) + "\"?)"});
+    notices.tell({&kNearRole, Message::Place::Layer, layer.name, layer.name + " (did you mean \"" + role + "\"?)"});
 }
 
 LayerRole LayerScan::categorizeLayer(LayerInfo& layer, SceneScan& scan) {
-    const std::string& name = layer.name;
-    const bool isCollision = beginsWithIgnoringCase(name, "collision");
-    if (isCollision || beginsWithIgnoringCase(name, "loscollision")) {
+    const LayerRole role = roleOfName(layer.name);
+    if (role == LayerRole::Collision || role == LayerRole::LosCollision) {
         parseCollisionTags(layer, notices_);
-        return isCollision ? LayerRole::Collision : LayerRole::LosCollision;
-    }
-    if (beginsWithIgnoringCase(name, "bounds")) {
+    } else if (role == LayerRole::Bounds) {
         if (!layer.polys.empty()) {
             scan.error = boundsError(layer, scan, notices_);
             if (!scan.error.empty()) return LayerRole::Unused;
             scan.boundsObject = layer.polys.front().node;
         }
-        parseBoundsTags(name, scan.textureOptions, notices_);
-        return LayerRole::Bounds;
+        parseBoundsTags(layer.name, scan.textureOptions, notices_);
+    } else if (role == LayerRole::Nodes) {
+        tellTagsOfNodesLayer(layer.name, notices_);
+    } else {
+        parseDetailTags(layer, notices_);
+        tellNearRole(layer, notices_);
+        if (layer.polys.empty() && !layer.autoLod) return LayerRole::Unused;
     }
-    if (beginsWithIgnoringCase(name, "nodes")) {
-        tellTagsOfNodesLayer(name, notices_);
-        return LayerRole::Nodes;
-    }
-    parseDetailTags(layer, notices_);
-    tellNearRole(layer, notices_);
-    return layer.polys.empty() && !layer.autoLod ? LayerRole::Unused : LayerRole::Detail;
+    return role;
 }
 
 std::vector<LayerInfo> LayerScan::moveTo(SceneScan& scan) {

@@ -73,10 +73,6 @@ private:
     std::set<SceneNode> boundStarts_;         // that walks for the current layer have reached
 };
 
-}  // namespace
-
-namespace {
-
 // Vertices of the layer that muscles and tendons of more than one bone hold.
 size_t verticesOnSeveralBones(const LayerInfo& layer) {
     size_t count = 0;

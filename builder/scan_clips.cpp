@@ -1,3 +1,5 @@
+#include <set>
+
 #include "builder/scan.h"
 #include "builder/tags.h"
 #include "ground/math.h"
@@ -40,6 +42,15 @@ ClipInfo readClip(const SceneClips& clips, const std::string& text, Notices& not
     return clip;
 }
 
+// The host knows clips by their names alone, and plays the first of a name.
+void tellSharedNames(const std::vector<ClipInfo>& clips, Notices& notices) {
+    std::set<std::string> names, told;
+    for (const ClipInfo& clip : clips) {
+        if (names.insert(clip.name).second || !told.insert(clip.name).second) continue;
+        notices.tell({&kSharedClipName, Message::Place::Clip, clip.name, clip.name});
+    }
+}
+
 }  // namespace
 
 std::vector<ClipInfo> scanClips(Notices& notices) {
@@ -53,6 +64,7 @@ std::vector<ClipInfo> scanClips(Notices& notices) {
     } else {
         log << "  " << names.size() << " animation clips found" << std::endl;
         for (const std::string& name : names) clips.push_back(readClip(hostClips, name, notices));
+        tellSharedNames(clips, notices);
     }
     log << "End animation scan" << std::endl << std::endl;
     return clips;

@@ -4,6 +4,7 @@
 
 #include "builder/passes.h"
 #include "builder/scan.h"
+#include "ground/at.h"
 #include "host/animation.h"
 
 namespace marrowfen {
@@ -21,7 +22,10 @@ SceneReading readScene() {
         checkDetailLayers(reading.scan.detailLayers, shape, notices);
         tellUselessLayers(reading.scan.detailLayers, notices);
         createNodes(reading.scan.bones, reading.scan.markers, shape, notices);
-        for (const ClipInfo& clip : reading.scan.clips) checkClip(clip, shape, notices);
+        for (const auto* layers : {&reading.scan.collisionLayers, &reading.scan.losCollisionLayers}) {
+            tellOverruledLayers(*layers, notices);
+        }
+        playableClips(reading.scan.clips, count32(shape.nodes), notices);
     }
     reading.error = shape.error();
     return reading;

@@ -32,14 +32,7 @@ std::vector<float> framesOf(const ClipInfo& clip, int32_t most) {
 // A clip without a keyframe, or without a frame to take it from, would be a sequence that an engine can't play.
 bool hasFrames(const ClipInfo& clip) { return truncatedToInt32(clip.length) >= 1 && !framesOf(clip, 1).empty(); }
 
-// Why the shape can't hold the clip's keys, before any memory is taken for them; empty when it can.
-std::string keyLimitFault(const ClipInfo& clip, const Shape& shape) {
-    const int32_t keyFrames = truncatedToInt32(clip.length);
-    const auto held = static_cast<int64_t>(shape.nodeTranslations.size());
-    if (held + static_cast<int64_t>(shape.nodes.size()) * keyFrames <= kMostKeys) return {};
-    return "has " + std::to_string(keyFrames) + " keyframes for each of " + std::to_string(shape.nodes.size()) +
-           " nodes, an export holds at most " + std::to_string(kMostKeys) + " keys";
-}
+int64_t keysOf(const ClipInfo& clip, int32_t nodes) { return int64_t{nodes} * truncatedToInt32(clip.length); }
 
 class ClipExport {
 public:
@@ -113,12 +106,25 @@ void ClipExport::sampleFrame(const Shape::Sequence& sequence, int32_t key) {
 
 }  // namespace
 
-bool checkClip(const ClipInfo& clip, const Shape& shape, Notices& notices) {
-    const std::string fault = hasFrames(clip) ? keyLimitFault(clip, shape) : "has no frames";
-    if (fault.empty()) return true;
-    notices.tell("  Clip " + clip.name + " " + fault + ", skipping it",
-                 {&kClipSkipped, Message::Place::Clip, clip.name, clip.name + " " + fault});
-    return false;
+std::vector<ClipInfo> playableClips(const std::vector<ClipInfo>& clips, int32_t nodes, Notices& notices) {
+    std::vector<ClipInfo> playable;
+    int64_t keys = 0;  // said before any memory is taken for them
+    for (const ClipInfo& clip : clips) {
+        std::string fault;
+        if (!hasFrames(clip)) {
+            fault = "has no frames";
+        } else if (keys + keysOf(clip, nodes) > kMostKeys) {
+            fault = "has " + std::to_string(truncatedToInt32(clip.length)) + " keyframes for each of " +
+                    std::to_string(nodes) + " nodes, an export holds at most " + std::to_string(kMostKeys) + " keys";
+        } else {
+            keys += keysOf(clip, nodes);
+            playable.push_back(clip);
+            continue;
+        }
+        notices.tell("  Clip " + clip.name + " " + fault + ", skipping it",
+                     {&kClipSkipped, Message::Place::Clip, clip.name, clip.name + " " + fault});
+    }
+    return playable;
 }
 
 void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>& bones,
@@ -128,8 +134,7 @@ void exportClips(const std::vector<ClipInfo>& clips, const std::vector<BoneInfo>
     const SceneClips hostClips;
     hostClips.disableAll();
     ClipExport sequences(bones, markers, shape);
-    for (const ClipInfo& clip : clips) {
-        if (!checkClip(clip, shape, notices)) continue;
+    for (const ClipInfo& clip : playableClips(clips, count32(shape.nodes), notices)) {
         hostClips.enable(clip.name);
         sequences.addSequence(clip);
         hostClips.disable(clip.name);

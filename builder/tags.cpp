@@ -23,10 +23,11 @@ struct TagWord {
     std::string_view valueLabel;  // logged before the value; empty for a flag
 
     bool isFlag() const { return valueLabel.empty(); }
-    bool matches(std::string_view tag) const {
-        return isFlag() ? equalIgnoringCase(tag, text) : beginsWithIgnoringCase(tag, text);
-    }
 };
+
+bool isTagOfWord(std::string_view tag, std::string_view word) {
+    return word.ends_with('=') ? beginsWithIgnoringCase(tag, word) : equalIgnoringCase(tag, word);
+}
 
 // A row of a role's tags.
 template <class Record>
@@ -91,9 +92,8 @@ const std::vector<RoleTags>& rolesOfTags() {
 }
 
 bool isTagOf(std::string_view tag, const RoleTags& role) {
-    return std::any_of(role.words.begin(), role.words.end(), [&](std::string_view word) {
-        return word.ends_with('=') ? beginsWithIgnoringCase(tag, word) : equalIgnoringCase(tag, word);
-    });
+    return std::any_of(role.words.begin(), role.words.end(),
+                       [&](std::string_view word) { return isTagOfWord(tag, word); });
 }
 
 // Where a tag that is unknown in its place may stand; null for one that is unknown everywhere.
@@ -117,20 +117,24 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
 }
 
+struct DecimalNumber {
+    int32_t value = 0;
+    bool isExact = false;  // it is all that the text says
+};
+
 // White space, a sign, digits; what follows is ignored and no digits are 0. A number beyond 32 bits is the nearest end
 // of their range.
-int32_t decimalValue(std::string_view text) {
+DecimalNumber decimalNumber(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
     const bool negative = !text.empty() && text.front() == '-';
     if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
 
     constexpr int64_t kBeyond = int64_t{1} << 31;
+    const size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
     int64_t value = 0;
-    for (const char c : text) {
-        if (c < '0' || c > '9') break;
-        value = std::min(value * 10 + (c - '0'), kBeyond);
-    }
-    return static_cast<int32_t>(negative ? -value : std::min(value, kBeyond - 1));
+    for (const char c : text.substr(0, digits)) value = std::min(value * 10 + (c - '0'), kBeyond);
+    return {static_cast<int32_t>(negative ? -value : std::min(value, kBeyond - 1)),
+            digits > 0 && digits == text.size() && value < kBeyond};
 }
 
 // An unknown tag in quotes, with the known one that it was probably meant to be: its word without white space is near,
@@ -161,17 +165,11 @@ Message uselessTag(std::string_view tag, const Owner& owner) {
             "\"" + std::string(tag) + "\" in " + owner.name + " is for " + owners};
 }
 
-bool isWholeNumber(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
-    if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-}
-
 template <class Record, size_t Count>
 void applyTag(std::string_view text, const Tag<Record> (&tags)[Count], Record& record, const Owner& owner,
               Notices& notices) {
-    const auto* const tag =
-        std::find_if(std::begin(tags), std::end(tags), [&](const Tag<Record>& row) { return row.word.matches(text); });
+    const auto* const tag = std::find_if(std::begin(tags), std::end(tags),
+                                         [&](const Tag<Record>& row) { return isTagOfWord(text, row.word.text); });
     if (tag == std::end(tags)) {
         notices.tell("  Unknown tag: " + std::string(text), uselessTag(text, owner));
         return;
@@ -182,12 +180,12 @@ void applyTag(std::string_view text, const Tag<Record> (&tags)[Count], Record& r
     if (tag->word.isFlag()) {
         tag->take(record, 0);
     } else if (!valueText.empty()) {
-        const int32_t value = decimalValue(valueText);
-        tag->take(record, value);
-        log << tag->word.valueLabel << value;
-        if (!isWholeNumber(valueText)) {
+        const DecimalNumber number = decimalNumber(valueText);
+        tag->take(record, number.value);
+        log << tag->word.valueLabel << number.value;
+        if (!number.isExact) {
             notices.tell({&kTagValue, owner.place, owner.name,
-                          "\"" + std::string(text) + "\" is read as " + std::to_string(value)});
+                          "\"" + std::string(text) + "\" is read as " + std::to_string(number.value)});
         }
     } else {
         notices.tell({&kTagValue, owner.place, owner.name, "\"" + std::string(text) + "\" has none"});

@@ -62,6 +62,18 @@ const struct {
     {R"("hull:size=big")", TRIANGLE_CALLED("hull", 1), "TAG_VALUE layer hull:size=big: \"size=big\" is read as 0\n"},
     {R"("colision:size=4")", TRIANGLE_CALLED("hull", 1),
      "NEAR_ROLE layer colision:size=4: colision:size=4 (did you mean \"collision\"?)\n"},
+    {R"("los collision:size=4", "ColisionMesh:size=3", "boundary:size=2")",
+     TRIANGLE_CALLED("hull", 1) "," TRIANGLE_CALLED("hull", 2) "," TRIANGLE_CALLED("hull", 3),
+     "NEAR_ROLE layer los collision:size=4: los collision:size=4 (did you mean \"loscollision\"?)\n"
+     "NEAR_ROLE layer ColisionMesh:size=3: ColisionMesh:size=3 (did you mean \"collision\"?)\n"},
+    {R"("hull:size=99999999999")", TRIANGLE_CALLED("hull", 1),
+     "TAG_VALUE layer hull:size=99999999999: \"size=99999999999\" is read as 2147483647\n"},
+    {R"("hull:size=4", "collision:box", "Collision B")", TRIANGLE_CALLED("hull", 1) "," TRIANGLE_CALLED("hull", 3),
+     "OVERRULED_COLLISION layer collision:box: collision:box (the last one is Collision B)\n"},
+    {R"("hull:size=4")",
+     TRIANGLE_CALLED("hull", 1) R"(, {"type": "skeleton", "layer": 1, "children": [{"type": "bone", "name": "b"}]})"
+                                R"(, {"type": "bone", "name": "lost"})",
+     "NODE_ON_NO_LAYER node lost: bone lost\n"},
     {R"("modern:size=4", "nodes:box")", TRIANGLE_CALLED("hull", 1),
      "TAG_OF_OTHER_ROLE layer nodes:box: \"box\" in nodes:box is for collision layers\n"},
     {R"("hull:size=4,sort", "low:size=2,autolod=50")", TRIANGLE_CALLED("hull", 1),
@@ -77,6 +89,8 @@ const struct {
     {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1),
      "FRAME_RATE clip c: c: 0 isn't positive, using 30\nCLIP_SKIPPED clip d: d has no frames\n",
      R"({"name": "c:fps=0", "start": 0, "end": 1}, {"name": "d", "start": 5, "end": 1})"},
+    {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1), "SHARED_CLIP_NAME clip walk: walk\n",
+     R"({"name": "walk", "start": 0, "end": 1}, {"name": "walk:fps=9", "start": 5, "end": 6})"},
 };
 
 TEST(Messages, TellWhatComesOutOtherThanMeant) {
