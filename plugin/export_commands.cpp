@@ -111,7 +111,7 @@ void exportTo(const std::string& path, const FileKind& kind, ExportMode mode) {
     setProgress("Beginning export...", 0);
     ExportLog log(path + ".log");
     setProgress("Starting log file...", 10);
-    log.writeBanner(theModule.hostMajor, theModule.hostMinor);
+    log.writeBanner(theModule.host);
     setProgress("Exploring shape (This may take a while)...", 20);
     try {
         buildAndSave(path, kind, mode, log);

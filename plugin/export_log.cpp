@@ -6,9 +6,9 @@
 
 namespace marrowfen::plugin {
 
-void ExportLog::writeBanner(short hostMajor, short hostMinor) {
+void ExportLog::writeBanner(const HostVersion& host) {
     *this << "Marrowfen v" << kVersion << std::endl << std::endl;
-    *this << "trueSpace major=" << hostMajor << " minor=" << hostMinor << std::endl << std::endl;
+    *this << "trueSpace major=" << host.major << " minor=" << host.minor << std::endl << std::endl;
 }
 
 }  // namespace marrowfen::plugin

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "ground/crlf_stream.h"
+#include "host/host_program.h"
 
 namespace marrowfen::plugin {
 
@@ -12,7 +13,7 @@ class ExportLog : public CrLfFile {
 public:
     explicit ExportLog(const std::string& path) : CrLfFile(path) {}
 
-    void writeBanner(short hostMajor, short hostMinor);
+    void writeBanner(const HostVersion& host);
 };
 
 }  // namespace marrowfen::plugin

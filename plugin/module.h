@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include "host/host_program.h"
+
 namespace marrowfen::plugin {
 
 inline constexpr char kCaption[] = "Marrowfen";
@@ -15,8 +17,7 @@ struct Module {
     HWND mainView = nullptr;       // the host's; owner of the panel
     HWND panel = nullptr;
     HWND progress = nullptr;
-    short hostMajor = 0;  // of the last left click
-    short hostMinor = 0;
+    HostVersion host;  // of the last left click
 };
 
 extern Module theModule;

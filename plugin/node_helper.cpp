@@ -1,15 +1,14 @@
 #include <sys/stat.h>
 #include <windows.h>
 
-#include <cstdio>
 #include <fstream>
 #include <optional>
 #include <string>
 
-#include "ground/ascii.h"
+#include "builder/layer_names.h"
+#include "host/host_program.h"
 #include "host/layers.h"
-#include "host/scratch_material.h"
-#include "host/tsxapi.h"
+#include "host/marker_cube.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
 
@@ -17,27 +16,21 @@ namespace marrowfen::plugin {
 
 namespace {
 
-constexpr int kListPathSize = 264;  // the terminating zero included
-constexpr size_t kPieceSize = 63;   // bytes of a line that become one entry
+constexpr size_t kListPathSize = 264;  // the terminating zero included
+constexpr size_t kPieceSize = 63;      // bytes of a line that become one entry
 constexpr char kNodesLayer[] = "nodes";
-constexpr float kMarkerSize = 0.125F;
-constexpr int kMarkedFace = 4;
-constexpr unsigned char kMarkerColor[4] = {0, 255, 0, 255};
-constexpr unsigned char kMarkedFaceColor[4] = {0, 0, 255, 255};
 
 // Empty when there is no host folder, or one whose path would have to be cut: the list of another folder is worse
 // than none.
 std::string nodeListPath() {
-    const char* folder = tsxGetTSDir(0);
-    char path[kListPathSize];
-    const int length =
-        folder == nullptr ? -1 : std::snprintf(path, sizeof path, "%s\\tsx\\marrowfen\\node_list.txt", folder);
-    if (length < 0 || length >= kListPathSize) return {};
-    std::string result = path;
+    const std::optional<std::string> folder = hostFolder();
+    if (!folder) return {};
+    std::string path = *folder + "\\tsx\\marrowfen\\node_list.txt";
+    if (path.size() >= kListPathSize) return {};
 #ifndef _WIN32
-    for (char& c : result) c = c == '\\' ? '/' : c;
+    for (char& c : path) c = c == '\\' ? '/' : c;
 #endif
-    return result;
+    return path;
 }
 
 // Reading anything else, such as a FIFO, might never end.
@@ -77,23 +70,9 @@ short findNodesLayer() {
     const short count = numberOfLayerSlots();
     for (short slot = 0; slot < count; ++slot) {
         const std::optional<std::string> name = layerName(slot);
-        if (name && beginsWithIgnoringCase(*name, kNodesLayer)) return slot;
+        if (name && roleOfName(*name) == LayerRole::Nodes) return slot;
     }
     return -1;
-}
-
-// Null when the host can't.
-TsxNode* makeMarkerCube() {
-    TsxNode* cube = tsxCreateCube(1, kMarkerSize, kMarkerSize, kMarkerSize);
-    if (cube == nullptr) return nullptr;
-    tsxPolyhInitializeMaterials(cube);
-    const ScratchMaterial paint;
-    if (paint.handle() == nullptr) return cube;
-    tsxMaterialSetColor(paint.handle(), kMarkerColor);
-    tsxPolyhPaint(cube, paint.handle());
-    tsxMaterialSetColor(paint.handle(), kMarkedFaceColor);
-    tsxPolyhPaintFace(cube, kMarkedFace, paint.handle(), 0);
-    return cube;
 }
 
 }  // namespace
@@ -123,16 +102,7 @@ void addNode(const char* name) {
         showMessage("Unable to create node layer.", MB_ICONERROR);
         return;
     }
-    TsxNode* cube = makeMarkerCube();
-    if (cube == nullptr) {
-        showMessage("Unable to create node.", MB_ICONERROR);
-        return;
-    }
-    constexpr float kMarkerLocation[3] = {1, 1, 1};
-    tsxGNodeSetLocation(cube, kMarkerLocation);
-    tsxGNodeSetName(cube, name);
-    tsxMoveObjectToLayerEx(layer, cube);
-    tsxSceneAddObject(cube, 0);
+    if (!addMarkerCube(name, layer)) showMessage("Unable to create node.", MB_ICONERROR);
 }
 
 }  // namespace marrowfen::plugin

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "host/tsxapi.h"
+#include "host/host_program.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
 
@@ -74,7 +74,7 @@ void openPanel() {
         return;
     }
     // The main view that the host had may be gone, and another one in its place.
-    if (!IsWindow(theModule.mainView)) theModule.mainView = static_cast<HWND>(tsxGetMainViewHwnd());
+    if (!IsWindow(theModule.mainView)) theModule.mainView = static_cast<HWND>(hostMainView());
     theModule.panel =
         CreateDialogParamA(theModule.instance, MAKEINTRESOURCEA(IDD_PANEL), theModule.mainView, panelProc, 0);
 }

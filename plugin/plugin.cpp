@@ -5,7 +5,6 @@
 #include <array>
 #include <cstring>
 
-#include "host/tsxapi.h"
 #include "plugin/module.h"
 #include "plugin/resources/resource.h"
 
@@ -32,7 +31,9 @@ constexpr std::array<char, kDataBlockSize> kDataBlock = [] {
 }();
 
 // trueSpace 6.5 reports 660/9, gameSpace 1.5 and trueSpace 6.6 with Service Pack 2 report 660/11.
-bool isSupportedHost(short major, short minor) { return major > 660 || (major == 660 && (minor == 9 || minor >= 11)); }
+bool isSupportedHost(const HostVersion& host) {
+    return host.major > 660 || (host.major == 660 && (host.minor == 9 || host.minor >= 11));
+}
 
 }  // namespace
 
@@ -53,14 +54,14 @@ int32_t tsxGetData(void* destination, void* secondWord) {
     using marrowfen::plugin::kDataBlock;
     std::memcpy(destination, kDataBlock.data(), kDataBlock.size());
     theModule.secondWord = secondWord;
-    theModule.mainView = static_cast<HWND>(tsxGetMainViewHwnd());
+    theModule.mainView = static_cast<HWND>(marrowfen::hostMainView());
     return 0;
 }
 
 int32_t tsxOnLeftClick() {
     using namespace marrowfen::plugin;
-    tsxGetTsVersionNbrs(&theModule.hostMajor, &theModule.hostMinor);
-    if (!isSupportedHost(theModule.hostMajor, theModule.hostMinor)) {
+    theModule.host = marrowfen::hostVersion();
+    if (!isSupportedHost(theModule.host)) {
         showMessage("This plug-in requires at least trueSpace 6.5 or 6.6 with Service Pack 2 or gameSpace 1.5.",
                     MB_ICONINFORMATION);
         return kClickRefused;
