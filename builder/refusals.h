@@ -1,7 +1,7 @@
 #pragma once
 
 // Why an export is refused, beside the error text: a kind with the way out as its headline, told with what is in the
-// way as its text. Every error of a build that a scene can cause has one.
+// way as its text. Every error that stops a build because of what is in a scene has one.
 
 #include "ground/message.h"
 

@@ -32,7 +32,7 @@ double drawnArea(const Mesh& mesh);
 // The clusters that the walks of the first frames can come to, each once, whatever the viewer's position.
 std::vector<int32_t> reachableClusters(const Mesh& mesh, size_t frames);
 
-// Elements and primitives that the two functions step over. Drawing runs and clusters may overlap, so that a small file
+// Elements and primitives that these functions step over. Drawing runs and clusters may overlap, so that a small file
 // can ask for any number.
 uint64_t stepsToDraw(const Mesh& mesh);
 
