@@ -136,9 +136,10 @@ void findLods(Model& model) {
     }
     model.levelsFound = found.size();
     if (found.size() > 1) {
-        model.notes.others.push_back(std::to_string(found.size()) +
-                                     " levels of detail are taken from nodes with _LOD in "
-                                     "their names or the extension MSFT_lod");
+        model.notes.others.push_back(aboutScene(
+            load::kLevelsFound, std::to_string(found.size()) +
+                                    " levels of detail are taken from nodes with _LOD in their names or the extension "
+                                    "MSFT_lod"));
     }
 }
 
@@ -177,7 +178,8 @@ void giveSizes(Model& model) {
         const std::string before = *name;
         *name += (name->find(':') == std::string::npos ? ":size=" : ",size=") + std::to_string(size);
         if (isDefault && size == kOnlySize) continue;
-        model.notes.others.push_back("layer " + before + " says no size that shows: it is taken as " + *name);
+        model.notes.others.push_back({&load::kLevelSize, Message::Place::Layer, *name,
+                                      "layer " + before + " says no size that shows: it is taken as " + *name});
     }
 }
 
@@ -240,8 +242,9 @@ void assignLayers(Model& model) {
     findFirstLevel(model);
     for (size_t p = 0; p < patternUses.size(); ++p) {
         if (patternUses[p] > 0) continue;
-        model.notes.others.push_back("no node is called like " + model.options.layers[p].pattern +
-                                     ", which --layer gives");
+        model.notes.others.push_back(
+            aboutScene(load::kPatternUnused,
+                       "no node is called like " + model.options.layers[p].pattern + ", which --layer gives"));
     }
 }
 

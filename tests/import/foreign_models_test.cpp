@@ -119,7 +119,9 @@ std::string factsOf(const ImportResult& result) {
     facts.add(scene.nodes);
     std::ostringstream out;
     for (const std::string& line : result.details) out << line << "\n";
-    for (const std::string& line : result.warnings) out << "warning " << line.substr(0, 150) << "\n";
+    for (const Message& warning : result.warnings) {
+        out << warning.kind->code << " " << warning.text.substr(0, 150) << "\n";
+    }
     for (size_t i = 1; i < facts.layers.size(); ++i) {
         const LayerFacts& layer = facts.layers[i];
         out << *scene.layers[i] << ": " << layer.polyhedra << " polyhedra, " << layer.triangles << " triangles, "
