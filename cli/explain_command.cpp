@@ -158,7 +158,7 @@ Outcome explain(const std::string& path, const SceneOptions& loading, const Sess
     if (const Outcome checked = checkOptions(path, loading); !checked.good()) return checked;
     standin::ImportResult loaded = loadScene(path, loading);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
-    for (const std::string& warning : loaded.warnings) session.warning(warning);
+    for (const Message& warning : loaded.warnings) session.warning(warning.text);
     MessageUser user;
     PluginSession plugin(std::move(*loaded.scene), user);
     if (!plugin.openPanel()) return {Refused, path + ": " + user.message()};

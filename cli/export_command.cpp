@@ -167,7 +167,7 @@ Outcome runExport(const ExportOptions& options, const Session& session) {
     const Outcome pressed = pressExport(std::move(*loaded.scene), options, user, messages);
     if (!pressed.good()) return pressed;
     if (!user.error().empty()) {
-        for (const std::string& warning : loaded.warnings) session.warning(warning);
+        for (const Message& warning : loaded.warnings) session.warning(warning.text);
         return deliverRefusal(folder, options, user, messages, session);
     }
     std::string summary;
@@ -176,7 +176,8 @@ Outcome runExport(const ExportOptions& options, const Session& session) {
 
     if (const Outcome written = writeTextures(loaded, options.output, session); !written.good()) return written;
     for (const std::string& text : loaded.details) session.detail(text);
-    std::vector<std::string> warnings = std::move(loaded.warnings);
+    std::vector<std::string> warnings;
+    for (const Message& warning : loaded.warnings) warnings.push_back(warning.text);
     for (auto& warning : groupedWarnings(messages)) warnings.push_back(std::move(warning));
     for (const std::string& warning : warnings) session.warning(warning);
     session.note(summary);

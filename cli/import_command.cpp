@@ -23,7 +23,7 @@ Outcome importToFile(const ImportArguments& arguments, const Session& session) {
     if (!folder.made().good()) return folder.made();
     const standin::ImportResult loaded = loadScene(arguments.model, arguments.options);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
-    for (const std::string& text : loaded.warnings) session.warning(text);
+    for (const Message& warning : loaded.warnings) session.warning(warning.text);
     for (const std::string& text : loaded.details) session.detail(text);
     const Outcome written = folder.deliverText(standin::sceneText(*loaded.scene));
     return written.good() ? writeTextures(loaded, arguments.output, session) : written;

@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "ground/message.h"
 #include "host/tsxapi.h"
 
 namespace marrowfen::standin {
@@ -151,9 +152,9 @@ struct Scene {
 
 // How a scene or model was loaded, or why it wasn't.
 struct LoadResult {
-    std::optional<Scene> scene;         // none on failure
-    std::string error;                  // one line that names the file and the place
-    std::vector<std::string> warnings;  // what was dropped or guessed, one line each
+    std::optional<Scene> scene;     // none on failure
+    std::string error;              // one line that names the file and the place
+    std::vector<Message> warnings;  // what was dropped or guessed, of the kinds of load_notices.h
 };
 
 }  // namespace marrowfen::standin

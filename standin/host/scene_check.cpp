@@ -170,7 +170,7 @@ void ReferenceChecker::checkAll() {
 
 void checkReferences(const Scene& scene, ScenePlace& place) { ReferenceChecker(scene, place).checkAll(); }
 
-void checkScene(const Scene& scene, ScenePlace& place, std::vector<std::string>& warnings) {
+void checkScene(const Scene& scene, ScenePlace& place, std::vector<Message>& warnings) {
     checkValues(scene, place, warnings);
     if (place.ok()) checkReferences(scene, place);
 }

@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "standin/host/json_document.h"
+#include "standin/host/load_notices.h"
 #include "standin/host/scene_check.h"
 #include "standin/host/scene_fields.h"
 
@@ -112,10 +113,10 @@ private:
 
 }  // namespace
 
-void checkValues(const Scene& scene, ScenePlace& place, std::vector<std::string>& warnings) {
+void checkValues(const Scene& scene, ScenePlace& place, std::vector<Message>& warnings) {
     ValueChecker checker(place);
     checker.check(scene);
-    if (const std::string far = checker.farPlaces(); !far.empty()) warnings.push_back(far);
+    if (const std::string far = checker.farPlaces(); !far.empty()) warnings.push_back(aboutScene(load::kFarPlace, far));
 }
 
 }  // namespace marrowfen::standin

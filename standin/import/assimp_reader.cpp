@@ -395,8 +395,9 @@ void checkAmf(AssimpReading& reading) {
     for (size_t at = text.find("<triangle>"); at != std::string::npos; at = text.find("<triangle>", at + 1)) ++there;
     for (const SourceMesh& mesh : reading.model.meshes) read += mesh.corners.size() / 3;
     if (read >= there) return;
-    reading.model.remarks.push_back(std::to_string(there - read) +
-                                    " triangles are lost: of the volumes and materials of an AMF mesh, one is read");
+    reading.model.remarks.push_back(aboutScene(
+        load::kReaderLoss, std::to_string(there - read) +
+                               " triangles are lost: of the volumes and materials of an AMF mesh, one is read"));
 }
 
 // Assimp passes over a material library that isn't there without a word.
@@ -410,7 +411,8 @@ void noteMissingLibraries(AssimpReading& reading) {
         while (!name.empty() && std::isspace(static_cast<unsigned char>(name.back())) != 0) name.pop_back();
         std::error_code fault;
         if (std::filesystem::exists(reading.path.parent_path() / name, fault) || !told.insert(name).second) continue;
-        reading.model.remarks.push_back("material library " + cleanText(name) + " isn't found beside the model");
+        reading.model.remarks.push_back(
+            aboutScene(load::kMissingFile, "material library " + cleanText(name) + " isn't found beside the model"));
     }
 }
 
@@ -426,7 +428,7 @@ void convert(AssimpReading& reading) {
     for (unsigned m = 0; m < scene.mNumMeshes && model.error.empty(); ++m) addMesh(reading, m);
     if (reading.format == kAmfReader) checkAmf(reading);
     for (const auto& [reader, loss] : kLossyReaders) {
-        if (reading.format == reader) model.remarks.emplace_back(loss);
+        if (reading.format == reader) model.remarks.push_back(aboutScene(load::kReaderLoss, loss));
     }
     for (unsigned m = 0; m < scene.mNumMaterials; ++m) addMaterial(reading, *scene.mMaterials[m]);
     for (unsigned t = 0; t < scene.mNumTextures; ++t) addImage(reading, *scene.mTextures[t]);

@@ -51,8 +51,9 @@ void noteExtensions(GltfReading& reading) {
         }
     }
     if (!others.empty()) {
-        reading.model.remarks.push_back((others.size() == 1 ? "extension is ignored: " : "extensions are ignored: ") +
-                                        listText(others));
+        reading.model.remarks.push_back(aboutScene(
+            load::kExtension,
+            (others.size() == 1 ? "extension is ignored: " : "extensions are ignored: ") + listText(others)));
     }
 }
 
@@ -159,9 +160,10 @@ void addNodes(GltfReading& reading) {
         if (reading.model.error.empty()) addNode(reading, index, 0, 1);
     }
     if (file.scenes.size() > 1) {
-        reading.model.remarks.push_back(std::to_string(file.scenes.size() - 1) +
-                                        (file.scenes.size() == 2 ? " further scene is" : " further scenes are") +
-                                        " left out");
+        reading.model.remarks.push_back(
+            aboutScene(load::kMoreScenes, std::to_string(file.scenes.size() - 1) +
+                                              (file.scenes.size() == 2 ? " further scene is" : " further scenes are") +
+                                              " left out"));
     }
 }
 
@@ -302,7 +304,9 @@ void addImages(GltfReading& reading) {
         std::string_view bytes;
         std::string fault;
         if (source.bufferView >= 0 && reading.document.viewBytes(source.bufferView, bytes, fault)) image.bytes = bytes;
-        if (!fault.empty()) reading.model.remarks.push_back("image " + image.name + ": " + fault);
+        if (!fault.empty()) {
+            reading.model.remarks.push_back(aboutScene(load::kBadImage, "image " + image.name + ": " + fault));
+        }
         image.ending = endingOf(image.bytes, source.mimeType);
         reading.model.images.push_back(std::move(image));
     }
@@ -316,9 +320,10 @@ void addMaterials(GltfReading& reading) {
     reading.model.materials.emplace_back();
     reading.uvsOf.emplace_back();
     if (partlyGlowing > 0) {
-        reading.model.remarks.push_back(std::to_string(partlyGlowing) +
-                                        (partlyGlowing == 1 ? " material glows" : " materials glow") +
-                                        " in parts only, which isn't carried over");
+        reading.model.remarks.push_back(
+            aboutScene(load::kMaterialGlow, std::to_string(partlyGlowing) +
+                                                (partlyGlowing == 1 ? " material glows" : " materials glow") +
+                                                " in parts only, which isn't carried over"));
     }
 }
 
@@ -480,8 +485,8 @@ void addClips(GltfReading& reading) {
         const std::string fault = fillClip(reading, source, clip);
         if (!fault.empty()) {
             // An animation's fault is none of the meshes'.
-            reading.model.remarks.push_back("animation " + (clip.name.empty() ? std::to_string(a) : clip.name) +
-                                            " is skipped: " + fault);
+            reading.model.remarks.push_back(
+                skippedAnimation(clip.name.empty() ? std::to_string(a) : clip.name, " is skipped: " + fault));
         } else if (!clip.channels.empty()) {
             reading.model.clips.push_back(std::move(clip));
         }

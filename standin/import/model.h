@@ -55,7 +55,7 @@ struct ModelNotes {
     bool restsElsewhere = false;  // bones rest in another pose than they were bound in
     std::set<std::string> missingTextures;
     std::vector<std::string> plainMaterials;  // keys of those without a texture
-    std::vector<std::string> others;          // whole lines
+    std::vector<Message> others;
 };
 
 struct Model {

@@ -279,15 +279,15 @@ bool takeLoopWord(std::string& name) {
 void convertClip(Model& model, const SourceClip& source, const std::string& name, std::set<int32_t>& scaled) {
     Player player = newPlayer(model, source);
     if (player.recorded.empty()) {
-        model.notes.others.push_back("animation " + name + " moves nothing that is exported and is skipped");
+        model.notes.others.push_back(skippedAnimation(name, " moves nothing that is exported and is skipped"));
         return;
     }
     const double rate = static_cast<double>(model.scene.host.frameRate);
     const double frames = std::max(1.0, std::round(source.seconds * rate));
     if (!((frames + 1) * static_cast<double>(player.recorded.size()) <= kMostKeys)) {
-        model.notes.others.push_back("animation " + name + " is skipped: " + std::to_string(player.recorded.size()) +
-                                     " nodes over " + std::to_string(static_cast<long long>(std::min(frames, 1e15))) +
-                                     " frames are too many to keep");
+        model.notes.others.push_back(skippedAnimation(
+            name, " is skipped: " + std::to_string(player.recorded.size()) + " nodes over " +
+                      std::to_string(static_cast<long long>(std::min(frames, 1e15))) + " frames are too many to keep"));
         return;
     }
     Clip clip;
@@ -319,8 +319,8 @@ bool isMoving(const ModelNode& node, const SourceChannel& channel) {
 
 void convertAnimations(Model& model) {
     if (model.source.losesSkeleton) {
-        model.notes.others.emplace_back(
-            "the reader of this format gets skeletons wrong; bones and animations are dropped");
+        model.notes.others.push_back(aboutScene(
+            load::kReaderLoss, "the reader of this format gets skeletons wrong; bones and animations are dropped"));
         return;
     }
     std::set<std::string> taken;
@@ -337,7 +337,8 @@ void convertAnimations(Model& model) {
     }
     for (size_t p = 0; p < used.size(); ++p) {
         if (used[p]) continue;
-        model.notes.others.push_back("no animation is called like " + model.options.loops[p] + ", which --loop gives");
+        model.notes.others.push_back(aboutScene(
+            load::kPatternUnused, "no animation is called like " + model.options.loops[p] + ", which --loop gives"));
     }
     model.notes.scaledBones = scaled.size();
 }

@@ -68,9 +68,11 @@ void limitTriangles(Model& model, BoneVertices& held) {
             const auto wanted = static_cast<size_t>(static_cast<double>(node.polyhedron.faces.size()) * part);
             reduceInPlace(node, std::max(wanted, size_t{1}), held);
         });
-        model.notes.others.push_back("layer " + *model.scene.layers[i] + " has " +
-                                     std::to_string(trianglesOn(model.scene.nodes, layer)) + " of " +
-                                     std::to_string(count) + " triangles left, as --max-triangles asks");
+        const std::string& name = *model.scene.layers[i];
+        model.notes.others.push_back({&load::kFewerTriangles, Message::Place::Layer, name,
+                                      "layer " + name + " has " +
+                                          std::to_string(trianglesOn(model.scene.nodes, layer)) + " of " +
+                                          std::to_string(count) + " triangles left, as --max-triangles asks"});
     }
 }
 

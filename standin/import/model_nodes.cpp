@@ -62,16 +62,36 @@ std::string layerOfName(const std::string& name) {
     return tagsOf(layer).anyKnown ? layer : std::string();
 }
 
-// The number that a level is called by, "Detail64"; 0 for none.
-int32_t numberInName(std::string_view name) {
+constexpr std::string_view kDigits = "0123456789";
+
+// The number of digits, as far as sizes go; 0 for none.
+int32_t numberOf(std::string_view digits) {
     constexpr int32_t kMostSize = 32767;
-    name = name.substr(0, name.find(':'));
-    const size_t end = name.find_last_not_of("0123456789");
     int32_t number = 0;
-    for (const char c : name.substr(end == std::string_view::npos ? 0 : end + 1)) {
-        number = std::min(number * 10 + (c - '0'), kMostSize);
-    }
+    for (const char c : digits) number = std::min(number * 10 + (c - '0'), kMostSize);
     return number;
+}
+
+// The number that a level is called by, "Detail64" or "Detail64.001"; 0 for none.
+int32_t numberInName(std::string_view name) {
+    name = name.substr(0, name.find(':'));
+    name.remove_prefix(std::min(name.find_first_of(kDigits), name.size()));
+    return numberOf(name.substr(0, name.find_first_not_of(kDigits)));
+}
+
+// "Detail64" of "Detail64_1": what programs call the nodes that they make of a mesh, one for each material. Empty for
+// other names: "Detail_64" is a level of its own.
+std::string_view nameOfWhole(std::string_view name) {
+    const size_t mark = std::min(name.find_last_not_of(kDigits), name.size());
+    const bool isPiece = mark > 0 && mark + 1 < name.size() && (name[mark] == '_' || name[mark] == '.') &&
+                         kDigits.find(name[mark - 1]) != std::string_view::npos;
+    return isPiece ? name.substr(0, mark) : std::string_view();
+}
+
+// True for nodes of one mesh: the upper one may have the mesh's name or a number too.
+bool isPieceOf(std::string_view name, std::string_view upper) {
+    const std::string_view whole = nameOfWhole(name);
+    return !whole.empty() && (whole == upper || whole == nameOfWhole(upper));
 }
 
 // The number of a level of detail that a modelling program made: "tree_LOD2". kNone for other names.
@@ -79,11 +99,11 @@ int32_t lodOf(const ModelNode& node) {
     constexpr std::string_view kMark = "_lod";
     if (node.source->lod != kNone) return node.source->lod;
     const std::string& name = node.name;
-    const size_t digits = name.find_last_not_of("0123456789") + 1;
+    const size_t digits = name.find_last_not_of(kDigits) + 1;
     if (digits == name.size() || digits < kMark.size() || node.source->unnamed) return kNone;
     const std::string_view mark = std::string_view(name).substr(digits - kMark.size(), kMark.size());
     constexpr int32_t kMostLevels = 8;
-    const int32_t number = numberInName(name);
+    const int32_t number = numberOf(std::string_view(name).substr(digits));
     return equalIgnoringCase(mark, kMark) && number < kMostLevels ? number : kNone;
 }
 
@@ -96,6 +116,7 @@ std::string levelName(const Model& model, int32_t level) {
 
 std::string layerOfNode(Model& model, const ModelNode& node, std::vector<size_t>& patternUses) {
     if (node.source->helper) return {};
+    if (node.parent != kNoNode && isPieceOf(node.name, model.nodes[static_cast<size_t>(node.parent)].name)) return {};
     for (size_t p = 0; p < model.options.layers.size(); ++p) {
         if (!matches(model.options.layers[p].pattern, node.name)) continue;
         ++patternUses[p];
@@ -136,9 +157,10 @@ void findLods(Model& model) {
     }
     model.levelsFound = found.size();
     if (found.size() > 1) {
-        model.notes.others.push_back(std::to_string(found.size()) +
-                                     " levels of detail are taken from nodes with _LOD in "
-                                     "their names or the extension MSFT_lod");
+        model.notes.others.push_back(aboutScene(
+            load::kLevelsFound, std::to_string(found.size()) +
+                                    " levels of detail are taken from nodes with _LOD in their names or the extension "
+                                    "MSFT_lod"));
     }
 }
 
@@ -177,7 +199,8 @@ void giveSizes(Model& model) {
         const std::string before = *name;
         *name += (name->find(':') == std::string::npos ? ":size=" : ",size=") + std::to_string(size);
         if (isDefault && size == kOnlySize) continue;
-        model.notes.others.push_back("layer " + before + " says no size that shows: it is taken as " + *name);
+        model.notes.others.push_back({&load::kLevelSize, Message::Place::Layer, *name,
+                                      "layer " + before + " says no size that shows: it is taken as " + *name});
     }
 }
 
@@ -240,8 +263,9 @@ void assignLayers(Model& model) {
     findFirstLevel(model);
     for (size_t p = 0; p < patternUses.size(); ++p) {
         if (patternUses[p] > 0) continue;
-        model.notes.others.push_back("no node is called like " + model.options.layers[p].pattern +
-                                     ", which --layer gives");
+        model.notes.others.push_back(
+            aboutScene(load::kPatternUnused,
+                       "no node is called like " + model.options.layers[p].pattern + ", which --layer gives"));
     }
 }
 

@@ -50,11 +50,12 @@ void noteTooLarge(Model& model) {
     countVertices(model.scene.nodes, counts);
     for (const auto& [layer, count] : counts) {
         if (count <= kMostVertices || !isDetailLayer(model, layer)) continue;
-        model.notes.others.push_back("layer " + *model.scene.layers[static_cast<size_t>(layer)] + " comes to " +
-                                     std::to_string(count) +
-                                     " vertices, and a mesh holds 65535, and no more indices: --max-triangles N makes "
-                                     "it smaller" +
-                                     (model.notes.backs > 0 ? ", and so does --single-sided" : ""));
+        const std::string& name = *model.scene.layers[static_cast<size_t>(layer)];
+        model.notes.others.push_back(
+            {&load::kTooLarge, Message::Place::Layer, name,
+             "layer " + name + " comes to " + std::to_string(count) +
+                 " vertices, and a mesh holds 65535, and no more indices: --max-triangles N makes it smaller" +
+                 (model.notes.backs > 0 ? ", and so does --single-sided" : "")});
     }
 }
 
@@ -90,6 +91,7 @@ void runPasses(Model& model) {
 
 struct Line {
     size_t count;
+    const MessageKind& kind;
     const char* one;
     const char* many;
 };
@@ -101,62 +103,72 @@ std::string joined(const List& names) {
     return text;
 }
 
-std::vector<std::string> warningLines(const Model& model) {
+std::vector<Message> warningsOf(const Model& model) {
     const ModelNotes& notes = model.notes;
     const SourceModel& source = model.source;
     const Line kLines[] = {
-        {notes.degenerateFaces, "triangle with two corners at one place is dropped",
+        {notes.degenerateFaces, load::kFlatTriangle, "triangle with two corners at one place is dropped",
          "triangles with two corners at one place are dropped"},
-        {source.linesAndPoints, "line or point is dropped", "lines and points are dropped"},
-        {notes.turnedMeshes, "mesh has faces and normals on opposite sides; what encloses no volume is turned round",
+        {source.linesAndPoints, load::kLineOrPoint, "line or point is dropped", "lines and points are dropped"},
+        {notes.turnedMeshes, load::kMeshTurned,
+         "mesh has faces and normals on opposite sides; what encloses no volume is turned round",
          "meshes have faces and normals on opposite sides; what encloses no volume is turned round"},
-        {notes.lightVertices, "vertex follows only the heaviest of several bones",
+        {notes.lightVertices, load::kSeveralWeights, "vertex follows only the heaviest of several bones",
          "vertices follow only the heaviest of several bones"},
-        {source.lostBones, "bone of a mesh has no node and holds nothing",
+        {source.lostBones, load::kBoneLost, "bone of a mesh has no node and holds nothing",
          "bones of meshes have no node and hold nothing"},
-        {notes.bindConflicts, "bone is bound in different poses by several meshes; the first one's is taken",
+        {notes.bindConflicts, load::kBindConflict,
+         "bone is bound in different poses by several meshes; the first one's is taken",
          "bones are bound in different poses by several meshes; the first one's is taken"},
-        {notes.stillCollisions, "collision mesh hangs on a moving node but stays where it is",
+        {notes.stillCollisions, load::kStillCollision, "collision mesh hangs on a moving node but stays where it is",
          "collision meshes hang on moving nodes but stay where they are"},
-        {notes.scaledBones, "bone changes its size in an animation, which is dropped",
+        {notes.scaledBones, load::kBoneScale, "bone changes its size in an animation, which is dropped",
          "bones change their size in an animation, which is dropped"},
-        {source.shapeClips, "animation of vertices (morphing) is skipped",
+        {source.shapeClips, load::kMorph, "animation of vertices (morphing) is skipped",
          "animations of vertices (morphing) are skipped"},
-        {notes.morphs, "mesh loses its morph targets", "meshes lose their morph targets"},
-        {notes.vertexColors, "mesh loses its vertex colours", "meshes lose their vertex colours"},
-        {notes.moreUvs, "mesh loses its further texture coordinates", "meshes lose their further texture coordinates"},
-        {notes.cutOuts, "material is cut out by its texture's alpha and comes out translucent",
+        {notes.morphs, load::kMorph, "mesh loses its morph targets", "meshes lose their morph targets"},
+        {notes.vertexColors, load::kVertexColor, "mesh loses its vertex colours", "meshes lose their vertex colours"},
+        {notes.moreUvs, load::kMoreUvs, "mesh loses its further texture coordinates",
+         "meshes lose their further texture coordinates"},
+        {notes.cutOuts, load::kMaterialMask, "material is cut out by its texture's alpha and comes out translucent",
          "materials are cut out by their textures' alpha and come out translucent"},
-        {notes.backs, "face shows from both sides and is doubled; --single-sided leaves its back out",
+        {notes.backs, load::kBackFaces, "face shows from both sides and is doubled; --single-sided leaves its back out",
          "faces show from both sides and are doubled; --single-sided leaves their backs out"},
-        {notes.tinted, "material tints its texture, which the engine shows in its own colours",
+        {notes.tinted, load::kMaterialTint, "material tints its texture, which the engine shows in its own colours",
          "materials tint their textures, which the engine shows in their own colours"},
-        {notes.backsWithout, "mesh shows from both sides but has no normals, and keeps its front only",
+        {notes.backsWithout, load::kBackFaces,
+         "mesh shows from both sides but has no normals, and keeps its front only",
          "meshes show from both sides but have no normals, and keep their fronts only"},
     };
-    std::vector<std::string> lines;
-    if (source.stickFigure) lines.emplace_back("the file has no meshes; its skeleton is drawn as a stick figure");
+    std::vector<Message> told;
+    const auto tell = [&](const MessageKind& kind, std::string text) {
+        told.push_back(aboutScene(kind, std::move(text)));
+    };
+    if (source.stickFigure) {
+        tell(load::kStickFigure, "the file has no meshes; its skeleton is drawn as a stick figure");
+    }
     for (const Line& line : kLines) {
-        if (line.count > 0)
-            lines.push_back(std::to_string(line.count) + " " + (line.count == 1 ? line.one : line.many));
+        if (line.count == 0) continue;
+        tell(line.kind, std::to_string(line.count) + " " + (line.count == 1 ? line.one : line.many));
     }
     if (notes.restsElsewhere) {
-        lines.emplace_back("the model rests in another pose than its skin was bound in; the shape shows the bind pose");
+        tell(load::kRestPose,
+             "the model rests in another pose than its skin was bound in; the shape shows the bind pose");
     }
     if (!notes.missingTextures.empty()) {
-        lines.push_back(std::to_string(notes.missingTextures.size()) +
-                        (notes.missingTextures.size() == 1 ? " texture isn't" : " textures aren't") +
-                        " found beside the model: " + joined(notes.missingTextures));
+        tell(load::kMissingFile, std::to_string(notes.missingTextures.size()) +
+                                     (notes.missingTextures.size() == 1 ? " texture isn't" : " textures aren't") +
+                                     " found beside the model: " + joined(notes.missingTextures));
     }
     if (!notes.plainMaterials.empty()) {
-        lines.push_back(
-            std::to_string(notes.plainMaterials.size()) +
-            (notes.plainMaterials.size() == 1 ? " material has" : " materials have") +
-            " a colour only; the engine will look for a texture of that name: " + joined(notes.plainMaterials));
+        tell(load::kColorOnly,
+             std::to_string(notes.plainMaterials.size()) +
+                 (notes.plainMaterials.size() == 1 ? " material has" : " materials have") +
+                 " a colour only; the engine will look for a texture of that name: " + joined(notes.plainMaterials));
     }
-    lines.insert(lines.end(), source.remarks.begin(), source.remarks.end());
-    lines.insert(lines.end(), notes.others.begin(), notes.others.end());
-    return lines;
+    told.insert(told.end(), source.remarks.begin(), source.remarks.end());
+    told.insert(told.end(), notes.others.begin(), notes.others.end());
+    return told;
 }
 
 }  // namespace
@@ -179,7 +191,7 @@ ImportResult readModel(const std::string& path, const ImportOptions& options) {
         return result;
     }
     result.scene = std::move(model.scene);
-    result.warnings = warningLines(model);
+    result.warnings = warningsOf(model);
     result.details.push_back(axesText(model));
     result.textures = std::move(model.textures);
     return result;

@@ -310,7 +310,7 @@ void nameBonesAsShape(Model& model) {
         if (names.empty()) return;
         std::string line = std::to_string(names.size()) + what;
         for (const std::string& name : names) line += (&name == &names[0] ? "" : ", ") + name;
-        model.notes.others.push_back(line);
+        model.notes.others.push_back(aboutScene(load::kOtherNodes, line));
     };
     tell(strangers, " of the model's nodes aren't in the shape: ");
     tell(still, " of the shape's nodes aren't in the model: ");

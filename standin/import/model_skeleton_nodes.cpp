@@ -104,7 +104,8 @@ void addSkeletons(Model& model, const BoneVertices& held) {
         empty.layer = model.firstLevel;
         empty.polyhedron.vertexTransform = Transform{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
         model.scene.nodes.push_back(std::move(empty));
-        model.notes.others.emplace_back("the file holds no meshes: it is good for sequences (.dsq) only");
+        model.notes.others.push_back(
+            aboutScene(load::kNoMeshes, "the file holds no meshes: it is good for sequences (.dsq) only"));
     }
     for (const Skeleton& skeleton : skeletonsOf(model, held)) {
         const bool isCopy = !model.boneIds.empty();

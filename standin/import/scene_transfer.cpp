@@ -1,7 +1,9 @@
 #include "standin/import/scene_transfer.h"
 
+#include <algorithm>
 #include <cstring>
 
+#include "standin/host/load_notices.h"
 #include "standin/host/scene_check.h"
 #include "standin/host/scene_fields.h"
 
@@ -38,6 +40,13 @@ public:
     void put(const std::string& text) {
         put(Count{text.size()});
         bytes += text;
+    }
+
+    void put(const Message& message) {
+        put(std::string(message.kind->code));
+        put(message.place);
+        put(message.name);
+        put(message.text);
     }
 
     template <class T>
@@ -79,6 +88,10 @@ struct Fewest {
 template <>
 struct Fewest<std::string> {
     static constexpr size_t kBytes = sizeof(Count);
+};
+template <>
+struct Fewest<Message> {
+    static constexpr size_t kBytes = 3 * sizeof(Count) + sizeof(Message::Place);
 };
 template <class T>
 struct Fewest<std::vector<T>> {
@@ -133,6 +146,19 @@ public:
     void take(std::string& text) {
         text.resize(takeCount(1));
         takeRaw(text.data(), text.size());
+    }
+
+    void take(Message& message) {
+        std::string code;
+        take(code);
+        take(message.place);
+        take(message.name);
+        take(message.text);
+        const auto* const* kind = std::find_if(std::begin(load::kKinds), std::end(load::kKinds),
+                                               [&](const MessageKind* known) { return known->code == code; });
+        ok_ = ok_ && kind != std::end(load::kKinds) &&
+              static_cast<unsigned>(message.place) <= static_cast<unsigned>(Message::Place::Clip);
+        if (ok_) message.kind = *kind;
     }
 
     template <class T>

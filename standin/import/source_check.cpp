@@ -73,7 +73,7 @@ void checkSource(SourceModel& source) {
     // An animation's fault is none of the meshes'.
     std::erase_if(source.clips, [&](const SourceClip& clip) {
         const std::string fault = clipFault(source, clip);
-        if (!fault.empty()) source.remarks.push_back("animation " + clip.name + " is skipped: " + fault);
+        if (!fault.empty()) source.remarks.push_back(skippedAnimation(clip.name, " is skipped: " + fault));
         return !fault.empty();
     });
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "standin/host/load_notices.h"
 #include "standin/host/scene.h"
 #include "standin/import/pose.h"
 
@@ -113,15 +114,20 @@ struct SourceModel {
     bool stickFigure = false;      // the reader has drawn the skeleton of a file without meshes
 
     size_t linesAndPoints = 0;
-    size_t lostBones = 0;              // bones whose node isn't there
-    size_t shapeClips = 0;             // animations of vertices
-    std::vector<std::string> remarks;  // whole lines: what the reader has left out
-    std::string error;                 // the first one, without the file's name
+    size_t lostBones = 0;          // bones whose node isn't there
+    size_t shapeClips = 0;         // animations of vertices
+    std::vector<Message> remarks;  // what the reader has left out
+    std::string error;             // the first one, without the file's name
 
     void fail(const std::string& text) {
         if (error.empty()) error = text;
     }
 };
+
+// What goes on behind the animation's name.
+inline Message skippedAnimation(const std::string& name, const std::string& what) {
+    return {&load::kAnimationSkipped, Message::Place::Clip, name, "animation " + name + what};
+}
 
 // A text as the scene holds it: one line of UTF-8.
 std::string cleanText(std::string_view text);

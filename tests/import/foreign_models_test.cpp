@@ -9,15 +9,15 @@
 
 #include "tests/import/model_files.h"
 
-// Models that nobody here made, of Debian's package assimp-testmodels, a few of every format, against what is known of
-// their scenes. Where another reader knows the format, scripts/compare-models has shown that these facts are right.
-// After a change that is meant, MARROWFEN_FACTS=tests/import/foreign_models.txt writes them anew, to be reviewed.
+// Models that nobody here made, of Debian's package assimp-testmodels, a few of every format and with every option
+// (behind " -- "), and examples/creature as gltfpack writes it, against what is known of their scenes. Where another
+// reader knows the format, scripts/compare-models has shown that these facts are right. After a change that is meant,
+// MARROWFEN_FACTS=tests/import/foreign_models.txt writes them anew, to be reviewed.
 
 namespace marrowfen::standin {
 namespace {
 
 const std::string kExpected = MARROWFEN_SOURCE_DIR "/tests/import/foreign_models.txt";
-const std::string kModels = "/usr/share/assimp/models/";
 
 Vec3 minus(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
 
@@ -119,7 +119,9 @@ std::string factsOf(const ImportResult& result) {
     facts.add(scene.nodes);
     std::ostringstream out;
     for (const std::string& line : result.details) out << line << "\n";
-    for (const std::string& line : result.warnings) out << "warning " << line.substr(0, 150) << "\n";
+    for (const Message& warning : result.warnings) {
+        out << warning.kind->code << " " << warning.text.substr(0, 150) << "\n";
+    }
     for (size_t i = 1; i < facts.layers.size(); ++i) {
         const LayerFacts& layer = facts.layers[i];
         out << *scene.layers[i] << ": " << layer.polyhedra << " polyhedra, " << layer.triangles << " triangles, "
@@ -151,6 +153,33 @@ std::string factsOf(const ImportResult& result) {
     return out.str();
 }
 
+// "FBX/spider.fbx -- turn=90 up=z"
+ImportResult importAsSaid(const std::string& line) {
+    const size_t end = std::min(line.find(" -- "), line.size());
+    ImportOptions options;
+    std::istringstream words(line.substr(std::min(end + 4, line.size())));
+    for (std::string word; words >> word;) {
+        const std::string key = word.substr(0, word.find('=')), value = word.substr(word.find('=') + 1);
+        const float number = std::strtof(value.c_str(), nullptr);
+        if (key == "turn") options.turnDegrees = number;
+        if (key == "scale") options.scale = number;
+        if (key == "unit") options.unit = static_cast<double>(number);
+        if (key == "fps") options.frameRate = number;
+        if (key == "most") options.mostTriangles = static_cast<size_t>(number);
+        if (key == "up") options.up = value == "x" ? UpAxis::X : value == "y" ? UpAxis::Y : UpAxis::Z;
+        if (key == "levels") options.levels = {{64, 100}, {32, 40}, {8, 10}};
+        if (key == "single") options.singleSided = true;
+        if (key == "plain") options.plainTextures = true;
+        if (key == "notextures") options.noTextures = true;
+        if (key == "loop") options.loops.push_back(value);
+        if (key == "box") options.layers.push_back({"collision:box", value});
+        if (key == "for") options.shapeNodes.push_back(value);
+    }
+    const std::string model = line.substr(0, end);
+    const bool isOurs = model.starts_with("tests/");
+    return importModel((isOurs ? MARROWFEN_SOURCE_DIR "/" : "/usr/share/assimp/models/") + model, options);
+}
+
 TEST(ForeignModels, BecomeTheScenesThatAreKnown) {
     std::ifstream file(kExpected);
     ASSERT_TRUE(file.good()) << kExpected;
@@ -166,7 +195,7 @@ TEST(ForeignModels, BecomeTheScenesThatAreKnown) {
     const char* anew = std::getenv("MARROWFEN_FACTS");
     std::ostringstream written;
     for (const auto& [model, expected] : models) {
-        const std::string facts = factsOf(importModel(kModels + model, {}));
+        const std::string facts = factsOf(importAsSaid(model));
         EXPECT_TRUE(anew != nullptr || facts == expected) << model << ":\n" << facts << "was:\n" << expected;
         written << "== " << model << "\n" << facts;
     }

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "standin/host/load_notices.h"
 #include "standin/import/model_import.h"
 
 namespace marrowfen::standin {
@@ -36,8 +37,10 @@ private:
 
 // The warnings but those of materials without textures, which most of these models have.
 inline std::vector<std::string> warningsOf(const LoadResult& result) {
-    std::vector<std::string> lines = result.warnings;
-    std::erase_if(lines, [](const std::string& line) { return line.find("a colour only") != std::string::npos; });
+    std::vector<std::string> lines;
+    for (const Message& warning : result.warnings) {
+        if (warning.kind != &load::kColorOnly) lines.push_back(warning.text);
+    }
     return lines;
 }
 

@@ -266,7 +266,8 @@ TEST(ModelImport, BacksOfASheetStayApart) {
 
 TEST(ModelImport, NamesMakeLayersAndMarkers) {
     // 0 Hull; 1 Collision:box with 2 skin; 3 Nodes with marker 4 (turned a quarter about the model's up axis) and 5
-    // below it; 6 far:size=10 with 7; 8 bounds without anything.
+    // below it; 6 far:size=10 with 7 and 9, which say that they
+    // are pieces of its mesh; 8 bounds without anything.
     Gltf gltf;
     const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
     const float r = std::sqrt(0.5F);
@@ -278,8 +279,9 @@ TEST(ModelImport, NamesMakeLayersAndMarkers) {
                           {{"name", "eye"}, {"translation", {1, 2, 3}}, {"rotation", {0, r, 0, r}}, {"children", {5}}},
                           {{"name", "tip"}, {"translation", {1, 0, 0}}},
                           {{"name", "far:size=10"}, {"children", {7}}},
-                          {{"name", "low"}, {"mesh", 0}},
-                          {{"name", "bounds:no_mipmap"}}};
+                          {{"name", "far:size=10_2"}, {"mesh", 0}, {"children", {9}}},
+                          {{"name", "bounds:no_mipmap"}},
+                          {{"name", "far:size=10.1"}, {"mesh", 0}}};
     gltf.json["scenes"] = {{{"nodes", {0, 1, 3, 6, 8}}}};
     const Scene scene = importText("a.gltf", gltf.text());
     EXPECT_EQ(scene.layers, (std::vector<std::optional<std::string>>{std::nullopt, "Detail:size=64", "Collision:box",
@@ -296,6 +298,7 @@ TEST(ModelImport, NamesMakeLayersAndMarkers) {
     ASSERT_EQ(eye.children.size(), 1U);
     EXPECT_NEAR(eye.children[0].location[1], 2, 1e-6F);
     EXPECT_EQ(scene.nodes[3].children[0].layer, 4);
+    EXPECT_EQ(scene.nodes[3].children[0].children[0].layer, 4);
 }
 
 TEST(ModelImport, Materials) {
@@ -540,11 +543,11 @@ TEST(ModelImport, LayersAndLevelsThatTheOptionsAskFor) {
          {{"Detail1:size=90", 288}, {"Detail2:size=30", 288}, {"Detail3:size=10", 72}}},
         {{"hut_LOD0"}, {}, {}, 0, {{"Detail:size=1", 288}}},
         {{"hut"}, {}, {}, 100, {{"Detail:size=1", 100}}},
-        {{"Detail", "Detail20", "rig:hut", "detailed", "far:size=9,sort"},
+        {{"Detail", "Detail20.001", "rig:hut", "detailed", "far:size=9,sort"},
          {},
          {},
          0,
-         {{"Detail:size=64", 864}, {"Detail20:size=20", 288}, {"far:size=9,sort", 288}}},
+         {{"Detail:size=64", 864}, {"Detail20.001:size=20", 288}, {"far:size=9,sort", 288}}},
     };
     for (const auto& entry : kCases) {
         ImportOptions options;

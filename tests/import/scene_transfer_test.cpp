@@ -4,12 +4,13 @@
 
 #include <cmath>
 
+#include "standin/host/load_notices.h"
 #include "tests/standin/every_field.h"
 
 namespace marrowfen::standin {
 namespace {
 
-const std::string kFull = packResult({everyField(), {}, {"one", "two"}});
+const std::string kFull = packResult({everyField(), {}, {{&load::kMorph, Message::Place::Clip, "walk", "one"}}});
 
 std::string errorOf(const Scene& scene) { return unpackResult(packResult({scene, {}, {}}), "m").error; }
 
@@ -17,7 +18,10 @@ TEST(SceneTransfer, GivesBackWhatWasPacked) {
     const LoadResult good = unpackResult(kFull, "m");
     EXPECT_EQ(good.error, "");
     EXPECT_EQ(good.scene, everyField());
-    EXPECT_EQ(good.warnings, (std::vector<std::string>{"one", "two"}));
+    ASSERT_EQ(good.warnings.size(), 1U);
+    EXPECT_EQ(good.warnings[0].kind, &load::kMorph);
+    EXPECT_EQ(good.warnings[0].place, Message::Place::Clip);
+    EXPECT_EQ(good.warnings[0].name + good.warnings[0].text, "walkone");
     const LoadResult bad = unpackResult(packResult({{}, "m: no mesh", {}}), "m");
     EXPECT_FALSE(bad.scene);
     EXPECT_EQ(bad.error, "m: no mesh");
