@@ -19,8 +19,6 @@ namespace {
 
 const std::string kExpected = MARROWFEN_SOURCE_DIR "/tests/import/foreign_models.txt";
 
-Vec3 minus(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
-
 // A sum, and what is rounding in it.
 struct Sum {
     double value = 0, nothing = 1e-3;

@@ -35,6 +35,8 @@ private:
     std::filesystem::path path_;
 };
 
+inline Vec3 minus(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+
 // The warnings but those of materials without textures, which most of these models have.
 inline std::vector<std::string> warningsOf(const LoadResult& result) {
     std::vector<std::string> lines;
