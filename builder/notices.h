@@ -2,10 +2,12 @@
 
 // What the builder tells: the export log's lines, and beside those that an artist should know of, messages.
 
+#include <map>
 #include <ostream>
 #include <string>
 #include <string_view>
 
+#include "ground/excerpt.h"
 #include "ground/message.h"
 
 namespace marrowfen {
@@ -54,9 +56,11 @@ public:
 
     std::ostream& log() { return log_; }
 
-    // A message without a line in the log.
+    // A message without a line in the log. Of a long name or text the beginning is told, of very many of a kind the
+    // first.
     void tell(const Message& message) {
-        if (listener_) listener_(message);
+        if (listener_ && ++told_[message.kind] <= kMostOfAKind)
+            listener_({message.kind, message.place, excerpt(message.name), excerpt(message.text, kMostText)});
     }
 
     // What is in the way of a layer that ends the build; the error itself is the shape's.
@@ -71,8 +75,12 @@ public:
     }
 
 private:
+    static constexpr size_t kMostText = 1000;      // in bytes
+    static constexpr size_t kMostOfAKind = 10000;  // nobody reads more, and a small scene can be worth a million
+
     std::ostream& log_;
     const MessageListener& listener_;
+    std::map<const MessageKind*, size_t> told_;
 };
 
 }  // namespace marrowfen

@@ -7,6 +7,7 @@
 
 #include "ground/ascii.h"
 #include "ground/at.h"
+#include "ground/excerpt.h"
 #include "ground/near_word.h"
 #include "shape/shape.h"
 
@@ -137,6 +138,8 @@ DecimalNumber decimalNumber(std::string_view text) {
             digits > 0 && digits == text.size() && value < kBeyond};
 }
 
+std::string quoted(std::string_view tag) { return "\"" + excerpt(tag) + "\""; }
+
 // An unknown tag in quotes, with the known one that it was probably meant to be: its word without white space is near,
 // and it has or hasn't a value.
 std::string quotedWithGuess(std::string_view tag) {
@@ -148,21 +151,21 @@ std::string quotedWithGuess(std::string_view tag) {
 
     std::string guess(nearWord(word, knownWords()));
     if (guess.ends_with('=') && equals < tag.size()) guess += tag.substr(equals + 1);
-    return "\"" + std::string(tag) + "\"" + (guess.empty() ? "" : " (did you mean \"" + guess + "\"?)");
+    return quoted(tag) + (guess.empty() ? "" : " (did you mean \"" + guess + "\"?)");
 }
 
-// Whose name carries the tags.
+// Whose name carries the tags. There may be many, so that messages about each are given the beginning of the name.
 struct Owner {
     Message::Place place;
     const std::string& name;  // without tags for a clip
+    const std::string shown = excerpt(name);
 };
 
 // The message about a tag that its owner's role doesn't know.
 Message uselessTag(std::string_view tag, const Owner& owner) {
     const char* owners = ownersOf(tag);
-    if (owners == nullptr) return {&kUnknownTag, owner.place, owner.name, quotedWithGuess(tag)};
-    return {&kTagOfOtherRole, owner.place, owner.name,
-            "\"" + std::string(tag) + "\" in " + owner.name + " is for " + owners};
+    if (owners == nullptr) return {&kUnknownTag, owner.place, owner.shown, quotedWithGuess(tag)};
+    return {&kTagOfOtherRole, owner.place, owner.shown, quoted(tag) + " in " + owner.shown + " is for " + owners};
 }
 
 template <class Record, size_t Count>
@@ -184,11 +187,11 @@ void applyTag(std::string_view text, const Tag<Record> (&tags)[Count], Record& r
         tag->take(record, number.value);
         log << tag->word.valueLabel << number.value;
         if (!number.isExact) {
-            notices.tell({&kTagValue, owner.place, owner.name,
-                          "\"" + std::string(text) + "\" is read as " + std::to_string(number.value)});
+            notices.tell(
+                {&kTagValue, owner.place, owner.shown, quoted(text) + " is read as " + std::to_string(number.value)});
         }
     } else {
-        notices.tell({&kTagValue, owner.place, owner.name, "\"" + std::string(text) + "\" has none"});
+        notices.tell({&kTagValue, owner.place, owner.shown, quoted(text) + " has none"});
     }
     log << std::endl;
 }

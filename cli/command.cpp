@@ -3,11 +3,12 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "cli/terminal_text.h"
 
 namespace marrowfen::cli {
 
@@ -15,11 +16,9 @@ namespace {
 
 void line(const char* color, const char* label, const std::string& text) {
     const bool colored = isatty(STDERR_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
-    // Names of a scene may hold line feeds; what is said is one line.
-    std::string shown = text;
-    std::replace_if(
-        shown.begin(), shown.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-    std::fprintf(stderr, "%s%s%s%s\n", colored ? color : "", label, colored ? "\033[0m" : "", shown.c_str());
+    // Names of a scene may hold anything; what is said is one line.
+    std::fprintf(stderr, "%s%s%s%s\n", colored ? color : "", label, colored ? "\033[0m" : "",
+                 forTerminal(text).c_str());
 }
 
 }  // namespace

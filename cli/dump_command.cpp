@@ -1,9 +1,12 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <sstream>
 
 #include "cli/command.h"
 #include "cli/shape_file.h"
+#include "cli/terminal_text.h"
 
 namespace marrowfen::cli {
 
@@ -18,7 +21,8 @@ Outcome dump(const std::string& path, const Session& session) {
     file.shape.dumpText(text);
     // A stream keeps to itself that it got no memory.
     if (!text) return {OurFault, path + ": no memory for the dump"};
-    return printResult(text.str());
+    // A terminal would obey what a name says.
+    return printResult(isatty(STDOUT_FILENO) != 0 ? forTerminal(text.view(), true) : text.str());
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // `marrowfen explain`: how the exporter reads the names of a scene. Nothing is made of it.
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <memory>
+#include <set>
 
 #include "builder/scene_reading.h"
 #include "builder/tags.h"
@@ -10,7 +10,9 @@
 #include "cli/export_report.h"
 #include "cli/plugin_session.h"
 #include "cli/scene_options.h"
+#include "cli/terminal_text.h"
 #include "ground/at.h"
+#include "ground/excerpt.h"
 #include "shape/shape_words.h"
 
 namespace marrowfen::cli {
@@ -37,7 +39,7 @@ public:
     explicit Warnings(const std::vector<Message>& messages) : messages_(messages), isSaid_(messages.size()) {}
 
     std::string about(Message::Place place, const std::string& name) {
-        return linesOf([&](const Message& m) { return m.place == place && m.name == name; }, "  ");
+        return linesOf([&](const Message& m) { return m.place == place && m.name == excerpt(name); }, "  ");
     }
     std::string others() {
         return linesOf([&](const Message& m) { return !isSaid_[static_cast<size_t>(&m - messages_.data())]; }, "");
@@ -46,16 +48,15 @@ public:
 private:
     template <class Wanted>
     std::string linesOf(Wanted isWanted, const char* indent) {
-        std::vector<std::string> lines;
+        std::string text;
+        std::set<std::string> lines;
         for (size_t i = 0; i < messages_.size(); ++i) {
             const Message& message = messages_[i];
             if (message.kind->severity != Severity::Warning || !isWanted(message)) continue;
             isSaid_[i] = true;
             const std::string line = std::string(indent) + "warning: " + message.kind->headline + ": " + message.text;
-            if (std::find(lines.begin(), lines.end(), line) == lines.end()) lines.push_back(line);
+            if (lines.insert(line).second) text += line + "\n";
         }
-        std::string text;
-        for (const std::string& line : lines) text += line + "\n";
         return text;
     }
 
@@ -162,7 +163,7 @@ Outcome explain(const std::string& path, const SceneOptions& loading, const Sess
     MessageUser user;
     PluginSession plugin(std::move(*loaded.scene), user);
     if (!plugin.openPanel()) return {Refused, path + ": " + user.message()};
-    return printResult(explanation(readScene()));
+    return printResult(forTerminal(explanation(readScene()), true));
 }
 
 }  // namespace

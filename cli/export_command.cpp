@@ -17,6 +17,7 @@
 #include "cli/plugin_session.h"
 #include "cli/scene_options.h"
 #include "ground/ascii.h"
+#include "ground/excerpt.h"
 #include "plugin/export_messages.h"
 #include "plugin/resources/resource.h"
 
@@ -24,6 +25,7 @@ namespace marrowfen::cli {
 
 namespace {
 
+constexpr size_t kMostErrorText = 1000;  // an error quotes names of whatever length
 constexpr size_t kEndingSize = 4;        // of ".dts" and ".dsq"
 constexpr size_t kOutput = 0, kLog = 1;  // of the run's OutputFolder
 
@@ -128,7 +130,7 @@ Outcome deliverRefusal(OutputFolder& folder, const ExportOptions& options, const
     }
     const Outcome delivered = folder.deliverOne(kLog);
     if (!delivered.good()) session.warning(delivered.error);
-    return {Refused, options.scene + ": " + user.error(), refusalHint(messages)};
+    return {Refused, options.scene + ": " + excerpt(user.error(), kMostErrorText), refusalHint(messages)};
 }
 
 // Puts both files into their places, and says what they are. The output is looked at as whoever loads it will.

@@ -1,6 +1,6 @@
 #include "cli/export_report.h"
 
-#include <algorithm>
+#include <set>
 
 #include "builder/notices.h"
 #include "shape/shape_questions.h"
@@ -58,10 +58,12 @@ std::vector<std::string> groupedWarnings(const std::vector<Message>& messages) {
     std::vector<std::string> warnings;
     for (const MessageKind* kind : kExportMessageKinds) {
         std::vector<std::string> texts;
+        std::set<std::string> said;
         for (const Message& message : messages) {
+            if (message.kind != kind) continue;
             // A tag that is unknown on many layers is said once.
-            const bool isSaid = kind == &kUnknownTag && std::count(texts.begin(), texts.end(), message.text) > 0;
-            if (message.kind == kind && !isSaid) texts.push_back(message.text);
+            if (kind == &kUnknownTag && !said.insert(message.text).second) continue;
+            texts.push_back(message.text);
         }
         if (texts.empty()) continue;
         if (kind == &kClipLeftOut) {

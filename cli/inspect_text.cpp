@@ -3,6 +3,7 @@
 
 #include "cli/inspect_report.h"
 #include "cli/shape_facts.h"
+#include "cli/terminal_text.h"
 #include "ground/at.h"
 
 namespace marrowfen::cli {
@@ -20,12 +21,7 @@ std::string number(float value) {
 std::string tuple(const Point3& p) { return "(" + number(p.x) + ", " + number(p.y) + ", " + number(p.z) + ")"; }
 
 // A name as a terminal may show it.
-std::string shown(std::string text) {
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
-    }
-    return text.empty() ? "\"\"" : text;
-}
+std::string shown(const std::string& text) { return text.empty() ? "\"\"" : forTerminal(text); }
 
 std::string joined(const std::vector<std::string>& words) {
     std::string text;

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string_view>
 
@@ -147,7 +148,10 @@ standin::ImportResult loadScene(const std::string& path, const SceneOptions& opt
         ShapeFile file;
         const std::string fault = loadShapeFile(options.forShape, file);
         if (!fault.empty()) return {{{}, fault, {}}, {}, {}};
-        for (const Shape::Node& node : file.shape.nodes) import.shapeNodes.push_back(at(file.shape.names, node.name));
+        std::set<int32_t> names;
+        for (const Shape::Node& node : file.shape.nodes) {
+            if (names.insert(node.name).second) import.shapeNodes.push_back(at(file.shape.names, node.name));
+        }
     }
     return standin::importModel(path, import);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ground/at.h"
+#include "ground/excerpt.h"
 
 namespace marrowfen::cli {
 
@@ -32,7 +33,7 @@ LevelFacts ShapeFacts::of(const Shape::DetailLevel& level) const {
 }
 
 std::string nameAt(const Shape& shape, int32_t index) {
-    return hasIndex(shape.names, index) ? at(shape.names, index) : "?";
+    return hasIndex(shape.names, index) ? excerpt(at(shape.names, index)) : "?";
 }
 
 std::vector<TreeNode> nodeTree(const Shape& shape) {

@@ -41,7 +41,7 @@ private:
     std::vector<int64_t> triangles_;
 };
 
-// An entry of the name table, or "?" for none.
+// An entry of the name table, or the beginning of a long one; "?" for none.
 std::string nameAt(const Shape& shape, int32_t index);
 
 // The words of the flags that are set; bits without a word as one hexadecimal number.

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "ground/at.h"
+#include "ground/excerpt.h"
 
 namespace marrowfen::view {
 
@@ -110,7 +111,7 @@ bool animatesMoreThanNodes(const Shape::Sequence& s) {
 
 void addSequence(GltfFile& file, const Shape& shape, const Shape::Sequence& sequence,
                  const std::vector<std::vector<int32_t>>& placements, std::vector<std::string>& warnings) {
-    const std::string& name = at(shape.names, sequence.nameIndex);
+    const std::string name = excerpt(at(shape.names, sequence.nameIndex));
     nlohmann::json samplers = nlohmann::json::array();
     nlohmann::json channels = nlohmann::json::array();
     if (sequence.numKeyFrames > 0) {

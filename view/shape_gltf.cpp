@@ -7,6 +7,7 @@
 
 #include "ground/ascii.h"
 #include "ground/at.h"
+#include "ground/excerpt.h"
 #include "ground/version.h"
 #include "mesh/mesh_words.h"
 #include "shape/shape_questions.h"
@@ -43,7 +44,7 @@ struct Builder {
     std::vector<const char*> nodeKinds;            // shape node -> what it is to a person
 };
 
-const std::string& nameOf(const Shape& shape, int32_t index) { return at(shape.names, index); }
+std::string nameOf(const Shape& shape, int32_t index) { return excerpt(at(shape.names, index)); }
 
 // The level that a viewer should see: the largest of the visible ones; else, as sizes below 0 never show, the first
 // one that isn't for collisions; else the first one.
@@ -167,7 +168,7 @@ void placePart(Builder& b, const LevelMesh& part, const std::string& name, Level
 void addLevel(Builder& b, const Shape::DetailLevel& level, bool isDefault) {
     constexpr const char* kKinds[] = {"detail", "collision", "los"};
     const LevelKind kind = levelKind(b.shape, level);
-    const std::string& name = nameOf(b.shape, level.name);
+    const std::string name = nameOf(b.shape, level.name);
     const std::vector<LevelMesh> parts = meshesOf(b.shape, level);
     const Tree tree = addTree(b, name + " (Z up)", neededNodes(b.shape, parts, isDefault));
     json scene = {{"name", name},

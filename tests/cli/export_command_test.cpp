@@ -98,7 +98,7 @@ TEST_F(CommandTest, EndsAsTheSituationAsks) {
              {"export good.scene.json ./.dsq", 0, "./.dsq: 2 nodes"},
              {"export good.scene.json log.dts", 4, "error: log.dts.log: Is a directory\n"},
              {"export feed.scene.json f.dts", 1,
-              "error: feed.scene.json: Layer Det ail:no_strip has 65542 vertices, a mesh holds at most 65535.\nhint: "
+              "error: feed.scene.json: Layer Det\\nail:no_strip has 65542 vertices, a mesh holds at most 65535.\nhint: "
               "layer "},
              {"dump a.dts >/dev/full", 4, "error: standard output: No space left on device\n"},
              {"export good.scene.json", 2, "OUTPUT"},

@@ -67,7 +67,7 @@ TEST(Inspect, TextHasWhatExamplesHaveNot) {
     for (const char* line :
          {"  blocks of 32, 16 and 8 bits: 856, 200 and 84 bytes; sequences and materials: 197 bytes\n",
           "  Detail64    64          3       1         4          2  standard billboard\n",
-          "  0  glass  swrap translucent 0x200\n  1  bell?  -\n", "\nNo problems found.\n"}) {
+          "  0  glass     swrap translucent 0x200\n  1  bell\\x07  -\n", "\nNo problems found.\n"}) {
         EXPECT_NE(text.find(line), std::string::npos) << line << "in\n" << text;
     }
 }
