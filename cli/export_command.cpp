@@ -4,14 +4,12 @@
 #include <unistd.h>
 
 #include <commctrl.h>
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <memory>
 
-#include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/export_report.h"
 #include "cli/output_folder.h"
 #include "cli/plugin_session.h"
@@ -152,8 +150,7 @@ Outcome deliver(OutputFolder& folder, const ExportOptions& options, const std::v
     return folder.deliverAll();
 }
 
-Outcome runExport(const ExportOptions& options, const Session& session) {
-    if (const Outcome checked = checkOptions(options.scene, options.loading); !checked.good()) return checked;
+Outcome exportScene(const ExportOptions& options, const Session& session) {
     // With the output's ending, and a path as short as can be.
     const std::string name = "shape" + options.output.substr(options.output.size() - kEndingSize);
     OutputFolder folder({{options.output, name}, {options.output + ".log", name + ".log"}},
@@ -185,19 +182,13 @@ Outcome runExport(const ExportOptions& options, const Session& session) {
 
 }  // namespace
 
-void addExportCommand(CLI::App& app, Session& session) {
-    auto options = std::make_shared<ExportOptions>();
-    CLI::App* command = app.add_subcommand("export", "make a DTS or DSQ file of a scene");
-    command->add_option("SCENE", options->scene, "a *.scene.json file, or a model (glTF, FBX, OBJ, ...)")->required();
-    command
-        ->add_option("OUTPUT", options->output, "ends in .dts (shape) or .dsq (sequences only); its log is OUTPUT.log")
-        ->required()
-        ->check(checkOutputName);
-    command->add_flag("--with-animation", options->withAnimation, "put the animations into the .dts file");
-    command->add_flag("--strict", options->strict,
-                      "exit with 5 when there were warnings; the files are written all the same");
-    options->loading.addTo(*command);
-    onRun(*command, session, [options, &session] { return runExport(*options, session); });
+Outcome runExport(const Arguments& arguments, const Session& session) {
+    if (arguments.places().size() < 2) return {WrongUsage, "export: OUTPUT is missing"};
+    ExportOptions options{arguments.place(0), arguments.place(1),
+                          arguments.has("--with-animation"), arguments.has("--strict"), {}};
+    if (const std::string fault = checkOutputName(options.output); !fault.empty()) return {WrongUsage, fault};
+    if (const Outcome read = readSceneOptions(arguments, options.scene, options.loading); !read.good()) return read;
+    return exportScene(options, session);
 }
 
 }  // namespace marrowfen::cli

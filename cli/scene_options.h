@@ -3,27 +3,24 @@
 // What commands that load a scene can be told about it.
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "cli/command.h"
+#include "cli/arguments.h"
 #include "standin/import/model_import.h"
-
-namespace CLI {
-class Option;
-}
 
 namespace marrowfen::cli {
 
 struct SceneOptions {
     standin::ImportOptions import;
-    std::string forShape;                   // the path of a shape that animations are for; empty for none
-    std::vector<const CLI::Option*> given;  // all that there are; those with a count are set
-
-    void addTo(CLI::App& command);
+    std::string forShape;  // the path of a shape that animations are for; empty for none
 };
 
-// Refuses options that a scene file leaves nothing to do for.
-Outcome checkOptions(const std::string& path, const SceneOptions& options);
+// Whether the name is that of a scene file; everything else is a model.
+bool isSceneFile(std::string_view path);
+
+// What was given of the table's options for models. Refuses those that a scene file leaves nothing to do for.
+Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, SceneOptions& options);
 
 // A scene file or a model; the file name's ending decides.
 standin::ImportResult loadScene(const std::string& path, const SceneOptions& options);
