@@ -29,7 +29,8 @@ Outcome runImport(const Arguments& arguments, const Session& session) {
     for (const std::string& text : loaded.warnings) session.warning(text);
     for (const std::string& text : loaded.details) session.detail(text);
     const Outcome written = folder.deliverText(standin::sceneText(*loaded.scene));
-    return written.good() ? writeTextures(loaded, output, session) : written;
+    std::vector<std::string> textures;
+    return written.good() ? writeTextures(loaded, output, session, textures) : written;
 }
 
 }  // namespace marrowfen::cli

@@ -77,10 +77,9 @@ VerbRow exportVerb() {
               "--out-dir one, and behind it the output: its name ends in .dts (shape) or .dsq (sequences only), and "
               "its log is OUTPUT.log",
               true}},
-            {{"What is made",
+            {{kMadeGroup,
               {flag("--with-animation", "put the animations into the .dts file"),
-               flag("--strict", "exit with 5 when there were warnings; the files are written all the same"),
-               flag("--dry-run", "do everything but leave files")}},
+               flag("--strict", "exit with 5 when there were warnings; the files are written all the same")}},
              {"Many scenes",
               {folder("--out-dir", "where the outputs go, under the scenes' names"),
                folder("--root", "keep the folders below this one"),
@@ -93,6 +92,7 @@ VerbRow exportVerb() {
                     "do nothing when output, log and depfile are newer than what they were made of, and the options "
                     "are the same; remembered in OUTPUT.made"),
                file("--report", "FILE", ".json", "write what happened as JSON; - is standard output"),
+               flag("--dry-run", "do everything but leave files"),
                flag("--watch", "export again whenever something of it changes, until Ctrl-C")}},
              modelOptions()},
             runExport};

@@ -36,7 +36,9 @@ struct PlaceRow {
     bool isOptional = false;
 };
 
-inline constexpr std::string_view kModelGroup = "Models";  // the title of what only models take
+// Titles: of what decides what an export makes, and of what only models take.
+inline constexpr std::string_view kMadeGroup = "What is made";
+inline constexpr std::string_view kModelGroup = "Models";
 
 struct OptionGroup {
     std::string_view title;

@@ -62,6 +62,11 @@ std::string readLevels(const std::string& text, std::vector<standin::LevelOption
     return levels.empty() ? fault : std::string();
 }
 
+bool exists(const std::string& path) {
+    std::error_code fault;
+    return std::filesystem::exists(path, fault);
+}
+
 bool holds(const std::filesystem::path& path, const std::string& content) {
     std::ifstream file(path, std::ios::binary);
     if (!file) return false;
@@ -107,24 +112,30 @@ Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, S
 }
 
 standin::ImportResult loadScene(const std::string& path, const SceneOptions& options) {
-    if (isSceneFile(path)) return {standin::readSceneFile(path), {}, {}};
+    if (isSceneFile(path)) return {standin::readSceneFile(path), {}, {}, {{path, exists(path)}}};
     standin::ImportOptions import = options.import;
     if (!options.forShape.empty()) {
         ShapeFile file;
         const std::string fault = loadShapeFile(options.forShape, file);
-        if (!fault.empty()) return {{{}, fault, {}}, {}, {}};
+        if (!fault.empty()) return {{{}, fault, {}}, {}, {}, {{options.forShape, exists(options.forShape)}, {path, exists(path)}}};
         for (const Shape::Node& node : file.shape.nodes) import.shapeNodes.push_back(at(file.shape.names, node.name));
     }
-    return standin::importModel(path, import);
+    standin::ImportResult result = standin::importModel(path, import);
+    // What ended the child process before it could tell has the model itself at least.
+    if (result.files.empty()) result.files.push_back({path, exists(path)});
+    if (!options.forShape.empty()) result.files.push_back({options.forShape, true});
+    return result;
 }
 
-Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session) {
+Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session,
+                      std::vector<std::string>& written) {
     const std::filesystem::path folder = std::filesystem::path(output).parent_path();
     for (const auto& [name, content] : loaded.textures) {
         const std::filesystem::path path = folder / name;
+        written.push_back(path.string());
         if (holds(path, content)) continue;
-        const Outcome written = writeWholeFile(path.string(), content);
-        if (!written.good()) return written;
+        const Outcome done = writeWholeFile(path.string(), content);
+        if (!done.good()) return done;
         session.detail("texture " + path.string() + " is written");
     }
     return {};

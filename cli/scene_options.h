@@ -25,7 +25,9 @@ Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, S
 // A scene file or a model; the file name's ending decides.
 standin::ImportResult loadScene(const std::string& path, const SceneOptions& options);
 
-// Writes a model's textures beside the output, those only that aren't there or are others.
-Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session);
+// Writes a model's textures beside the output, those only that aren't there or are others. written: gets the paths of
+// all.
+Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session,
+                      std::vector<std::string>& written);
 
 }  // namespace marrowfen::cli
