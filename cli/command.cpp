@@ -17,7 +17,8 @@ void line(bool colored, const char* color, const char* label, const std::string&
     std::string shown = text;
     std::replace_if(
         shown.begin(), shown.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-    std::fprintf(stderr, "%s%s%s%s\n", colored ? color : "", label, colored && *color != '\0' ? "\033[0m" : "", shown.c_str());
+    std::fprintf(stderr, "%s%s%s%s\n", colored ? color : "", label, colored && *color != '\0' ? "\033[0m" : "",
+                 shown.c_str());
 }
 
 }  // namespace

@@ -21,8 +21,8 @@ Outcome dump(const std::string& path, const std::string& only, const Session& se
 
 }  // namespace
 
-Outcome runDump(const Arguments& arguments, const Session& session) { 
+Outcome runDump(const Arguments& arguments, const Session& session) {
     return dump(arguments.place(0), arguments.text("--only"), session);
- }
+}
 
 }  // namespace marrowfen::cli

@@ -20,8 +20,8 @@ namespace marrowfen::cli {
 
 namespace {
 
-constexpr int kLookMilliseconds = 50;     // between looks at what takes too long
-constexpr double kGraceSeconds = 0.1;     // for an export that is ended to remove what it has begun
+constexpr int kLookMilliseconds = 50;  // between looks at what takes too long
+constexpr double kGraceSeconds = 0.1;  // for an export that is ended to remove what it has begun
 constexpr size_t kNamesOnBar = 3;
 
 volatile std::sig_atomic_t theSignal = 0;

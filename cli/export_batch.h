@@ -10,9 +10,9 @@
 namespace marrowfen::cli {
 
 struct BatchOptions {
-    size_t jobs = 1;         // at a time
-    double seconds = 600;    // after which one is given up
-    bool namesRows = true;   // puts the scene's name in front of what is said about it
+    size_t jobs = 1;        // at a time
+    double seconds = 600;   // after which one is given up
+    bool namesRows = true;  // puts the scene's name in front of what is said about it
 };
 
 struct BatchRow {

@@ -95,7 +95,8 @@ Outcome readOne(const Arguments& arguments, const ExportOptions& common, Request
     const std::vector<std::string>& places = arguments.places();
     if (places.size() < 2) return {WrongUsage, "export: OUTPUT is missing", "marrowfen export --help has examples"};
     if (places.size() > 2) {
-        return {WrongUsage, "export: \"" + places[2] + "\" is one word too many", "for many scenes, give --out-dir DIR"};
+        return {WrongUsage, "export: \"" + places[2] + "\" is one word too many",
+                "for many scenes, give --out-dir DIR"};
     }
     if (const std::string fault = outputNameFault(places[1]); !fault.empty()) return {WrongUsage, fault};
     ExportOptions options = common;
@@ -116,7 +117,8 @@ Outcome readRequest(const Arguments& arguments, Request& request) {
         if (read.good()) read = readSceneOptions(arguments, options.scene, options.loading);
     }
     request.words = decidingWords(arguments);
-    request.batch.jobs = static_cast<size_t>(arguments.number("--jobs", std::max(1U, std::thread::hardware_concurrency())));
+    request.batch.jobs =
+        static_cast<size_t>(arguments.number("--jobs", std::max(1U, std::thread::hardware_concurrency())));
     request.batch.seconds = arguments.number("--timeout", request.batch.seconds);
     request.batch.namesRows = request.isMany;
     request.onlyIfChanged = arguments.has("--if-changed");

@@ -45,10 +45,10 @@ OrderedJson fileList(const std::vector<standin::LookedFor>& files) {
 }
 
 OrderedJson resultObject(const ExportResult& result) {
-    OrderedJson json = {{"result", resultWord(result)},        {"exitCode", static_cast<int>(result.outcome.code)},
-                        {"error", result.outcome.error},       {"hint", result.outcome.hint},
-                        {"summary", result.summary},           {"messages", messageList(result.messages)},
-                        {"files", fileList(result.files)},     {"written", OrderedJson::array()}};
+    OrderedJson json = {{"result", resultWord(result)},    {"exitCode", static_cast<int>(result.outcome.code)},
+                        {"error", result.outcome.error},   {"hint", result.outcome.hint},
+                        {"summary", result.summary},       {"messages", messageList(result.messages)},
+                        {"files", fileList(result.files)}, {"written", OrderedJson::array()}};
     for (const std::string& path : result.written) json["written"].push_back(path);
     return json;
 }

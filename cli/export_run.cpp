@@ -254,8 +254,8 @@ ExportResult exportScene(const ExportOptions& options, const Session& session) {
     standin::ImportResult loaded = loadScene(options.scene, options.loading);
     result.files = loaded.files;
     tellDetails(loaded, session);
-    result.outcome = loaded.scene ? finish(loaded, folder, options, session, result)
-                                  : Outcome{UnreadableInput, loaded.error};
+    result.outcome =
+        loaded.scene ? finish(loaded, folder, options, session, result) : Outcome{UnreadableInput, loaded.error};
     return result;
 }
 

@@ -71,7 +71,8 @@ std::vector<std::string> firstLines() {
 }
 
 std::string commandHelp() {
-    std::string text = "marrowfen - turns a 3D scene into the DTS and DSQ files that a game engine loads\n\nExamples:\n";
+    std::string text =
+        "marrowfen - turns a 3D scene into the DTS and DSQ files that a game engine loads\n\nExamples:\n";
     for (const char* name : {"export", "inspect"}) {
         for (const VerbRow& verb : verbTable()) {
             if (verb.name == std::string(name)) text += "  " + std::string(verb.examples.front()) + "\n";

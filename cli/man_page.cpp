@@ -85,13 +85,14 @@ std::string verbSection(const VerbRow& verb, bool withModels) {
 const std::vector<NameRow>& nameTable() { return kNames; }
 
 std::string commandPage() {
-    std::string text = title("MARROWFEN", "1") +
-                       ".SH NAME\nmarrowfen \\- turns a 3D scene into the DTS and DSQ files of a game engine\n"
-                       ".SH SYNOPSIS\n.B marrowfen\n.I COMMAND\n.RI [ OPTIONS ]\n.SH DESCRIPTION\n"
-                       "Exports scene files and models (glTF, FBX, OBJ, ...) as shapes, with a log of everything that "
-                       "was found on the way, and tells what is in such files.\nArtists steer the export by names: see\n"
-                       ".BR marrowfen\\-names (7).\n.SH OPTIONS OF ALL COMMANDS\n" +
-                       optionItems(globalOptions()) + ".SH COMMANDS\n";
+    std::string text =
+        title("MARROWFEN", "1") +
+        ".SH NAME\nmarrowfen \\- turns a 3D scene into the DTS and DSQ files of a game engine\n"
+        ".SH SYNOPSIS\n.B marrowfen\n.I COMMAND\n.RI [ OPTIONS ]\n.SH DESCRIPTION\n"
+        "Exports scene files and models (glTF, FBX, OBJ, ...) as shapes, with a log of everything that "
+        "was found on the way, and tells what is in such files.\nArtists steer the export by names: see\n"
+        ".BR marrowfen\\-names (7).\n.SH OPTIONS OF ALL COMMANDS\n" +
+        optionItems(globalOptions()) + ".SH COMMANDS\n";
     bool withModels = true;
     for (const VerbRow& verb : verbTable()) {
         text += verbSection(verb, withModels);

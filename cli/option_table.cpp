@@ -8,8 +8,7 @@ namespace marrowfen::cli {
 
 namespace {
 
-constexpr const char* kModels =
-    ".scene.json .gltf .glb .vrm .fbx .dae .zae .obj .stl .ply .off .3ds .cob .blend .bvh";
+constexpr const char* kModels = ".scene.json .gltf .glb .vrm .fbx .dae .zae .obj .stl .ply .off .3ds .cob .blend .bvh";
 constexpr const char* kShapeFiles = ".dts .dsq";
 constexpr const char* kSections =
     "counts bounds nodes objects decals IFLmaterials subshapes nodeDefRotations nodeDefTranslations nodeTranslations "
@@ -66,65 +65,68 @@ const PlaceRow kScene = {"SCENE", Takes::File, kModels, "a *.scene.json file, or
 const PlaceRow kShape = {"FILE", Takes::File, kShapeFiles, "DTS file of version 19 to 24, or DSQ file of version 24"};
 
 VerbRow exportVerb() {
-    return {"export",
-            "SCENE OUTPUT [OPTIONS]\nSCENE... --out-dir DIR [OPTIONS]",
-            "make a DTS or DSQ file of a scene",
-            {"marrowfen export ship.glb ship.dts --with-animation",
-             "marrowfen export models/*.fbx --out-dir shapes -j 4 --if-changed"},
-            {{"SCENE", Takes::File, ".scene.json .gltf .glb .vrm .fbx .dae .zae .obj .stl .ply .off .3ds .cob .blend "
-                                    ".bvh .dts .dsq",
-              "*.scene.json files or models (glTF, FBX, OBJ, ...), or @LIST, a file with one of them a line; without "
-              "--out-dir one, and behind it the output: its name ends in .dts (shape) or .dsq (sequences only), and "
-              "its log is OUTPUT.log",
-              true}},
-            {{kMadeGroup,
-              {flag("--with-animation", "put the animations into the .dts file"),
-               flag("--strict", "exit with 5 when there were warnings; the files are written all the same")}},
-             {"Many scenes",
-              {folder("--out-dir", "where the outputs go, under the scenes' names"),
-               folder("--root", "keep the folders below this one"),
-               word("--format", "FORMAT", "dts dsq", "what they become (dts)"),
-               withLetter(count("--jobs", 1, 1024, "scenes at a time (as many as there are processors)"), 'j'),
-               number("--timeout", "SECONDS", 0.01, 1e6, "give a scene up after so long (600)")}},
-             {"Build systems",
-              {file("--depfile", "FILE", ".d", "write a rule in Make's syntax: the outputs and all that was looked for"),
-               flag("--if-changed",
-                    "do nothing when output, log and depfile are newer than what they were made of, and the options "
-                    "are the same; remembered in OUTPUT.made"),
-               file("--report", "FILE", ".json", "write what happened as JSON; - is standard output"),
-               flag("--dry-run", "do everything but leave files"),
-               flag("--watch", "export again whenever something of it changes, until Ctrl-C")}},
-             modelOptions()},
-            runExport};
+    return {
+        "export",
+        "SCENE OUTPUT [OPTIONS]\nSCENE... --out-dir DIR [OPTIONS]",
+        "make a DTS or DSQ file of a scene",
+        {"marrowfen export ship.glb ship.dts --with-animation",
+         "marrowfen export models/*.fbx --out-dir shapes -j 4 --if-changed"},
+        {{"SCENE", Takes::File,
+          ".scene.json .gltf .glb .vrm .fbx .dae .zae .obj .stl .ply .off .3ds .cob .blend "
+          ".bvh .dts .dsq",
+          "*.scene.json files or models (glTF, FBX, OBJ, ...), or @LIST, a file with one of them a line; without "
+          "--out-dir one, and behind it the output: its name ends in .dts (shape) or .dsq (sequences only), and "
+          "its log is OUTPUT.log",
+          true}},
+        {{kMadeGroup,
+          {flag("--with-animation", "put the animations into the .dts file"),
+           flag("--strict", "exit with 5 when there were warnings; the files are written all the same")}},
+         {"Many scenes",
+          {folder("--out-dir", "where the outputs go, under the scenes' names"),
+           folder("--root", "keep the folders below this one"),
+           word("--format", "FORMAT", "dts dsq", "what they become (dts)"),
+           withLetter(count("--jobs", 1, 1024, "scenes at a time (as many as there are processors)"), 'j'),
+           number("--timeout", "SECONDS", 0.01, 1e6, "give a scene up after so long (600)")}},
+         {"Build systems",
+          {file("--depfile", "FILE", ".d", "write a rule in Make's syntax: the outputs and all that was looked for"),
+           flag("--if-changed",
+                "do nothing when output, log and depfile are newer than what they were made of, and the options "
+                "are the same; remembered in OUTPUT.made"),
+           file("--report", "FILE", ".json", "write what happened as JSON; - is standard output"),
+           flag("--dry-run", "do everything but leave files"),
+           flag("--watch", "export again whenever something of it changes, until Ctrl-C")}},
+         modelOptions()},
+        runExport};
 }
 
 std::vector<VerbRow> sceneVerbs() {
-    return {exportVerb(),
-            {"explain",
-             "SCENE [OPTIONS]",
-             "tell how each layer, node and clip of a scene is read; makes nothing of it",
-             {"marrowfen explain ship.scene.json", "marrowfen explain ship.glb --layer 'collision:box=*_col'"},
-             {kScene},
-             {modelOptions()},
-             runExplain},
-            {"import",
-             "MODEL OUTPUT [OPTIONS]",
-             "write a model as a scene file, to look at or to change",
-             {"marrowfen import ship.glb ship.scene.json", "marrowfen import ship.fbx - --unit cm | less"},
-             {{"MODEL", Takes::File, kModels, "glTF, FBX, OBJ, Collada, Blender, ... (see marrowfen formats)"},
-              {"OUTPUT", Takes::File, ".scene.json", "the scene file (.scene.json); - is standard output"}},
-             {modelOptions()},
-             runImport},
-            {"add-node",
-             "SCENE NAME [-o FILE]",
-             "add a named node to a scene file, as the panel does",
-             {"marrowfen add-node ship.scene.json mount0", "marrowfen add-node ship.scene.json eye -o with-eye.scene.json"},
-             {{"SCENE", Takes::File, ".scene.json", "a *.scene.json file"},
-              {"NAME", Takes::Text, "", "the node's name, at most 63 bytes"}},
-             {{"Options",
-               {withLetter(file("--output", "FILE", ".scene.json", "scene file to write; SCENE itself when left out"),
-                           'o')}}},
-             runAddNode}};
+    return {
+        exportVerb(),
+        {"explain",
+         "SCENE [OPTIONS]",
+         "tell how each layer, node and clip of a scene is read; makes nothing of it",
+         {"marrowfen explain ship.scene.json", "marrowfen explain ship.glb --layer 'collision:box=*_col'"},
+         {kScene},
+         {modelOptions()},
+         runExplain},
+        {"import",
+         "MODEL OUTPUT [OPTIONS]",
+         "write a model as a scene file, to look at or to change",
+         {"marrowfen import ship.glb ship.scene.json", "marrowfen import ship.fbx - --unit cm | less"},
+         {{"MODEL", Takes::File, kModels, "glTF, FBX, OBJ, Collada, Blender, ... (see marrowfen formats)"},
+          {"OUTPUT", Takes::File, ".scene.json", "the scene file (.scene.json); - is standard output"}},
+         {modelOptions()},
+         runImport},
+        {"add-node",
+         "SCENE NAME [-o FILE]",
+         "add a named node to a scene file, as the panel does",
+         {"marrowfen add-node ship.scene.json mount0", "marrowfen add-node ship.scene.json eye -o with-eye.scene.json"},
+         {{"SCENE", Takes::File, ".scene.json", "a *.scene.json file"},
+          {"NAME", Takes::Text, "", "the node's name, at most 63 bytes"}},
+         {{"Options",
+           {withLetter(file("--output", "FILE", ".scene.json", "scene file to write; SCENE itself when left out"),
+                       'o')}}},
+         runAddNode}};
 }
 
 std::vector<VerbRow> shapeVerbs() {
@@ -166,29 +168,29 @@ std::vector<VerbRow> shapeVerbs() {
 }
 
 std::vector<VerbRow> otherVerbs() {
-    return {{"formats",
-             "",
-             "tell what can be read, and how well it is tried",
-             {"marrowfen formats", "marrowfen formats | grep -i fbx"},
-             {},
-             {},
-             runFormats},
-            {"completion",
-             "SHELL",
-             "print the completions for a shell",
-             {"marrowfen completion bash > ~/.local/share/bash-completion/completions/marrowfen",
-              "marrowfen completion fish > ~/.config/fish/completions/marrowfen.fish"},
-             {{"SHELL", Takes::Word, "bash zsh fish", "bash, zsh or fish"}},
-             {},
-             runCompletion},
-            {"man",
-             "[PAGE]",
-             "print a manual page, for man -l -",
-             {"marrowfen man | man -l -", "marrowfen man names | man -l -"},
-             {{"PAGE", Takes::Word, "command names", "command, the one of all verbs and options, or names", false,
-               true}},
-             {},
-             runMan}};
+    return {
+        {"formats",
+         "",
+         "tell what can be read, and how well it is tried",
+         {"marrowfen formats", "marrowfen formats | grep -i fbx"},
+         {},
+         {},
+         runFormats},
+        {"completion",
+         "SHELL",
+         "print the completions for a shell",
+         {"marrowfen completion bash > ~/.local/share/bash-completion/completions/marrowfen",
+          "marrowfen completion fish > ~/.config/fish/completions/marrowfen.fish"},
+         {{"SHELL", Takes::Word, "bash zsh fish", "bash, zsh or fish"}},
+         {},
+         runCompletion},
+        {"man",
+         "[PAGE]",
+         "print a manual page, for man -l -",
+         {"marrowfen man | man -l -", "marrowfen man names | man -l -"},
+         {{"PAGE", Takes::Word, "command names", "command, the one of all verbs and options, or names", false, true}},
+         {},
+         runMan}};
 }
 
 }  // namespace

@@ -16,13 +16,13 @@ class Arguments;
 enum class Takes { Nothing, Text, File, Folder, Number, Count, Word };
 
 struct OptionRow {
-    const char* name;        // "--scale"
-    char letter;             // of its short form, '\0' for none
-    Takes takes;             // Nothing for a flag
-    const char* value;       // what the help calls its value
-    const char* choices;     // words, or the endings of files, with blanks between; empty for any
-    double least, most;      // of a number or count
-    const char* help;        // no full stop at its end
+    const char* name;             // "--scale"
+    char letter;                  // of its short form, '\0' for none
+    Takes takes;                  // Nothing for a flag
+    const char* value;            // what the help calls its value
+    const char* choices;          // words, or the endings of files, with blanks between; empty for any
+    double least, most;           // of a number or count
+    const char* help;             // no full stop at its end
     bool isMoreEachTime = false;  // a flag that says more when it is given twice
 };
 
@@ -32,7 +32,7 @@ struct PlaceRow {
     Takes takes;
     const char* choices;  // as those of an option
     const char* help;
-    bool isMany = false;      // one or more
+    bool isMany = false;  // one or more
     bool isOptional = false;
 };
 

@@ -77,7 +77,8 @@ bool holds(const std::filesystem::path& path, const std::string& content) {
 Outcome checkForScene(const Arguments& arguments, const std::string& scene) {
     if (!isSceneFile(scene)) return {};
     for (const auto& [name, values] : arguments.given()) {
-        if (isModelOption(name)) return {WrongUsage, scene + ": " + name + " is for models; a scene file says all by itself"};
+        if (isModelOption(name))
+            return {WrongUsage, scene + ": " + name + " is for models; a scene file says all by itself"};
     }
     return {};
 }
@@ -87,7 +88,8 @@ Outcome checkForScene(const Arguments& arguments, const std::string& scene) {
 bool isSceneFile(std::string_view path) { return path.ends_with(".scene.json"); }
 
 Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, SceneOptions& options) {
-    static const std::map<std::string, double> kUnits = {{"", 0}, {"mm", 0.001}, {"cm", 0.01}, {"m", 1}, {"in", 0.0254}};
+    static const std::map<std::string, double> kUnits = {
+        {"", 0}, {"mm", 0.001}, {"cm", 0.01}, {"m", 1}, {"in", 0.0254}};
     static const std::map<std::string, std::optional<UpAxis>> kAxes = {
         {"", {}}, {"x", UpAxis::X}, {"y", UpAxis::Y}, {"z", UpAxis::Z}};
     if (const Outcome checked = checkForScene(arguments, scene); !checked.good()) return checked;
@@ -104,7 +106,8 @@ Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, S
     import.noTextures = arguments.has("--no-textures");
     options.forShape = arguments.text("--for");
     for (const std::string& text : arguments.all("--layer")) {
-        if (const std::string fault = addLayer(text, import.layers); !fault.empty()) return {WrongUsage, "--layer: " + fault};
+        if (const std::string fault = addLayer(text, import.layers); !fault.empty())
+            return {WrongUsage, "--layer: " + fault};
     }
     if (!arguments.has("--levels")) return {};
     const std::string fault = readLevels(arguments.text("--levels"), import.levels);
@@ -117,7 +120,8 @@ standin::ImportResult loadScene(const std::string& path, const SceneOptions& opt
     if (!options.forShape.empty()) {
         ShapeFile file;
         const std::string fault = loadShapeFile(options.forShape, file);
-        if (!fault.empty()) return {{{}, fault, {}}, {}, {}, {{options.forShape, exists(options.forShape)}, {path, exists(path)}}};
+        if (!fault.empty())
+            return {{{}, fault, {}}, {}, {}, {{options.forShape, exists(options.forShape)}, {path, exists(path)}}};
         for (const Shape::Node& node : file.shape.nodes) import.shapeNodes.push_back(at(file.shape.names, node.name));
     }
     standin::ImportResult result = standin::importModel(path, import);

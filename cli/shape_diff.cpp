@@ -29,20 +29,20 @@ struct Things {
     }
 };
 
-std::string number(float value) {
+std::string exact(float value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.7g", static_cast<double>(value));
     return text;
 }
 
-std::string tuple(std::initializer_list<float> values) {
+std::string exact(std::initializer_list<float> values) {
     std::string text;
-    for (const float value : values) text += (text.empty() ? "(" : ", ") + number(value);
+    for (const float value : values) text += (text.empty() ? "(" : ", ") + exact(value);
     return text + ")";
 }
 
-std::string tuple(const Point3& p) { return tuple({p.x, p.y, p.z}); }
-std::string tuple(const Quaternion& q) { return tuple({q.x, q.y, q.z, q.w}); }
+std::string exact(const Point3& p) { return exact({p.x, p.y, p.z}); }
+std::string exact(const Quaternion& q) { return exact({q.x, q.y, q.z, q.w}); }
 
 std::string words(const std::vector<std::string>& list) {
     std::string text;
@@ -77,8 +77,8 @@ Things nodesOf(const Shape& shape, ShapeFileKind kind) {
         Facts facts;
         if (kind == ShapeFileKind::Dts) {
             facts = {{"parent", hasIndex(shape.nodes, parent) ? nameAt(shape, at(shape.nodes, parent).name) : "none"},
-                     {"place", tuple(shape.nodeDefTranslations[i])},
-                     {"rotation", tuple(shape.nodeDefRotations[i])}};
+                     {"place", exact(shape.nodeDefTranslations[i])},
+                     {"rotation", exact(shape.nodeDefRotations[i])}};
         }
         things.add(nameAt(shape, shape.nodes[i].name), facts);
     }
@@ -130,7 +130,7 @@ Things levelsOf(const Shape& shape) {
         for (const uint32_t m : found.materials) {
             materials.push_back(m < shape.materials.size() ? shape.materials[m].name : "?");
         }
-        Facts facts = {{"size", number(level.size)},
+        Facts facts = {{"size", exact(level.size)},
                        {"triangles", std::to_string(found.triangles)},
                        {"strips", std::to_string(found.strips)},
                        {"vertices", std::to_string(found.vertices)},
@@ -145,8 +145,8 @@ Things materialsOf(const Shape& shape) {
     Things things;
     for (const Shape::Material& material : shape.materials) {
         things.add(material.name, {{"flags", words(allFlagWords(material.flags, kMaterialFlagWords))},
-                                   {"reflection", number(material.reflection)},
-                                   {"detail scale", number(material.detailScale)}});
+                                   {"reflection", exact(material.reflection)},
+                                   {"detail scale", exact(material.detailScale)}});
     }
     return things;
 }
@@ -164,7 +164,7 @@ Things sequencesOf(const Shape& shape) {
     for (const Shape::Sequence& s : shape.sequences) {
         things.add(nameAt(shape, s.nameIndex),
                    {{"frames", std::to_string(s.numKeyFrames)},
-                    {"seconds", number(s.duration)},
+                    {"seconds", exact(s.duration)},
                     {"priority", std::to_string(s.priority)},
                     {"flags", words(allFlagWords(s.flags, kSequenceFlagWords))},
                     {"nodes", std::to_string(animatedNodes(s))},
@@ -213,9 +213,9 @@ std::string dumpOf(const Shape& shape) {
 Things wholeOf(const ShapeFile& file) {
     Facts facts = {{"version", std::to_string(file.version.word)}};
     if (file.kind == ShapeFileKind::Dts) {
-        facts.insert(facts.end(), {{"bounds", tuple(file.shape.bounds.min) + " to " + tuple(file.shape.bounds.max)},
-                                   {"radius", number(file.shape.radius)},
-                                   {"smallest size", number(file.shape.smallestSize)}});
+        facts.insert(facts.end(), {{"bounds", exact(file.shape.bounds.min) + " to " + exact(file.shape.bounds.max)},
+                                   {"radius", exact(file.shape.radius)},
+                                   {"smallest size", exact(file.shape.smallestSize)}});
     }
     Things things;
     things.add("as a whole", std::move(facts));

@@ -63,8 +63,9 @@ std::string bashVerb(const VerbRow& verb) {
     std::string text = "        " + std::string(verb.name) + ")\n            case $last in\n";
     forEachOption(verb, [&](const OptionRow& row) {
         if (row.takes == Takes::Nothing) return;
-        text += "                " + std::string(row.name) + (row.letter != '\0' ? std::string("|-") + row.letter : "") +
-                ") " + bashCall(row.takes, row.choices) + "; return 0 ;;\n";
+        text += "                " + std::string(row.name) +
+                (row.letter != '\0' ? std::string("|-") + row.letter : "") + ") " + bashCall(row.takes, row.choices) +
+                "; return 0 ;;\n";
     });
     text += "            esac\n            if [[ $word == -* ]]; then _marrowfen_words '" + optionWords(verb) +
             "'; return 0; fi\n            case $place in\n";
@@ -134,8 +135,10 @@ std::string zshVerb(const VerbRow& verb) {
     forEachOption(verb, [&](const OptionRow& row) { text += zshOption(row); });
     for (const PlaceRow& row : verb.places) {
         text += "            " +
-                quoted((row.isMany ? "*:" : row.isOptional ? "::" : ":") + std::string(row.name) + ":" +
-                       zshAction(row.takes, row.choices)) +
+                quoted((row.isMany       ? "*:"
+                        : row.isOptional ? "::"
+                                         : ":") +
+                       std::string(row.name) + ":" + zshAction(row.takes, row.choices)) +
                 " \\\n";
     }
     return text + "            && return 0 ;;\n";
@@ -215,15 +218,17 @@ std::string zshCompletion() {
         "#compdef marrowfen\n# Completions of marrowfen for zsh, from marrowfen completion zsh.\n\n"
         "_marrowfen() {\n    local curcontext=$curcontext state line\n    _arguments -C -s \\\n";
     for (const OptionRow& row : globalOptions()) text += zshOption(row);
-    text += "            '1:command:->verb' '*::word:->words' && return 0\n    case $state in\n    verb)\n"
-            "        local -a verbs=(\n";
+    text +=
+        "            '1:command:->verb' '*::word:->words' && return 0\n    case $state in\n    verb)\n"
+        "        local -a verbs=(\n";
     for (const VerbRow& verb : verbTable()) {
         text += "            " + quoted(std::string(verb.name) + ":" + zshEscaped(verb.does)) + "\n";
     }
     text += "        )\n        _describe command verbs ;;\n    words)\n    case $line[1] in\n";
     for (const VerbRow& verb : verbTable()) text += zshVerb(verb);
-    return text + "    esac ;;\n    esac\n}\n\nif [[ $funcstack[1] == _marrowfen ]]; then _marrowfen \"$@\"; else compdef "
-                  "_marrowfen marrowfen; fi\n";
+    return text +
+           "    esac ;;\n    esac\n}\n\nif [[ $funcstack[1] == _marrowfen ]]; then _marrowfen \"$@\"; else compdef "
+           "_marrowfen marrowfen; fi\n";
 }
 
 std::string fishCompletion() {

@@ -15,10 +15,12 @@ TEST(CommandLine, FirstWrongWordIsNamed) {
     };
     for (const Case& c : std::vector<Case>{
              {{"exprot", "--nonsense"}, "there is no command \"exprot\"", "did you mean export?"},
-             {{"export", "--depfiel", "a.d", "--scale", "x"}, "export: there is no option --depfiel",
+             {{"export", "--depfiel", "a.d", "--scale", "x"},
+              "export: there is no option --depfiel",
               "did you mean --depfile?"},
              {{"export", "a.obj", "b.dts", "--scale", "-1"},
-              "export: --scale: \"-1\" isn't a number from 1e-06 to 1000000", ""},
+              "export: --scale: \"-1\" isn't a number from 1e-06 to 1000000",
+              ""},
              {{"export", "--fps=nan", "a"}, "export: --fps: \"nan\" isn't a number from 1 to 1000", ""},
              {{"export", "a", "--jobs", "1.5"}, "export: --jobs: \"1.5\" isn't a whole number from 1 to 1024", ""},
              {{"export", "a", "-j"}, "export: --jobs needs a value: N", ""},
