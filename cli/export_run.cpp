@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <commctrl.h>
-#include <chrono>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -237,8 +237,7 @@ Outcome finish(standin::ImportResult& loaded, OutputFolder& folder, const Export
 }  // namespace
 
 std::string outputNameFault(const std::string& path) {
-    const bool good =
-        path.size() > kEndingSize &&
+    const bool good = path.size() > kEndingSize &&
                       (isSequenceFile(path) || equalIgnoringCase(path.substr(path.size() - kEndingSize), ".dts"));
     return good ? "" : path + " ends neither in .dts nor in .dsq";
 }
