@@ -1,11 +1,9 @@
 // `marrowfen add-node`: the panel's node helper on a scene file.
 
-#include <CLI/CLI.hpp>
-#include <memory>
 #include <optional>
 #include <utility>
 
-#include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/output_folder.h"
 #include "cli/plugin_session.h"
 #include "plugin/resources/resource.h"
@@ -34,7 +32,7 @@ std::string checkNodeName(const std::string& name) {
            std::to_string(kLongestNodeName);
 }
 
-Outcome runAddNode(const AddNodeOptions& options, const Session& session) {
+Outcome addNode(const AddNodeOptions& options, const Session& session) {
     const std::string output = options.output.empty() ? options.scene : options.output;
     OutputFolder folder(output, {}, OutputFolder::Lock::Throughout);
     if (!folder.made().good()) return folder.made();
@@ -60,13 +58,12 @@ Outcome runAddNode(const AddNodeOptions& options, const Session& session) {
 
 }  // namespace
 
-void addAddNodeCommand(CLI::App& app, Session& session) {
-    auto options = std::make_shared<AddNodeOptions>();
-    CLI::App* command = app.add_subcommand("add-node", "add a named node to a scene file, as the panel does");
-    command->add_option("SCENE", options->scene, "a *.scene.json file")->required()->check(checkSceneName);
-    command->add_option("NAME", options->name, "the node's name, at most 63 bytes")->required()->check(checkNodeName);
-    command->add_option("-o,--output", options->output, "scene file to write; SCENE itself when left out");
-    onRun(*command, session, [options, &session] { return runAddNode(*options, session); });
+Outcome runAddNode(const Arguments& arguments, const Session& session) {
+    const AddNodeOptions options{arguments.place(0), arguments.place(1), arguments.text("--output")};
+    for (const std::string& fault : {checkSceneName(options.scene), checkNodeName(options.name)}) {
+        if (!fault.empty()) return {WrongUsage, fault};
+    }
+    return addNode(options, session);
 }
 
 }  // namespace marrowfen::cli

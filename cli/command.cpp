@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -14,31 +13,30 @@ namespace marrowfen::cli {
 
 namespace {
 
-void line(const char* color, const char* label, const std::string& text) {
-    const bool colored = isatty(STDERR_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+void line(bool colored, const char* color, const char* label, const std::string& text) {
     // Names of a scene may hold anything; what is said is one line.
-    std::fprintf(stderr, "%s%s%s%s\n", colored ? color : "", label, colored ? "\033[0m" : "",
+    std::fprintf(stderr, "%s%s%s%s\n", colored ? color : "", label, colored && *color != '\0' ? "\033[0m" : "",
                  forTerminal(text).c_str());
 }
 
 }  // namespace
 
-void Session::error(const std::string& text) const { line("\033[31m", "error: ", text); }
+void Session::error(const std::string& text) const { line(isColored, "\033[31m", "error: ", text); }
 
 void Session::hint(const std::string& text) const {
-    if (!quiet) line("\033[36m", "hint: ", text);
+    if (!quiet) line(isColored, "\033[36m", "hint: ", text);
 }
 
 void Session::warning(const std::string& text) const {
-    if (!quiet) line("\033[33m", "warning: ", text);
+    if (!quiet) line(isColored, "\033[33m", "warning: ", text);
 }
 
 void Session::note(const std::string& text) const {
-    if (!quiet) line("", "", text);
+    if (!quiet) line(false, "", "", text);
 }
 
 void Session::detail(const std::string& text) const {
-    if (verbose && !quiet) line("", "", text);
+    if (verbosity > 0 && !quiet) line(false, "", "", text);
 }
 
 Outcome printResult(const std::string& text) {
@@ -46,13 +44,10 @@ Outcome printResult(const std::string& text) {
     return {UnwritableOutput, std::string("standard output: ") + std::strerror(errno)};
 }
 
-void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& run) {
-    command.callback([run, &session] {
-        const Outcome outcome = run();
-        if (!outcome.error.empty()) session.error(outcome.error);
-        if (!outcome.hint.empty()) session.hint(outcome.hint);
-        session.exitCode = outcome.code;
-    });
+int Session::tell(const Outcome& outcome) const {
+    if (!outcome.error.empty()) error(outcome.error);
+    if (!outcome.hint.empty()) hint(outcome.hint);
+    return outcome.code;
 }
 
 }  // namespace marrowfen::cli

@@ -2,12 +2,7 @@
 
 // What the sub-commands of `marrowfen` share.
 
-#include <functional>
 #include <string>
-
-namespace CLI {
-class App;
-}
 
 namespace marrowfen::cli {
 
@@ -30,19 +25,21 @@ struct Outcome {
     bool good() const { return code == Done; }
 };
 
-// What is set before the sub-command's own options.
+// What the options of all commands set.
 struct Session {
     bool quiet = false;
-    bool verbose = false;
-    int exitCode = Done;  // of the sub-command that ran
+    int verbosity = 0;  // 1 with -v, 2 with -vv
+    bool isColored = false;
 
-    // One line on standard error each. Notes are left out under -q, details unless -v is given; colour only on a
-    // terminal without NO_COLOR.
+    // One line on standard error each. Notes are left out under -q, details unless -v is given.
     void error(const std::string& text) const;
     void hint(const std::string& text) const;
     void warning(const std::string& text) const;
     void note(const std::string& text) const;
     void detail(const std::string& text) const;
+
+    // Says what is wrong, and gives the exit code.
+    int tell(const Outcome& outcome) const;
 };
 
 // Writes a result to standard output.
@@ -50,17 +47,5 @@ Outcome printResult(const std::string& text);
 
 // Writes a whole file or none, as an OutputFolder does.
 Outcome writeWholeFile(const std::string& path, const std::string& content);
-
-// What the sub-command does when it is the one. Its outcome is told and becomes the exit code here, for all of them.
-void onRun(CLI::App& command, Session& session, const std::function<Outcome()>& run);
-
-void addExportCommand(CLI::App& app, Session& session);
-void addFormatsCommand(CLI::App& app, Session& session);
-void addImportCommand(CLI::App& app, Session& session);
-void addExplainCommand(CLI::App& app, Session& session);
-void addAddNodeCommand(CLI::App& app, Session& session);
-void addDumpCommand(CLI::App& app, Session& session);
-void addInspectCommand(CLI::App& app, Session& session);
-void addViewCommand(CLI::App& app, Session& session);
 
 }  // namespace marrowfen::cli

@@ -1,12 +1,10 @@
 // `marrowfen explain`: how the exporter reads the names of a scene. Nothing is made of it.
 
-#include <CLI/CLI.hpp>
-#include <memory>
 #include <set>
 
 #include "builder/scene_reading.h"
 #include "builder/tags.h"
-#include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/export_report.h"
 #include "cli/plugin_session.h"
 #include "cli/scene_options.h"
@@ -155,8 +153,12 @@ std::string explanation(const SceneReading& reading) {
            "\n";
 }
 
-Outcome explain(const std::string& path, const SceneOptions& loading, const Session& session) {
-    if (const Outcome checked = checkOptions(path, loading); !checked.good()) return checked;
+}  // namespace
+
+Outcome runExplain(const Arguments& arguments, const Session& session) {
+    const std::string& path = arguments.place(0);
+    SceneOptions loading;
+    if (const Outcome checked = readSceneOptions(arguments, path, loading); !checked.good()) return checked;
     standin::ImportResult loaded = loadScene(path, loading);
     if (!loaded.scene) return {UnreadableInput, loaded.error};
     for (const Message& warning : loaded.warnings) session.warning(warning.text);
@@ -164,18 +166,6 @@ Outcome explain(const std::string& path, const SceneOptions& loading, const Sess
     PluginSession plugin(std::move(*loaded.scene), user);
     if (!plugin.openPanel()) return {Refused, path + ": " + user.message()};
     return printResult(forTerminal(explanation(readScene()), true));
-}
-
-}  // namespace
-
-void addExplainCommand(CLI::App& app, Session& session) {
-    CLI::App* command =
-        app.add_subcommand("explain", "tell how each layer, node and clip of a scene is read; makes nothing of it");
-    const auto path = std::make_shared<std::string>();
-    const auto loading = std::make_shared<SceneOptions>();
-    command->add_option("SCENE", *path, "a *.scene.json file, or a model (glTF, FBX, OBJ, ...)")->required();
-    loading->addTo(*command);
-    onRun(*command, session, [path, loading, &session] { return explain(*path, *loading, session); });
 }
 
 }  // namespace marrowfen::cli

@@ -1,206 +1,216 @@
-// `marrowfen export`: loads the scene, and does with the plug-in's panel what an artist does.
+// `marrowfen export`: one scene or many, once or again and again, with what build systems want to know.
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <commctrl.h>
-#include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
-#include <memory>
+#include <map>
+#include <sstream>
+#include <thread>
 
-#include "cli/command.h"
-#include "cli/export_report.h"
-#include "cli/output_folder.h"
-#include "cli/plugin_session.h"
-#include "cli/scene_options.h"
-#include "ground/ascii.h"
-#include "ground/excerpt.h"
-#include "plugin/export_messages.h"
-#include "plugin/resources/resource.h"
+#include "cli/commands.h"
+#include "cli/export_batch.h"
+#include "cli/export_record.h"
+#include "cli/export_watch.h"
+#include "ground/at.h"
 
 namespace marrowfen::cli {
 
 namespace {
 
-constexpr size_t kMostErrorText = 1000;  // an error quotes names of whatever length
-constexpr size_t kEndingSize = 4;        // of ".dts" and ".dsq"
-constexpr size_t kOutput = 0, kLog = 1;  // of the run's OutputFolder
+namespace fs = std::filesystem;
 
-struct ExportOptions {
-    std::string scene;
-    std::string output;
-    bool withAnimation = false;
-    bool strict = false;
-    SceneOptions loading;
+// What the command line asks for.
+struct Request {
+    std::vector<ExportOptions> exports;
+    std::vector<std::string> words;  // that decide what is made
+    BatchOptions batch;
+    bool isMany = false;
+    bool onlyIfChanged = false;
+    std::string depfile;
+    std::string report;
 };
 
-bool isSequenceFile(const std::string& path) {
-    return equalIgnoringCase(path.substr(path.size() - kEndingSize), ".dsq");
+// "ship" of "models/ship.scene.json" and "models/ship.glb".
+std::string stemOf(const fs::path& scene) {
+    const std::string name = scene.filename().string();
+    constexpr std::string_view kSceneEnding = ".scene.json";
+    return name.ends_with(kSceneEnding) ? name.substr(0, name.size() - kSceneEnding.size()) : scene.stem().string();
 }
 
-std::string checkOutputName(const std::string& path) {
-    const bool good = path.size() > kEndingSize &&
-                      (isSequenceFile(path) || equalIgnoringCase(path.substr(path.size() - kEndingSize), ".dts"));
-    return good ? "" : path + " ends neither in .dts nor in .dsq";
-}
-
-// Answers the save dialog, notes the messages, and shows the progress: a bar on a terminal, lines under -v.
-class ExportUser : public headless::HeadlessUser {
-public:
-    ExportUser(const Session& session, std::string path)
-        : session_(session), path_(std::move(path)), hasBar_(isatty(STDERR_FILENO) != 0 && !session.quiet) {}
-
-    std::optional<std::string> savePath(const headless::SaveQuestion& question) override {
-        pathFits_ = path_.size() < static_cast<size_t>(question.bufferSize);
-        limit_ = question.bufferSize - 1;
-        return path_;
-    }
-
-    void readMessage(const headless::Message& message) override {
-        clearBar();
-        if ((message.style & MB_ICONERROR) != 0) error_ = message.text;
-        lastMessage_ = message.text;
-    }
-
-    void seeRepaint(HWND dialog) override {
-        constexpr int kBarWidth = 30;
-        char text[128];
-        if (GetDlgItemTextA(dialog, IDC_PROGRESS_TEXT, text, sizeof text) == 0) return;
-        const auto percent = static_cast<int>(SendDlgItemMessageA(dialog, IDC_PROGRESS_BAR, PBM_GETPOS, 0, 0));
-        if (hasBar_) {
-            const std::string done(static_cast<size_t>(percent * kBarWidth / 100), '#');
-            std::fprintf(stderr, "\r\033[K[%-*s] %3d%% %s", kBarWidth, done.c_str(), percent, text);
-            std::fflush(stderr);
-            isBarShown_ = true;
-        } else {
-            session_.detail(std::to_string(percent) + "% " + text);
+// The scenes themselves and those of @LIST, which has one a line.
+Outcome listScenes(const std::vector<std::string>& places, std::vector<std::string>& scenes) {
+    for (const std::string& place : places) {
+        if (!place.starts_with('@')) {
+            scenes.push_back(place);
+            continue;
         }
-    }
-
-    void clearBar() {
-        if (isBarShown_) std::fputs("\r\033[K", stderr);
-        isBarShown_ = false;
-    }
-
-    bool pathFits() const { return pathFits_; }
-    int pathLimit() const { return limit_; }
-    const std::string& error() const { return error_; }
-    const std::string& lastMessage() const { return lastMessage_; }
-
-private:
-    const Session& session_;
-    std::string path_;
-    bool hasBar_;
-    bool isBarShown_ = false;
-    bool pathFits_ = true;
-    int limit_ = 0;
-    std::string error_;        // text of an error message
-    std::string lastMessage_;  // of any kind
-};
-
-// Presses the button. messages: what the exporter told.
-Outcome pressExport(standin::Scene scene, const ExportOptions& options, ExportUser& user,
-                    std::vector<Message>& messages) {
-    PluginSession plugin(std::move(scene), user);
-    if (!plugin.openPanel()) return {Refused, options.scene + ": " + user.lastMessage()};
-    if (options.withAnimation) plugin.press(IDC_WITH_ANIMATION);
-    plugin.press(isSequenceFile(options.output) ? IDC_EXPORT_DSQ : IDC_EXPORT_DTS);
-    user.clearBar();
-    messages = plugin.messages();
-    if (user.pathFits()) return {};
-    return {UnwritableOutput, options.output + ": the path is longer than the " + std::to_string(user.pathLimit()) +
-                                  " characters of the save dialog"};
-}
-
-// Why a file came out incomplete, as the exporter met it.
-std::string writeFault(const std::vector<Message>& messages) {
-    for (const Message& message : messages) {
-        if (message.kind == &plugin::kWriteFailed) return message.text;
+        const std::string path = place.substr(1);
+        std::ifstream list(path);
+        if (!list || fs::is_directory(path)) return {UnreadableInput, path + ": the list of scenes can't be read"};
+        for (std::string line; std::getline(list, line);) {
+            if (line.ends_with('\r')) line.pop_back();
+            if (!line.empty()) scenes.push_back(line);
+        }
     }
     return {};
 }
 
-Outcome deliverRefusal(OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
-                       const std::vector<Message>& messages, const Session& session) {
-    if (const std::string fault = writeFault(messages); !fault.empty()) {
-        return {UnwritableOutput, options.output + ".log: " + fault};
+// Where in the output folder a scene goes: by its name alone, or keeping its folders below the root.
+Outcome placeBelow(const Arguments& arguments, const std::string& scene, fs::path& place) {
+    place = stemOf(scene) + "." + arguments.text("--format", "dts");
+    if (!arguments.has("--root")) return {};
+    const fs::path root = fs::absolute(arguments.text("--root")).lexically_normal() / "";
+    const fs::path folder = fs::absolute(scene).lexically_normal().parent_path().lexically_relative(root);
+    if (folder.empty() || *folder.begin() == "..") {
+        return {WrongUsage, scene + ": doesn't lie below " + arguments.text("--root") + " (--root)"};
     }
-    const Outcome delivered = folder.deliverOne(kLog);
-    if (!delivered.good()) session.warning(delivered.error);
-    return {Refused, options.scene + ": " + excerpt(user.error(), kMostErrorText), refusalHint(messages)};
+    place = (folder / place).lexically_normal();
+    return {};
 }
 
-// Puts both files into their places, and says what they are. The output is looked at as whoever loads it will.
-Outcome deliver(OutputFolder& folder, const ExportOptions& options, const std::vector<Message>& messages,
-                std::string& summary) {
-    if (const std::string fault = writeFault(messages); !fault.empty()) {
-        return {UnwritableOutput, options.output + ": " + fault};
+Outcome readMany(const Arguments& arguments, const ExportOptions& common, Request& request) {
+    std::vector<std::string> scenes;
+    if (const Outcome listed = listScenes(arguments.places(), scenes); !listed.good()) return listed;
+    std::map<fs::path, std::string> taken;
+    for (const std::string& scene : scenes) {
+        fs::path place;
+        if (const Outcome placed = placeBelow(arguments, scene, place); !placed.good()) return placed;
+        const auto [other, isNew] = taken.emplace(place, scene);
+        if (!isNew) {
+            return {WrongUsage, scene + " and " + other->second + " would both become " + place.string(),
+                    "--root DIR keeps the folders below DIR apart"};
+        }
+        ExportOptions options = common;
+        options.scene = scene;
+        options.output = (fs::path(arguments.text("--out-dir")) / place).string();
+        request.exports.push_back(std::move(options));
     }
-    const bool isSequences = isSequenceFile(options.output);
-    Shape shape;
-    std::string surplus;
-    std::ifstream file(folder.file(kOutput), std::ios::binary);
-    if (!file) return {UnwritableOutput, options.output + ": " + std::strerror(errno)};
-    isSequences ? shape.readDsq(file, &surplus) : shape.readDts(file, &surplus);
-    if (shape.hasError()) surplus = shape.error();
-    if (!surplus.empty()) return {UnwritableOutput, options.output + ": isn't what was written: " + surplus};
-    struct stat written;
-    const uintmax_t bytes =
-        stat(folder.file(kOutput).c_str(), &written) == 0 ? static_cast<uintmax_t>(written.st_size) : 0;
-    summary = exportSummary(options.output, shape, !isSequences, bytes);
-    return folder.deliverAll();
+    return {};
 }
 
-Outcome runExport(const ExportOptions& options, const Session& session) {
-    if (const Outcome checked = checkOptions(options.scene, options.loading); !checked.good()) return checked;
-    // With the output's ending, and a path as short as can be.
-    const std::string name = "shape" + options.output.substr(options.output.size() - kEndingSize);
-    OutputFolder folder({{options.output, name}, {options.output + ".log", name + ".log"}},
-                        {options.scene, options.loading.forShape});
-    if (!folder.made().good()) return folder.made();
-    standin::ImportResult loaded = loadScene(options.scene, options.loading);
-    if (!loaded.scene) return {UnreadableInput, loaded.error};
-
-    ExportUser user(session, folder.file(kOutput));
-    std::vector<Message> messages;
-    const Outcome pressed = pressExport(std::move(*loaded.scene), options, user, messages);
-    if (!pressed.good()) return pressed;
-    if (!user.error().empty()) {
-        for (const Message& warning : loaded.warnings) session.warning(warning.text);
-        return deliverRefusal(folder, options, user, messages, session);
+Outcome readOne(const Arguments& arguments, const ExportOptions& common, Request& request) {
+    for (const char* option : {"--jobs", "--root", "--format"}) {
+        if (arguments.has(option)) return {WrongUsage, std::string("export: ") + option + " goes with --out-dir"};
     }
-    std::string summary;
-    const Outcome delivered = deliver(folder, options, messages, summary);
-    if (!delivered.good()) return delivered;
+    const std::vector<std::string>& places = arguments.places();
+    if (places.size() < 2) return {WrongUsage, "export: OUTPUT is missing", "marrowfen export --help has examples"};
+    if (places.size() > 2) {
+        return {WrongUsage, "export: \"" + places[2] + "\" is one word too many",
+                "for many scenes, give --out-dir DIR"};
+    }
+    if (const std::string fault = outputNameFault(places[1]); !fault.empty()) return {WrongUsage, fault};
+    ExportOptions options = common;
+    options.scene = places[0];
+    options.output = places[1];
+    request.exports.push_back(std::move(options));
+    return {};
+}
 
-    if (const Outcome written = writeTextures(loaded, options.output, session); !written.good()) return written;
-    for (const std::string& text : loaded.details) session.detail(text);
-    std::vector<std::string> warnings;
-    for (const Message& warning : loaded.warnings) warnings.push_back(warning.text);
-    for (auto& warning : groupedWarnings(messages)) warnings.push_back(std::move(warning));
-    for (const std::string& warning : warnings) session.warning(warning);
-    session.note(summary);
-    return {options.strict && !warnings.empty() ? StrictWarnings : Done, {}};
+Outcome readRequest(const Arguments& arguments, Request& request) {
+    ExportOptions common;
+    common.withAnimation = arguments.has("--with-animation");
+    common.strict = arguments.has("--strict");
+    common.dryRun = arguments.has("--dry-run");
+    request.isMany = arguments.has("--out-dir");
+    Outcome read = request.isMany ? readMany(arguments, common, request) : readOne(arguments, common, request);
+    for (ExportOptions& options : request.exports) {
+        if (read.good()) read = readSceneOptions(arguments, options.scene, options.loading);
+    }
+    request.words = decidingWords(arguments);
+    request.batch.jobs =
+        static_cast<size_t>(arguments.number("--jobs", std::max(1U, std::thread::hardware_concurrency())));
+    request.batch.seconds = arguments.number("--timeout", request.batch.seconds);
+    request.batch.namesRows = request.isMany;
+    request.onlyIfChanged = arguments.has("--if-changed");
+    request.depfile = arguments.text("--depfile");
+    request.report = arguments.text("--report");
+    return read;
+}
+
+// What tells of all exports; the first fault counts.
+Outcome writeRecords(const Request& request, const std::vector<BatchRow>& rows) {
+    ExitCode worst = Done;
+    for (const BatchRow& row : rows) worst = worse(worst, row.result.outcome.code);
+    if (request.depfile.empty() && request.report.empty()) return {worst, {}};
+    std::vector<ExportResult> results;
+    for (const BatchRow& row : rows) results.push_back(row.result);
+    if (!request.depfile.empty() && !request.exports.front().dryRun) {
+        const std::string text = depfileText(request.exports, results);
+        const Outcome written = text.empty() ? Outcome() : writeWholeFile(request.depfile, text);
+        if (!written.good()) return written;
+    }
+    if (request.report.empty()) return {worst, {}};
+    const std::string report = reportText(request.exports, results);
+    const Outcome written = request.report == "-" ? printResult(report) : writeWholeFile(request.report, report);
+    return written.good() ? Outcome{worst, {}} : written;
+}
+
+// The exports that have something to do; the rows of the others say that they are unchanged.
+std::vector<size_t> findChanged(const Request& request, const Session& session, std::vector<BatchRow>& rows) {
+    std::vector<size_t> changed;
+    for (size_t i = 0; i < request.exports.size(); ++i) {
+        const ExportOptions& options = request.exports[i];
+        std::optional<ExportResult> known;
+        if (request.onlyIfChanged) known = recallUnchanged(options, request.words, request.depfile);
+        if (known) {
+            rows[i].result = std::move(*known);
+            if (!request.isMany) session.note(options.output + ": unchanged");
+        } else {
+            changed.push_back(i);
+        }
+    }
+    return changed;
+}
+
+// Runs the exports of these numbers. What doesn't say anything of its own when it ends is told here.
+Outcome runThese(const Request& request, const std::vector<size_t>& numbers, bool inProcesses, const Session& session,
+                 std::vector<BatchRow>& rows) {
+    const int64_t began = fileClockNow();
+    if (inProcesses) {
+        exportBatch(request.exports, numbers, request.batch, session, rows);
+    } else {
+        for (const size_t i : numbers) {
+            rows[i].result = exportScene(request.exports[i], session);
+            session.tell(rows[i].result.outcome);
+        }
+    }
+    for (const size_t i : numbers) {
+        const bool isKept = request.onlyIfChanged && rows[i].result.outcome.good() && !request.exports[i].dryRun;
+        if (!isKept) continue;
+        const Outcome kept = remember(request.exports[i], request.words, began, rows[i].result);
+        if (!kept.good()) return kept;
+    }
+    return {};
+}
+
+void tellTable(const std::string& table, const Session& session) {
+    std::istringstream lines(table);
+    for (std::string line; std::getline(lines, line);) session.note(line);
 }
 
 }  // namespace
 
-void addExportCommand(CLI::App& app, Session& session) {
-    auto options = std::make_shared<ExportOptions>();
-    CLI::App* command = app.add_subcommand("export", "make a DTS or DSQ file of a scene");
-    command->add_option("SCENE", options->scene, "a *.scene.json file, or a model (glTF, FBX, OBJ, ...)")->required();
-    command
-        ->add_option("OUTPUT", options->output, "ends in .dts (shape) or .dsq (sequences only); its log is OUTPUT.log")
-        ->required()
-        ->check(checkOutputName);
-    command->add_flag("--with-animation", options->withAnimation, "put the animations into the .dts file");
-    command->add_flag("--strict", options->strict,
-                      "exit with 5 when there were warnings; the files are written all the same");
-    options->loading.addTo(*command);
-    onRun(*command, session, [options, &session] { return runExport(*options, session); });
+Outcome runExport(const Arguments& arguments, const Session& session) {
+    Request request;
+    if (const Outcome read = readRequest(arguments, request); !read.good()) return read;
+    if (request.exports.empty()) return {};
+    const bool watches = arguments.has("--watch");
+    std::vector<BatchRow> rows(request.exports.size());
+
+    std::vector<size_t> numbers = findChanged(request, session, rows);
+    ChangeWatch watch;
+    for (size_t i = 0; watches && i < rows.size(); ++i) watch.follow(i, {{request.exports[i].scene, true}});
+    while (true) {
+        const Outcome run = runThese(request, numbers, request.isMany || watches, session, rows);
+        if (!run.good()) return run;
+        const Outcome recorded = writeRecords(request, rows);
+        if (request.isMany) tellTable(batchTable(request.exports, rows), session);
+        if (!watches) return recorded;
+        if (!recorded.error.empty()) session.tell(recorded);
+        for (size_t i = 0; i < rows.size(); ++i) watch.follow(i, rows[i].result.files);
+        session.note("watching " + std::to_string(watch.size()) + " files; Ctrl-C ends");
+        numbers = watch.waitForChange();
+    }
 }
 
 }  // namespace marrowfen::cli

@@ -1,11 +1,10 @@
 // `marrowfen formats`: what can be read, and how well it is tried.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iomanip>
 #include <sstream>
 
-#include "cli/command.h"
+#include "cli/commands.h"
 #include "standin/import/model_import.h"
 
 namespace marrowfen::cli {
@@ -57,9 +56,6 @@ std::string formatsText() {
 
 }  // namespace
 
-void addFormatsCommand(CLI::App& app, Session& session) {
-    CLI::App* command = app.add_subcommand("formats", "what can be read, and how well it is tried");
-    onRun(*command, session, [] { return printResult(formatsText()); });
-}
+Outcome runFormats(const Arguments&, const Session&) { return printResult(formatsText()); }
 
 }  // namespace marrowfen::cli

@@ -1,7 +1,5 @@
-#include <CLI/CLI.hpp>
-#include <memory>
 
-#include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/inspect_report.h"
 
 namespace marrowfen::cli {
@@ -25,13 +23,8 @@ Outcome inspect(const InspectOptions& options) {
 
 }  // namespace
 
-void addInspectCommand(CLI::App& app, Session& session) {
-    CLI::App* command = app.add_subcommand("inspect", "tell what is in a DTS or DSQ file, and what is wrong with it");
-    const auto options = std::make_shared<InspectOptions>();
-    command->add_option("FILE", options->path, "DTS file of version 19 to 24, or DSQ file of version 24")->required();
-    command->add_flag("--json", options->json, "print one JSON object");
-    command->add_flag("--strict", options->strict, "exit with 5 when something is wrong with it");
-    onRun(*command, session, [options] { return inspect(*options); });
+Outcome runInspect(const Arguments& arguments, const Session&) {
+    return inspect({arguments.place(0), arguments.has("--json"), arguments.has("--strict")});
 }
 
 }  // namespace marrowfen::cli

@@ -1,15 +1,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <new>
 #include <string>
 
-#include "cli/command.h"
+#include "cli/commands.h"
+#include "cli/help.h"
 #include "cli/staging_folder.h"
 #include "ground/version.h"
 
@@ -39,29 +38,25 @@ void openStandardStreams() {
     std::abort();
 }
 
-int run(int argc, char** argv) {
+Session sessionOf(const Arguments& arguments) {
     Session session;
-    CLI::App app{"Marrowfen turns a 3D scene into the DTS and DSQ files that a game engine loads.", "marrowfen"};
-    app.set_version_flag("--version", std::string("marrowfen ") + marrowfen::kVersion);
-    app.add_flag("-q,--quiet", session.quiet, "only errors on standard error");
-    app.add_flag("-v,--verbose", session.verbose, "details on standard error");
-    app.require_subcommand(1);
-    app.fallthrough();
-    for (const auto add : {addExportCommand, addExplainCommand, addImportCommand, addFormatsCommand, addAddNodeCommand,
-                           addDumpCommand, addInspectCommand, addViewCommand}) {
-        add(app, session);
-    }
+    session.quiet = arguments.has("--quiet");
+    session.verbosity = static_cast<int>(arguments.count("--verbose"));
+    const std::string color = arguments.text("--color", "auto");
+    const bool isWanted = isatty(STDERR_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+    session.isColored = color == "always" || (color == "auto" && isWanted);
+    return session;
+}
 
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& e) {
-        // CLI11 numbers its errors; all of them are wrong usage here.
-        if (app.exit(e) != 0) return WrongUsage;
-        if (std::cout.flush()) return Done;
-        session.error("standard output can't be written");
-        return UnwritableOutput;
+Outcome run(const CommandLine& line, const Session& session) {
+    if (!line.fault.good()) return line.fault;
+    if (line.arguments.has("--version")) return printResult(std::string("marrowfen ") + marrowfen::kVersion + "\n");
+    if (line.arguments.has("--help")) return printResult(line.verb == nullptr ? commandHelp() : verbHelp(*line.verb));
+    if (line.verb == nullptr) {
+        for (const std::string& text : firstLines()) session.note(text);
+        return {WrongUsage, {}};
     }
-    return session.exitCode;
+    return line.verb->run(line.arguments, session);
 }
 
 }  // namespace
@@ -71,10 +66,13 @@ int main(int argc, char** argv) {
     std::set_terminate(endForWantOfMemory);
     // Past a limit of the file size, writes shall fail like on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
+    Session session;
     try {
-        return run(argc, argv);
+        const CommandLine line = readCommandLine({argv + 1, argv + argc});
+        session = sessionOf(line.arguments);
+        return session.tell(run(line, session));
     } catch (const std::bad_alloc&) {
-        Session().error("out of memory");
+        session.error("out of memory");
         return OurFault;
     }
 }

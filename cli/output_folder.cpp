@@ -61,8 +61,6 @@ std::string folderOf(const std::string& path) {
     return folder.empty() ? "." : folder.string();
 }
 
-std::string oldFile(const StagingFolder& folder, const std::string& name) { return folder.path() + "/old-" + name; }
-
 // Keeps an old file for the way back. 0 or an errno; ENOENT when there is none.
 int keepOld(const std::string& file, const std::string& kept) {
     if (link(file.c_str(), kept.c_str()) == 0) return 0;
@@ -113,6 +111,8 @@ Outcome OutputFolder::addFolderOf(Place& place) {
         if (folder.parent() == parent) place.folder = &folder;
     }
     if (place.folder == nullptr) place.folder = &folders_.emplace_back(parent);
+    place.ripe = place.folder->path() + "/" + place.output.name;
+    place.kept = place.folder->path() + "/old-" + place.output.name;
     return faultIf(place.output.path, place.folder->fault());
 }
 
@@ -140,12 +140,11 @@ Outcome OutputFolder::deliverText(const std::string& content) {
 // Gets a file ready to be moved: in its target's folder, with the rights of the old one, and on the disk.
 Outcome OutputFolder::ripen(const Place& place) const {
     const std::string made = folders_.front().path() + "/" + place.output.name;
-    const std::string ripe = place.folder->path() + "/" + place.output.name;
     std::error_code failure;
-    if (ripe != made) fs::copy_file(made, ripe, failure);
+    if (place.ripe != made) fs::copy_file(made, place.ripe, failure);
     int why = failure.value();
-    if (why == 0 && place.mode >= 0 && chmod(ripe.c_str(), static_cast<mode_t>(place.mode)) != 0) why = errno;
-    if (why == 0) why = syncFile(ripe);
+    if (why == 0 && place.mode >= 0 && chmod(place.ripe.c_str(), static_cast<mode_t>(place.mode)) != 0) why = errno;
+    if (why == 0) why = syncFile(place.ripe);
     return faultIf(place.output.path, why);
 }
 
@@ -162,7 +161,8 @@ Outcome OutputFolder::deliver(std::vector<Place> places) {
     return moved;
 }
 
-// The last one first: a log may be without its output, not an output without its log.
+// The last one first: a log may be without its output, not an output without its log. Nothing of it needs memory once a
+// file has been moved.
 Outcome OutputFolder::moveTogether(std::vector<Place>& places) {
     const SignalsWait wait;
     std::vector<std::pair<std::string, std::string>> plan;
@@ -176,19 +176,17 @@ Outcome OutputFolder::moveTogether(std::vector<Place>& places) {
     size_t next = places.size();
     while (why == 0 && next > 0) {
         Place& place = places[--next];
-        const std::string kept = oldFile(*place.folder, place.output.name);
-        const int noOld = places.size() > 1 ? keepOld(place.target, kept) : ENOENT;
+        const int noOld = places.size() > 1 ? keepOld(place.target, place.kept) : ENOENT;
         place.hasOld = noOld == 0;
         if (noOld != 0 && noOld != ENOENT) why = noOld;
-        const std::string ripe = place.folder->path() + "/" + place.output.name;
-        if (why == 0 && std::rename(ripe.c_str(), place.target.c_str()) != 0) why = errno;
+        if (why == 0 && std::rename(place.ripe.c_str(), place.target.c_str()) != 0) why = errno;
     }
     if (why == 0) return {};
     // The way back. What failed itself is still the old one, unless that had to be moved to be kept.
     const std::string& failed = places[next].output.path;
     for (size_t i = next; i < places.size(); ++i) {
         if (places[i].hasOld) {
-            bringBack(oldFile(*places[i].folder, places[i].output.name), places[i].target);
+            bringBack(places[i].kept, places[i].target);
         } else if (i > next) {
             unlink(places[i].target.c_str());
         }

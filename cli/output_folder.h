@@ -49,6 +49,7 @@ private:
         std::string target;                     // the output, or where it points when it is a link
         const StagingFolder* folder = nullptr;  // in the same folder as the target
         int mode = -1;                          // of an old file
+        std::string ripe{}, kept{};             // in that folder: the file to be moved, and the old one meanwhile
         bool hasOld = false;                    // while delivering: the old file is kept in the folder
     };
     std::vector<Place> places_;

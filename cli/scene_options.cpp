@@ -1,7 +1,7 @@
 #include "cli/scene_options.h"
 
-#include <CLI/CLI.hpp>
-#include <cmath>
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -20,20 +20,15 @@ namespace {
 
 using standin::UpAxis;
 
-bool isSceneFile(std::string_view path) { return path.ends_with(".scene.json"); }
-
-// A number in a range that ends where nobody means it.
-CLI::Validator numberWithin(double least, double most) {
-    return CLI::Validator(
-        [least, most](const std::string& text) {
-            double value = 0;
-            const bool good =
-                CLI::detail::lexical_cast(text, value) && std::isfinite(value) && value >= least && value <= most;
-            return good ? std::string()
-                        : text + " isn't a number from " + CLI::detail::to_string(least) + " to " +
-                              CLI::detail::to_string(most);
-        },
-        "NUMBER");
+bool isModelOption(const std::string& name) {
+    for (const VerbRow& verb : verbTable()) {
+        for (const OptionGroup& group : verb.groups) {
+            if (group.title != kModelGroup) continue;
+            return std::any_of(group.rows.begin(), group.rows.end(),
+                               [&](const OptionRow& row) { return name == row.name; });
+        }
+    }
+    return false;
 }
 
 // What stands at both ends of the last '='.
@@ -68,101 +63,96 @@ std::string readLevels(const std::string& text, std::vector<standin::LevelOption
     return levels.empty() ? fault : std::string();
 }
 
+bool exists(const std::string& path) {
+    std::error_code fault;
+    return std::filesystem::exists(path, fault);
+}
+
 bool holds(const std::filesystem::path& path, const std::string& content) {
     std::ifstream file(path, std::ios::binary);
     if (!file) return false;
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()) == content;
 }
 
-}  // namespace
-
-void SceneOptions::addTo(CLI::App& command) {
-    const std::map<std::string, double> kUnits = {{"mm", 0.001}, {"cm", 0.01}, {"m", 1}, {"in", 0.0254}};
-    const std::map<std::string, UpAxis> kAxes = {{"x", UpAxis::X}, {"y", UpAxis::Y}, {"z", UpAxis::Z}};
-    const auto add = [&](CLI::Option* option) { given.push_back(option->group("Models")); };
-    add(command
-            .add_option("--fps", import.frameRate, "frames a second to sample animations at (the file's own, or 30)")
-            ->check(numberWithin(1, 1000)));
-    add(command.add_option("--scale", import.scale, "factor on a model's size")->check(numberWithin(1e-6, 1e6)));
-    add(command
-            .add_option_function<std::string>(
-                "--unit", [this, kUnits](const std::string& unit) { import.unit = kUnits.at(unit); },
-                "what the model counts in, whatever its file says")
-            ->check(CLI::IsMember(kUnits)));
-    add(command
-            .add_option_function<std::string>(
-                "--up", [this, kAxes](const std::string& axis) { import.up = kAxes.at(axis); },
-                "the model's upright axis, whatever its format says")
-            ->check(CLI::IsMember(kAxes)));
-    add(command.add_option("--turn", import.turnDegrees, "degrees to turn the model to the left")
-            ->check(numberWithin(-360, 360)));
-    const auto addList = [&](const char* name, CLI::callback_t take, const char* help) {
-        add(command.add_option(name, std::move(take), help)->type_size(1)->expected(1)->take_all());
-    };
-    addList(
-        "--layer",
-        [this](const std::vector<std::string>& texts) {
-            for (const std::string& text : texts) {
-                const std::string fault = addLayer(text, import.layers);
-                if (!fault.empty()) throw CLI::ValidationError("--layer", fault);
-            }
-            return true;
-        },
-        "'LAYER=PATTERN': nodes called like the pattern become that layer; the first match counts");
-    addList(
-        "--loop",
-        [this](const std::vector<std::string>& texts) {
-            import.loops = texts;
-            return true;
-        },
-        "a pattern for the names of animations that loop");
-    add(command.add_option_function<std::string>(
-        "--levels",
-        [this](const std::string& text) {
-            const std::string fault = readLevels(text, import.levels);
-            if (!fault.empty()) throw CLI::ValidationError("--levels", fault);
-        },
-        "levels of detail, such as 64,32:50%,16:25%: sizes in pixels and parts of the triangles"));
-    add(command.add_option("--max-triangles", import.mostTriangles, "of each level of detail")
-            ->check(CLI::Range(size_t{4}, size_t{100000000})));
-    add(command.add_option("--for", forShape, "the shape that the animations are for: its nodes' names are taken"));
-    add(command.add_flag("--single-sided", import.singleSided, "leave out the backs of double-sided faces"));
-    add(command.add_flag("--textures", import.plainTextures,
-                         "write a plain texture for materials that have a colour only"));
-    add(command.add_flag("--no-textures", import.noTextures, "write no textures beside the output"));
-}
-
-Outcome checkOptions(const std::string& path, const SceneOptions& options) {
-    if (!isSceneFile(path)) return {};
-    for (const CLI::Option* option : options.given) {
-        if (option->count() == 0) continue;
-        return {WrongUsage, path + ": " + option->get_name() + " is for models; a scene file says all by itself"};
+// A scene file says all by itself.
+Outcome checkForScene(const Arguments& arguments, const std::string& scene) {
+    if (!isSceneFile(scene)) return {};
+    for (const auto& [name, values] : arguments.given()) {
+        if (isModelOption(name))
+            return {WrongUsage, scene + ": " + name + " is for models; a scene file says all by itself"};
     }
     return {};
 }
 
+}  // namespace
+
+bool isSceneFile(const std::string& path) {
+    if (path.ends_with(".json")) return true;
+    // Written under another name; only the beginning of a file is looked at, and nothing that might never end.
+    constexpr std::streamsize kBeginning = 256;
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) return false;
+    std::string begin(kBeginning, '\0');
+    std::ifstream(path, std::ios::binary).read(begin.data(), kBeginning);
+    return begin.find("\"marrowfen-scene\"") != std::string::npos;
+}
+
+Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, SceneOptions& options) {
+    static const std::map<std::string, double> kUnits = {
+        {"", 0}, {"mm", 0.001}, {"cm", 0.01}, {"m", 1}, {"in", 0.0254}};
+    static const std::map<std::string, std::optional<UpAxis>> kAxes = {
+        {"", {}}, {"x", UpAxis::X}, {"y", UpAxis::Y}, {"z", UpAxis::Z}};
+    if (const Outcome checked = checkForScene(arguments, scene); !checked.good()) return checked;
+    standin::ImportOptions& import = options.import;
+    import.frameRate = static_cast<float>(arguments.number("--fps", 0));
+    import.scale = static_cast<float>(arguments.number("--scale", 1));
+    import.unit = kUnits.at(arguments.text("--unit"));
+    import.up = kAxes.at(arguments.text("--up"));
+    import.turnDegrees = static_cast<float>(arguments.number("--turn", 0));
+    import.loops = arguments.all("--loop");
+    import.mostTriangles = static_cast<size_t>(arguments.number("--max-triangles", 0));
+    import.singleSided = arguments.has("--single-sided");
+    import.plainTextures = arguments.has("--textures");
+    import.noTextures = arguments.has("--no-textures");
+    options.forShape = arguments.text("--for");
+    for (const std::string& text : arguments.all("--layer")) {
+        if (const std::string fault = addLayer(text, import.layers); !fault.empty())
+            return {WrongUsage, "--layer: " + fault};
+    }
+    if (!arguments.has("--levels")) return {};
+    const std::string fault = readLevels(arguments.text("--levels"), import.levels);
+    return fault.empty() ? Outcome() : Outcome{WrongUsage, "--levels: " + fault};
+}
+
 standin::ImportResult loadScene(const std::string& path, const SceneOptions& options) {
-    if (isSceneFile(path)) return {standin::readSceneFile(path), {}, {}};
+    if (isSceneFile(path)) return {standin::readSceneFile(path), {}, {}, {{path, exists(path)}}};
     standin::ImportOptions import = options.import;
     if (!options.forShape.empty()) {
         ShapeFile file;
         const std::string fault = loadShapeFile(options.forShape, file);
-        if (!fault.empty()) return {{{}, fault, {}}, {}, {}};
+        if (!fault.empty())
+            return {{{}, fault, {}}, {}, {}, {{options.forShape, exists(options.forShape)}, {path, exists(path)}}};
         std::set<int32_t> names;
         for (const Shape::Node& node : file.shape.nodes) {
             if (names.insert(node.name).second) import.shapeNodes.push_back(at(file.shape.names, node.name));
         }
     }
-    return standin::importModel(path, import);
+    standin::ImportResult result = standin::importModel(path, import);
+    // What ended the child process before it could tell has the model itself at least.
+    if (result.files.empty()) result.files.push_back({path, exists(path)});
+    if (!options.forShape.empty()) result.files.push_back({options.forShape, true});
+    return result;
 }
 
-Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session) {
+Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session,
+                      std::vector<std::string>& written) {
     const std::filesystem::path folder = std::filesystem::path(output).parent_path();
     for (const auto& [name, content] : loaded.textures) {
         const std::filesystem::path path = folder / name;
+        written.push_back(path.string());
         if (holds(path, content)) continue;
-        const Outcome written = writeWholeFile(path.string(), content);
-        if (!written.good()) return written;
+        const Outcome done = writeWholeFile(path.string(), content);
+        if (!done.good()) return done;
         session.detail("texture " + path.string() + " is written");
     }
     return {};

@@ -1,8 +1,6 @@
-#include <CLI/CLI.hpp>
 #include <filesystem>
-#include <memory>
 
-#include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/output_folder.h"
 #include "cli/shape_file.h"
 #include "ground/ascii.h"
@@ -82,14 +80,8 @@ Outcome view(const Session& session, const ViewOptions& options) {
 
 }  // namespace
 
-void addViewCommand(CLI::App& app, Session& session) {
-    auto options = std::make_shared<ViewOptions>();
-    CLI::App* command = app.add_subcommand("view", "Turn a DTS file into something to look at");
-    command->add_option("FILE", options->input, "a .dts file")->required();
-    command->add_option("OUT", options->output, "a .glb model, or an .html page that shows it")->required();
-    command->add_option("--sequences", options->sequences,
-                        "play these .dsq files on the shape's nodes of the same names");
-    onRun(*command, session, [&session, options] { return view(session, *options); });
+Outcome runView(const Arguments& arguments, const Session& session) {
+    return view(session, {arguments.place(0), arguments.place(1), arguments.all("--sequences")});
 }
 
 }  // namespace marrowfen::cli

@@ -69,7 +69,9 @@ HostFace::Corner HostFace::corner(int16_t number) const {
     return {readAt<int32_t>(record, TsxCornerVertex), readAt<int32_t>(record, TsxCornerUv)};
 }
 
-int16_t HostFace::material() const { return record_ == nullptr ? int16_t{0} : readAt<int16_t>(record_, TsxFaceMaterial); }
+int16_t HostFace::material() const {
+    return record_ == nullptr ? int16_t{0} : readAt<int16_t>(record_, TsxFaceMaterial);
+}
 
 std::vector<HostFace> facesOf(const SceneNode& polyhedron) {
     const int count = tsxPolyhGetNbrFaces(polyhedron.handle());

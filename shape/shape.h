@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -240,8 +241,8 @@ public:
     // names and nothing else; a sequence's index sets have a member for each. (shape/dsq_file.cpp)
     void readDsq(std::istream& stream, std::string* surplus = nullptr);
 
-    // Writes every table as indented text. (shape/text_dump.cpp)
-    void dumpText(std::ostream& stream) const;
+    // Writes every table as indented text, or the one that is called so in it. (shape/text_dump.cpp)
+    void dumpText(std::ostream& stream, std::string_view only = {}) const;
 
 private:
     std::string error_;

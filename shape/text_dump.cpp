@@ -197,8 +197,8 @@ void dumpBounds(ShapeDumper& out, const Shape& shape) {
 }
 
 template <class Entry>
-void dumpSection(ShapeDumper& out, const char* header, const std::vector<Entry>& entries) {
-    out << header;
+void dumpSection(ShapeDumper& out, const char* name, const std::vector<Entry>& entries) {
+    out << "\n\t" << name << "\n\t{\n";
     for (const Entry& entry : entries) {
         out << "\t\t";
         dumpEntry(out, entry);
@@ -209,36 +209,40 @@ void dumpSection(ShapeDumper& out, const char* header, const std::vector<Entry>&
 
 }  // namespace
 
-void Shape::dumpText(std::ostream& stream) const {
+void Shape::dumpText(std::ostream& stream, std::string_view only) const {
     ShapeDumper out(stream);
+    const auto isWanted = [&](const char* name) { return only.empty() || only == name; };
+    const auto section = [&](const char* name, const auto& entries) {
+        if (isWanted(name)) dumpSection(out, name, entries);
+    };
     out << "shape\n{\n";
     out.indent();
-    dumpCounts(out, *this);
+    if (isWanted("counts")) dumpCounts(out, *this);
     out.indent();
-    dumpBounds(out, *this);
-    dumpSection(out, "\n\tnodes\n\t{\n", nodes);
-    dumpSection(out, "\n\tobjects\n\t{\n", objects);
-    dumpSection(out, "\n\tdecals\n\t{\n", decals);
-    dumpSection(out, "\n\tIFLmaterials\n\t{\n", IFLmaterials);
-    dumpSection(out, "\n\tsubshapes\n\t{\n", subshapes);
-    dumpSection(out, "\n\tnodeDefRotations\n\t{\n", nodeDefRotations);
-    dumpSection(out, "\n\tnodeDefTranslations\n\t{\n", nodeDefTranslations);
-    dumpSection(out, "\n\tnodeTranslations\n\t{\n", nodeTranslations);
-    dumpSection(out, "\n\tnodeRotations\n\t{\n", nodeRotations);
-    dumpSection(out, "\n\tnodeScalesUniform\n\t{\n", nodeScalesUniform);
-    dumpSection(out, "\n\tnodeScalesAligned\n\t{\n", nodeScalesAligned);
-    dumpSection(out, "\n\tnodeScalesArbitrarys\n\t{\n", nodeScalesArbitrary);
-    dumpSection(out, "\n\tnodeScaleRotsArbitrary\n\t{\n", nodeScaleRotsArbitrary);
-    dumpSection(out, "\n\tgroundTranslations\n\t{\n", groundTranslations);
-    dumpSection(out, "\n\tgroundRotations\n\t{\n", groundRotations);
-    dumpSection(out, "\n\tobjectStates\n\t{\n", objectStates);
-    dumpSection(out, "\n\tdecalStates\n\t{\n", decalStates);
-    dumpSection(out, "\n\ttriggers\n\t{\n", triggers);
-    dumpSection(out, "\n\tdetailLevels\n\t{\n", detailLevels);
-    dumpSection(out, "\n\tmeshes\n\t{\n", meshes);
-    dumpSection(out, "\n\tnames\n\t{\n", names);
-    dumpSection(out, "\n\tsequences\n\t{\n", sequences);
-    dumpSection(out, "\n\tmaterials\n\t{\n", materials);
+    if (isWanted("bounds")) dumpBounds(out, *this);
+    section("nodes", nodes);
+    section("objects", objects);
+    section("decals", decals);
+    section("IFLmaterials", IFLmaterials);
+    section("subshapes", subshapes);
+    section("nodeDefRotations", nodeDefRotations);
+    section("nodeDefTranslations", nodeDefTranslations);
+    section("nodeTranslations", nodeTranslations);
+    section("nodeRotations", nodeRotations);
+    section("nodeScalesUniform", nodeScalesUniform);
+    section("nodeScalesAligned", nodeScalesAligned);
+    section("nodeScalesArbitrarys", nodeScalesArbitrary);
+    section("nodeScaleRotsArbitrary", nodeScaleRotsArbitrary);
+    section("groundTranslations", groundTranslations);
+    section("groundRotations", groundRotations);
+    section("objectStates", objectStates);
+    section("decalStates", decalStates);
+    section("triggers", triggers);
+    section("detailLevels", detailLevels);
+    section("meshes", meshes);
+    section("names", names);
+    section("sequences", sequences);
+    section("materials", materials);
     out << "}\n";
 }
 

@@ -31,10 +31,14 @@ void padTo4(std::string& out, char filler) { out.resize((out.size() + 3) / 4 * 4
 
 }  // namespace
 
+void append(nlohmann::json& list, nlohmann::json entry) {
+    if (list.is_null()) list = nlohmann::json::array();
+    list.push_back(std::move(entry));
+}
+
 int32_t GltfFile::add(const char* list, nlohmann::json entry) {
-    nlohmann::json& entries = json[list];
-    entries.push_back(std::move(entry));
-    return static_cast<int32_t>(entries.size()) - 1;
+    append(json[list], std::move(entry));
+    return static_cast<int32_t>(json[list].size()) - 1;
 }
 
 int32_t GltfFile::addAccessor(const char* type, int componentType, size_t count, const std::string& bytes, Use use) {

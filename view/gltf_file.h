@@ -9,6 +9,9 @@
 
 namespace marrowfen::view {
 
+// Appends to a list that may not be there yet. (The library's own way loses a value when there is no memory for it.)
+void append(nlohmann::json& list, nlohmann::json entry);
+
 class GltfFile {
 public:
     enum class Use { Plain = 0, Vertices = 34962, Indices = 34963 };  // a buffer view's target

@@ -85,7 +85,7 @@ json describeNode(const Builder& b, size_t node) {
 }
 
 void addChild(GltfFile& file, int32_t parent, int32_t child) {
-    at(file.json["nodes"], parent)["children"].push_back(child);
+    append(at(file.json["nodes"], parent)["children"], child);
 }
 
 Tree addTree(Builder& b, const std::string& name, const std::vector<bool>& needed) {
@@ -154,7 +154,7 @@ void placePart(Builder& b, const LevelMesh& part, const std::string& name, Level
     if (skinned) node["skin"] = addSkin(b, tree, mesh, made);
     const int32_t index = b.file.add("nodes", std::move(node));
     if (skinned) {
-        scene["nodes"].push_back(index);
+        append(scene["nodes"], index);
     } else {
         const int32_t under = mesh.type == MeshType::Skin ? -1 : object.node;
         addChild(b.file, under < 0 ? tree.root : at(tree.placed, under), index);

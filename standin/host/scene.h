@@ -151,6 +151,12 @@ struct Scene {
 };
 
 // How a scene or model was loaded, or why it wasn't.
+// A file that loading a scene asked for.
+struct LookedFor {
+    std::string path;
+    bool found = false;
+};
+
 struct LoadResult {
     std::optional<Scene> scene;     // none on failure
     std::string error;              // one line that names the file and the place

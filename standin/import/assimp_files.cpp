@@ -89,8 +89,15 @@ Assimp::IOStream* streamOf(const std::string& bytes) {
 
 }  // namespace
 
+bool ModelFiles::Exists(const char* path) const {
+    const bool found = DefaultIOSystem::Exists(path);
+    lookedFor_.push_back({path, found});
+    return found;
+}
+
 Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
     std::unique_ptr<Assimp::IOStream> stream(DefaultIOSystem::Open(path, mode));
+    lookedFor_.push_back({path, stream != nullptr});
     if (stream == nullptr) return nullptr;
     const bool isCollada = equalIgnoringCase(std::filesystem::path(path).extension().string(), ".dae");
     const bool isWide = beginsWith16BitMark(*stream);

@@ -5,11 +5,21 @@
 
 #include <assimp/DefaultIOSystem.h>
 
+#include <vector>
+
+#include "standin/host/scene.h"
+
 namespace marrowfen::standin {
 
 class ModelFiles : public Assimp::DefaultIOSystem {
 public:
+    bool Exists(const char* path) const override;
     Assimp::IOStream* Open(const char* path, const char* mode) override;
+
+    const std::vector<LookedFor>& lookedFor() const { return lookedFor_; }
+
+private:
+    mutable std::vector<LookedFor> lookedFor_;
 };
 
 }  // namespace marrowfen::standin

@@ -441,6 +441,10 @@ const aiScene* readFile(Assimp::Importer& importer, const std::string& path) {
     return importer.ReadFile(path, 0);
 }
 
+const std::vector<LookedFor>& filesOf(const Assimp::Importer& importer) {
+    return static_cast<const ModelFiles*>(importer.GetIOHandler())->lookedFor();
+}
+
 // A reader may take a file for its own whose ending it doesn't know, and then say what is wrong with it.
 std::string whyUnread(const Assimp::Importer& importer, const std::string& path) {
     const std::string ending = std::filesystem::path(path).extension().string();
@@ -465,6 +469,7 @@ SourceModel readWithAssimp(const std::string& path) {
     SourceModel model;
     const aiScene* scene = readFile(importer, path);
     if (scene == nullptr) {
+        model.files = filesOf(importer);
         model.fail(whyUnread(importer, path));
         return model;
     }
@@ -480,6 +485,7 @@ SourceModel readWithAssimp(const std::string& path) {
     }
     if (format == kColladaReader) reading.named = readNames(names, path);
     if (reading.model.error.empty()) convert(reading);
+    reading.model.files = filesOf(importer);
     return std::move(reading.model);
 }
 

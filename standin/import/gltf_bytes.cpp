@@ -173,11 +173,13 @@ std::string textOf(const Json& object, const char* key) {
                                                                              : std::string();
 }
 
-std::string externalBytes(const std::filesystem::path& folder, const std::string& uri, std::string& bytes) {
+std::string externalBytes(const std::filesystem::path& folder, const std::string& uri, GltfBytes& result,
+                          std::string& bytes) {
     const std::string path = decodedPercent(uri);
     if (!staysInFolder(path)) return "buffer " + uri + " lies outside the model's folder and isn't opened";
-    if (!readFile(folder / path, bytes)) return "buffer " + uri + " can't be read";
-    return {};
+    const bool isRead = readFile(folder / path, bytes);
+    result.files.push_back({(folder / path).string(), isRead});
+    return isRead ? std::string() : "buffer " + uri + " can't be read";
 }
 
 void readBuffers(const Json& list, const std::filesystem::path& folder, std::optional<std::string_view> binary,
@@ -188,7 +190,7 @@ void readBuffers(const Json& list, const std::filesystem::path& folder, std::opt
         if (std::optional<DataUri> data = parseDataUri(uri)) {
             buffer.bytes = std::move(data->bytes);
         } else if (!uri.empty()) {
-            result.error = externalBytes(folder, uri, buffer.bytes);
+            result.error = externalBytes(folder, uri, result, buffer.bytes);
         } else if (b == 0 && binary) {
             buffer.bytes = *binary;
         } else {

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "standin/host/scene.h"
+
 namespace marrowfen::standin {
 
 struct GltfImage {
@@ -26,7 +28,8 @@ struct GltfBytes {
     std::string json;  // the model's text without buffers and images, which the lists below have
     std::vector<GltfBuffer> buffers;
     std::vector<GltfImage> images;
-    std::string error;  // empty for none
+    std::vector<LookedFor> files;  // that were asked for
+    std::string error;             // empty for none
 };
 
 // The byte offset that marks an accessor without a buffer view.

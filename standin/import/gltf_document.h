@@ -21,6 +21,7 @@ public:
 
     const tinygltf::Model& model() const { return model_; }
     const std::vector<GltfImage>& images() const { return bytes_.images; }
+    const std::vector<LookedFor>& files() const { return bytes_.files; }
     const std::string& error() const { return error_; }  // empty for none
 
     // The bytes of a buffer view, decompressed; false and a fault when it doesn't hold.

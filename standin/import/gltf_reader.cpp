@@ -515,6 +515,7 @@ SourceModel readGltf(const std::string& path) {
     GltfReading reading{GltfDocument(path), {}, {}, {}, {}, {}};
     SourceModel& model = reading.model;
     model.error = reading.document.error();
+    model.files = reading.document.files();
     if (!model.error.empty()) return model;
     model.upright = uprightFrom(0, 1, 1, 1);
     model.unit = 1;

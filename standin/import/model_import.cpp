@@ -35,6 +35,7 @@ struct Parts {
         bytes.append(reinterpret_cast<const char*>(&size), sizeof size);
         bytes += part;
     }
+    size_t count() { return static_cast<size_t>(std::strtoull(get().c_str(), nullptr, 10)); }
     std::string get() {
         uint64_t size = 0;
         ok = ok && bytes.size() - at >= sizeof size;
@@ -51,6 +52,8 @@ struct Parts {
 std::string pack(const ImportResult& result) {
     Parts parts;
     parts.put(packResult(result));
+    parts.put(std::to_string(result.files.size()));
+    for (const LookedFor& file : result.files) parts.put((file.found ? "+" : "-") + file.path);
     parts.put(std::to_string(result.details.size()));
     for (const std::string& line : result.details) parts.put(line);
     for (const auto& [name, content] : result.textures) {
@@ -62,12 +65,13 @@ std::string pack(const ImportResult& result) {
 
 ImportResult unpack(std::string bytes, const std::string& path) {
     Parts parts{std::move(bytes)};
-    ImportResult result{unpackResult(parts.get(), path), {}, {}};
-    if (!result.scene) return result;
-    const std::string count = parts.get();
-    for (size_t left = std::strtoull(count.c_str(), nullptr, 10); left > 0 && parts.ok; --left) {
-        result.details.push_back(parts.get());
+    ImportResult result{unpackResult(parts.get(), path), {}, {}, {}};
+    for (size_t left = parts.count(); left > 0 && parts.ok; --left) {
+        const std::string file = parts.get();
+        if (!file.empty()) result.files.push_back({file.substr(1), file[0] == '+'});
     }
+    if (!result.scene) return result;
+    for (size_t left = parts.count(); left > 0 && parts.ok; --left) result.details.push_back(parts.get());
     while (parts.ok && parts.at < parts.bytes.size()) {
         std::string name = parts.get();
         result.textures.emplace_back(std::move(name), parts.get());
@@ -75,7 +79,7 @@ ImportResult unpack(std::string bytes, const std::string& path) {
     return result;
 }
 
-ImportResult failed(const std::string& error) { return {{{}, error, {}}, {}, {}}; }
+ImportResult failed(const std::string& error) { return {{{}, error, {}}, {}, {}, {}}; }
 
 }  // namespace
 

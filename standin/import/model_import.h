@@ -45,6 +45,7 @@ struct ImportOptions {
 struct ImportResult : LoadResult {
     std::vector<std::string> details;                           // what was applied, one line each
     std::vector<std::pair<std::string, std::string>> textures;  // embedded ones: file names and bytes
+    std::vector<LookedFor> files;                               // that were asked for, each once; after an error too
 };
 
 // Loads a 3D model (glTF, or what Assimp reads) in a child process, so that a crash or a runaway there is one error.

@@ -36,12 +36,17 @@ std::string asTextureName(std::string name) {
     return name;
 }
 
-bool isThere(const Model& model, const std::string& texture) {
+bool isThere(Model& model, const std::string& texture) {
     std::string path = texture;
     std::replace(path.begin(), path.end(), '\\', '/');
     const std::filesystem::path folder = std::filesystem::path(model.path).parent_path();
-    std::error_code fault;
-    return std::filesystem::exists(folder / path, fault) || std::filesystem::exists(folder / lastPartOf(path), fault);
+    for (const std::filesystem::path& place : {folder / path, folder / lastPartOf(path)}) {
+        std::error_code fault;
+        const bool found = std::filesystem::exists(place, fault);
+        model.source.files.push_back({place.string(), found});
+        if (found) return true;
+    }
+    return false;
 }
 
 // A file's name without what has a meaning on some system; the ending isn't part of it.

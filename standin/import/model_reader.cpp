@@ -171,6 +171,13 @@ std::vector<Message> warningsOf(const Model& model) {
     return told;
 }
 
+// The first of each path.
+std::vector<LookedFor> withoutCopies(std::vector<LookedFor> files) {
+    std::set<std::string> known;
+    std::erase_if(files, [&](const LookedFor& file) { return !known.insert(file.path).second; });
+    return files;
+}
+
 }  // namespace
 
 ImportResult readModel(const std::string& path, const ImportOptions& options) {
@@ -186,6 +193,8 @@ ImportResult readModel(const std::string& path, const ImportOptions& options) {
     model.error = model.source.error;
     if (model.error.empty()) runPasses(model);
     ImportResult result;
+    model.source.files.insert(model.source.files.begin(), {path, true});
+    result.files = withoutCopies(std::move(model.source.files));
     if (!model.error.empty()) {
         result.error = path + ": " + model.error;
         return result;

@@ -116,6 +116,7 @@ struct SourceModel {
     size_t linesAndPoints = 0;
     size_t lostBones = 0;          // bones whose node isn't there
     size_t shapeClips = 0;         // animations of vertices
+    std::vector<LookedFor> files;  // that were asked for
     std::vector<Message> remarks;  // what the reader has left out
     std::string error;             // the first one, without the file's name
 

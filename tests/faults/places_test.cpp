@@ -60,7 +60,7 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
              {"export t.obj " + longName.substr(0, 248) + ".dts", ".dts.log: File name too long"},
              {"-q import t.obj /dev/stdout > /dev/full", "standard output: No space left on device"},
              {"-q import t.obj /dev/stdout >&-", "standard output: Bad file descriptor"},
-             {"import --help > /dev/full", "standard output can't be written"},
+             {"import --help > /dev/full", "standard output: No space left on device"},
              {"ulimit -f 0; COMMAND -q import t.obj n.scene.json", "n.scene.json: File too large"},
              {"ulimit -f 0; COMMAND view t.dts n.glb", "n.glb: File too large"},
              {"ulimit -f 0; COMMAND add-node t.scene.json eye", "t.scene.json: File too large"},
