@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -52,20 +53,22 @@ void removeFolder(const char* path) {
     rmdir(path);
 }
 
-// Installed with SA_RESETHAND: the signal that is raised again ends the process as if nobody had been asked.
+// The signal that is raised again ends the process as if nobody had been asked. (SA_RESETHAND would do that too, but a
+// second signal that comes at once then ends it before anything is removed.)
 void removeAndDie(int signal) {
     removeStagingFolders();
+    std::signal(signal, SIG_DFL);
     raise(signal);
 }
 
-void onSignals(void (*handler)(int), int flags) {
+void onSignals(void (*handler)(int)) {
     for (const int signal : kEndingSignals) {
         struct sigaction action = {};
         struct sigaction old = {};
         sigaction(signal, nullptr, &old);
         if (old.sa_handler == SIG_IGN) continue;  // nohup
         action.sa_handler = handler;
-        action.sa_flags = flags;
+        for (const int other : kEndingSignals) sigaddset(&action.sa_mask, other);
         sigaction(signal, &action, nullptr);
     }
 }
@@ -77,7 +80,7 @@ void remember(const std::string& path) {
         folder.owner = getpid();
         break;
     }
-    onSignals(removeAndDie, static_cast<int>(SA_RESETHAND));
+    onSignals(removeAndDie);
 }
 
 void forget(const std::string& path) {
@@ -85,7 +88,7 @@ void forget(const std::string& path) {
     for (Removable& folder : theFolders) {
         if (path == folder.path) folder = {};
     }
-    if (std::all_of(theFolders.begin(), theFolders.end(), isFree)) onSignals(SIG_DFL, 0);
+    if (std::all_of(theFolders.begin(), theFolders.end(), isFree)) onSignals(SIG_DFL);
 }
 
 // Only a folder of one's own: in one that others may write to, a plan could name any file.
