@@ -614,7 +614,7 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
     };
     const ModelFolder folder;
     ImportOptions options;
-    options.cpuSeconds = 2;
+    options.cpuSeconds = 1;
     for (const auto& entry : kCases) {
         const std::string path = folder.write(entry.name, entry.content);
         const LoadResult result = importModel(path, options);
