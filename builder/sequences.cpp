@@ -11,9 +11,9 @@ namespace marrowfen {
 
 namespace {
 
-// Keys of all sequences and nodes together: half a gigabyte in memory. A host that reports more is mistaken about a
-// clip's length.
-constexpr int64_t kMostKeys = int64_t{1} << 24;
+// Keys of all sequences and nodes together: 32 megabytes in memory and 20 in a file. A host that reports more is
+// mistaken about a clip's length.
+constexpr int64_t kMostKeys = int64_t{1} << 20;
 
 // Frames to sample, in order: forward, then back for a clip that toggles; at most `most` of them.
 std::vector<float> framesOf(const ClipInfo& clip, int32_t most) {

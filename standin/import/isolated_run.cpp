@@ -19,6 +19,8 @@
 #include <cstring>
 #include <new>
 
+#include "standin/import/cell.h"
+
 namespace marrowfen::standin {
 
 namespace {
@@ -29,6 +31,8 @@ using Clock = std::chrono::steady_clock;
 constexpr int kFinished = 0;
 constexpr int kOutOfMemory = 90;
 constexpr int kThrew = 91;
+
+constexpr int kToParent = 3;  // the child's end of the pipe
 
 enum class Answer { Whole, TooLate, TooLarge };
 
@@ -44,8 +48,8 @@ void limit(int resource, rlim_t soft, rlim_t hard) {
     setrlimit(static_cast<__rlimit_resource_t>(resource), &value);
 }
 
-// The child keeps only its end of the pipe and is mute; it dies with its parent.
-void enterChild(const RunLimits& limits) {
+// The child keeps only its end of the pipe, as file 3, and is mute; it dies with its parent.
+void enterChild(int toParent, const RunLimits& limits) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     prctl(PR_SET_DUMPABLE, 0);
     limit(RLIMIT_CORE, 0, 0);
@@ -60,6 +64,9 @@ void enterChild(const RunLimits& limits) {
     const int nowhere = open("/dev/null", O_RDWR);
     if (nowhere < 0) return;
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nowhere, stream);
+    if (toParent != kToParent) dup2(toParent, kToParent);
+    close_range(kToParent + 1, ~0U, 0);
+    closeCell();
 }
 
 bool writeAll(int file, const std::string& bytes) {
@@ -88,12 +95,12 @@ void useLargePages() {
 
 // Ends the process without running destructors or exit handlers: they belong to the parent's state.
 [[noreturn]] void runChild(int toParent, const RunLimits& limits, const std::function<std::string()>& work) {
-    enterChild(limits);
     useLargePages();
+    enterChild(toParent, limits);
     // Told apart from a crash even where the library would catch bad_alloc or fail while unwinding.
     std::set_new_handler([] { _exit(kOutOfMemory); });
     try {
-        _exit(writeAll(toParent, work()) ? kFinished : kThrew);
+        _exit(writeAll(kToParent, work()) ? kFinished : kThrew);
     } catch (const std::bad_alloc&) {
         _exit(kOutOfMemory);
     } catch (...) {

@@ -17,7 +17,8 @@ struct RunOutcome {
 };
 
 // Runs work in a child process under limits and returns what it returned. Whatever happens there (a crash, an abort, an
-// endless loop, exhausted memory) is a failure here and nothing else: the child prints nothing and leaves no core file.
+// endless loop, exhausted memory) is a failure here and nothing else: the child prints nothing, leaves no core file,
+// has none of this process's files and may do nothing but read and answer (cell.h).
 RunOutcome runIsolated(const RunLimits& limits, const std::function<std::string()>& work);
 
 }  // namespace marrowfen::standin

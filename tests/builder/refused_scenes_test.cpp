@@ -80,7 +80,7 @@ TEST(AcceptedScene, SkipsAClipOfMoreKeysThanAnExportHolds) {
     const Build build(scene, ExportMode::SequencesOnly);
     EXPECT_EQ(build.shape->error(), "");
     EXPECT_NE(build.log.str().find("  Clip endless has 2147483647 keyframes for each of 1 nodes, an export holds at "
-                                   "most 16777216 keys, skipping it\n"),
+                                   "most 1048576 keys, skipping it\n"),
               std::string::npos);
     EXPECT_EQ(build.shape->sequences.size(), 2U);
     EXPECT_EQ(build.shape->nodeRotations.size(), 4U);

@@ -1,11 +1,18 @@
 #include "standin/import/isolated_run.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/openat2.h>
+#include <sys/ptrace.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <vector>
@@ -64,6 +71,41 @@ TEST(IsolatedRun, EveryEndIsToldApart) {
         EXPECT_EQ(outcome.output, "");
         EXPECT_LT(spent, std::chrono::seconds(30));
     }
+}
+
+// What a reader that a model has taken over would try.
+TEST(IsolatedRun, ChildCanReadAndNothingElse) {
+    const std::string own = testing::TempDir() + "marrowfen-cell-" + std::to_string(getpid());
+    std::ofstream(own) << "untouched";
+    const pid_t parent = getpid();
+    const RunOutcome outcome = runIsolated({2048, 5, 60}, [&]() -> std::string {
+        std::string done;
+        const auto attempt = [&](const char* what, long result) {
+            if (result >= 0) done += std::string(what) + " ";
+        };
+        attempt("open", open(own.c_str(), O_WRONLY));
+        attempt("append", open(own.c_str(), O_RDWR | O_APPEND));
+        attempt("create", open((own + "2").c_str(), O_CREAT | O_RDONLY, 0600));
+        open_how how{O_WRONLY, 0, 0};
+        attempt("openat2", syscall(SYS_openat2, AT_FDCWD, own.c_str(), &how, sizeof how));
+        attempt("unlink", unlink(own.c_str()));
+        attempt("rename", rename(own.c_str(), (own + "2").c_str()));
+        attempt("chmod", chmod(own.c_str(), 0777));
+        attempt("truncate", truncate(own.c_str(), 0));
+        attempt("socket", socket(AF_INET, SOCK_STREAM, 0));
+        attempt("local socket", socket(AF_UNIX, SOCK_STREAM, 0));
+        attempt("fork", fork());
+        attempt("exec", execl("/bin/true", "true", nullptr));
+        attempt("kill", kill(parent, 0));
+        attempt("signal", tgkill(parent, parent, 0));
+        attempt("ptrace", ptrace(PTRACE_ATTACH, parent, nullptr, nullptr));
+        for (int file = 4; file < 64; ++file) attempt("parent's file", fcntl(file, F_GETFD));
+        std::string text;
+        std::ifstream(own) >> text;
+        return done + text;
+    });
+    EXPECT_EQ(outcome.output, "untouched") << outcome.failure;
+    std::filesystem::remove(own);
 }
 
 }  // namespace
