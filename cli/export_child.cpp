@@ -10,9 +10,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <new>
 
 #include "cli/export_record.h"
+#include "cli/staging_folder.h"
 
 namespace marrowfen::cli {
 
@@ -44,7 +46,10 @@ ExportResult runHere(const ExportOptions& options, const Session& session) {
 
 }  // namespace
 
-ExportChild::ExportChild(const ExportOptions& options, const Session& session) : scene_(options.scene) {
+ExportChild::ExportChild(const ExportOptions& options, const Session& session)
+    : scene_(options.scene), folder_(std::filesystem::path(options.output).parent_path()) {
+    if (folder_.empty()) folder_ = ".";
+
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         fault_ = std::strerror(errno);
@@ -87,7 +92,11 @@ ExportResult ExportChild::end() {
     if (std::optional<ExportResult> result = unpackExport(bytes_)) return std::move(*result);
     ExportResult result;
     std::string why = fault_.empty() ? "ended without a word" : "no process: " + fault_;
-    if (WIFSIGNALED(status)) why = std::string("crashed (") + strsignal(WTERMSIG(status)) + ")";
+    if (WIFSIGNALED(status)) {
+        why = std::string("crashed (") + strsignal(WTERMSIG(status)) + ")";
+        FolderLock lock;
+        if (lock.take(folder_) == 0) clearUpAfterTheDead(folder_);
+    }
     result.outcome = {OurFault, scene_ + ": the export " + why};
     result.files = {{scene_, true}};
     return result;

@@ -32,6 +32,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     std::string scene_;
+    std::string folder_;  // of its output
     Clock::time_point began_ = Clock::now();
     pid_t process_ = -1;
     int pipe_ = -1;
