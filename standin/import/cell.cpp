@@ -67,6 +67,9 @@ constexpr int kAllowed[] = {
     SCMP_SYS(restart_syscall),
     SCMP_SYS(exit),
     SCMP_SYS(exit_group),
+#ifdef MARROWFEN_SANITIZED
+    SCMP_SYS(pipe2),  // by which the runtime looks whether memory can be read
+#endif
 };
 
 // Any of these opens a file for more than reading.
@@ -81,8 +84,8 @@ bool addRules(scmp_filter_ctx filter) {
     allow(SCMP_SYS(open), SCMP_A1(SCMP_CMP_MASKED_EQ, kChanging, 0));
     allow(SCMP_SYS(openat), SCMP_A2(SCMP_CMP_MASKED_EQ, kChanging, 0));
     // A crash is told by the signal, which raise() sends.
-    allow(SCMP_SYS(tgkill), SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid())));
-    allow(SCMP_SYS(prlimit64), SCMP_A2(SCMP_CMP_EQ, 0));  // asked, not set
+    allow(SCMP_SYS(tgkill), SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid()), 0));
+    allow(SCMP_SYS(prlimit64), SCMP_A2(SCMP_CMP_EQ, 0, 0));  // asked, not set
     return good;
 }
 
