@@ -8,6 +8,7 @@
 #include "builder/refusals.h"
 #include "builder/tags.h"
 #include "ground/at.h"
+#include "ground/comma_list.h"
 #include "host/layers.h"
 
 // Layers by slot, nodes onto their layers, layers into roles by their names; then clips, bones and markers.
@@ -126,7 +127,7 @@ void LayerScan::categorize(SceneScan& scan) {
 
 std::string namesOf(const std::vector<PolyInfo>& polys) {
     std::string names;
-    for (const PolyInfo& poly : polys) names += (names.empty() ? "" : ", ") + poly.name;
+    for (const PolyInfo& poly : polys) addToList(names, poly.name);
     return names;
 }
 

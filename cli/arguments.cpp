@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "ground/comma_list.h"
 #include "ground/near_word.h"
 
 namespace marrowfen::cli {
@@ -41,9 +42,7 @@ std::string valueFault(const std::string& value, Takes takes, const char* choice
     if (takes == Takes::Word) {
         const std::vector<std::string> words = choicesOf(choices);
         if (std::find(words.begin(), words.end(), value) != words.end()) return {};
-        std::string list;
-        for (const std::string& word : words) list += (list.empty() ? "" : ", ") + word;
-        return "\"" + value + "\" isn't one of " + list;
+        return "\"" + value + "\" isn't one of " + commaList(words);
     }
     if (takes != Takes::Number && takes != Takes::Count) return value.empty() ? "needs a value" : "";
     char* end = nullptr;

@@ -10,6 +10,7 @@
 #include "cli/scene_options.h"
 #include "cli/terminal_text.h"
 #include "ground/at.h"
+#include "ground/comma_list.h"
 #include "ground/excerpt.h"
 #include "shape/shape_words.h"
 
@@ -17,17 +18,11 @@ namespace marrowfen::cli {
 
 namespace {
 
-std::string commaSeparated(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
-
 std::string tagLines(const std::string& fullName, TagRole role) {
     const TagSplit tags = splitTags(fullName, role);
     std::string text;
-    if (!tags.understood.empty()) text += "  tags understood: " + commaSeparated(tags.understood) + "\n";
-    if (!tags.unknown.empty()) text += "  tags not understood: " + commaSeparated(tags.unknown) + "\n";
+    if (!tags.understood.empty()) text += "  tags understood: " + commaList(tags.understood) + "\n";
+    if (!tags.unknown.empty()) text += "  tags not understood: " + commaList(tags.unknown) + "\n";
     return text;
 }
 
@@ -115,8 +110,8 @@ std::string layerText(const LayerReading& layer, Warnings& warnings) {
     std::vector<std::string> polyhedra, skeletons;
     for (const PolyInfo& poly : layer.info.polys) polyhedra.push_back(poly.name);
     for (const SceneNode& skeleton : layer.info.skeletons) skeletons.push_back(skeleton.name());
-    if (!polyhedra.empty()) text += "  polyhedra: " + commaSeparated(polyhedra) + "\n";
-    if (!skeletons.empty()) text += "  skeletons: " + commaSeparated(skeletons) + "\n";
+    if (!polyhedra.empty()) text += "  polyhedra: " + commaList(polyhedra) + "\n";
+    if (!skeletons.empty()) text += "  skeletons: " + commaList(skeletons) + "\n";
     return text + tagLines(name, tagRole(layer.role)) + warnings.about(Message::Place::Layer, name);
 }
 

@@ -15,6 +15,7 @@
 
 #include "cli/export_child.h"
 #include "cli/export_record.h"
+#include "ground/comma_list.h"
 
 namespace marrowfen::cli {
 
@@ -160,7 +161,7 @@ private:
         size_t shown = 0;
         for (const auto& [number, child] : running_) {
             if (shown++ == kNamesOnBar) break;
-            names += (names.empty() ? "" : ", ") + fileNameOf(exports_[number].scene);
+            addToList(names, fileNameOf(exports_[number].scene));
         }
         const std::string bar(done_ * kBarWidth / numbers_.size(), '#');
         const std::string text = std::to_string(done_) + "/" + std::to_string(numbers_.size()) + " " + names;

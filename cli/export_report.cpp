@@ -3,6 +3,7 @@
 #include <set>
 
 #include "builder/notices.h"
+#include "ground/comma_list.h"
 #include "shape/shape_questions.h"
 
 namespace marrowfen::cli {
@@ -43,7 +44,7 @@ std::string exportSummary(const std::string& output, const Shape& shape, bool is
     parts.push_back(counted(static_cast<int64_t>(shape.sequences.size()), "sequence"));
     parts.push_back(std::to_string(bytes) + " bytes");
     std::string text = output + ": ";
-    for (size_t i = 0; i < parts.size(); ++i) text += (i > 0 ? ", " : "") + parts[i];
+    text += commaList(parts);
     return text;
 }
 

@@ -8,6 +8,7 @@
 #include "cli/shape_facts.h"
 #include "ground/at.h"
 #include "ground/byte_order.h"
+#include "ground/comma_list.h"
 
 namespace marrowfen::cli {
 
@@ -184,7 +185,7 @@ std::string changes(const Facts& before, const Facts& after) {
         const std::string& now = after[i].second;
         if (old == now) continue;
         const bool isDigest = old.starts_with('\n');
-        text += (text.empty() ? "" : ", ") + what + (isDigest ? " differ" : " " + old + " -> " + now);
+        addToList(text, what + (isDigest ? " differ" : " " + old + " -> " + now));
     }
     return text;
 }

@@ -5,6 +5,7 @@
 
 #include "ground/ascii.h"
 #include "ground/at.h"
+#include "ground/comma_list.h"
 #include "view/shape_fault.h"
 
 namespace marrowfen::view {
@@ -28,7 +29,7 @@ std::vector<int32_t> matchNodes(const Shape& shape, const Shape& dsq, std::vecto
         const std::string& name = at(dsq.names, node.name);
         const auto found = byName.find(lowerCased(name));
         matches.push_back(found == byName.end() ? -1 : found->second);
-        if (found == byName.end()) missing += (missing.empty() ? "" : ", ") + name;
+        if (found == byName.end()) addToList(missing, name);
     }
     if (!missing.empty()) warnings.push_back("the shape has no node for the sequences' " + missing);
     return matches;

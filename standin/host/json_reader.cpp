@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "ground/comma_list.h"
 #include "ground/near_word.h"
 
 namespace marrowfen::standin {
@@ -107,7 +108,7 @@ void JsonReader::readType(uint32_t index, int32_t& into, std::span<const TypeWor
             into = type.code;
             return;
         }
-        known += (known.empty() ? "" : ", ") + std::string(type.word);
+        addToList(known, type.word);
     }
     place_.fail("unknown type " + jsonQuoted(document_.textOf(at(index))) + ", expected " + known +
                 " or a whole number");

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "ground/ascii.h"
+#include "ground/comma_list.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/gltf_document.h"
 #include "standin/import/gltf_primitives.h"
@@ -30,12 +31,6 @@ struct GltfReading {
     const tinygltf::Model& file() const { return document.model(); }
 };
 
-std::string listText(const std::set<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
-
 void noteExtensions(GltfReading& reading) {
     constexpr std::string_view kCarriedOver[] = {"KHR_mesh_quantization",
                                                  "KHR_texture_transform",
@@ -53,7 +48,7 @@ void noteExtensions(GltfReading& reading) {
     if (!others.empty()) {
         reading.model.remarks.push_back(aboutScene(
             load::kExtension,
-            (others.size() == 1 ? "extension is ignored: " : "extensions are ignored: ") + listText(others)));
+            (others.size() == 1 ? "extension is ignored: " : "extensions are ignored: ") + commaList(others)));
     }
 }
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "ground/comma_list.h"
 #include "standin/import/model.h"
 
 // The import in one view: a reader makes a source model of the file, the passes of model.h turn it into a scene.
@@ -96,13 +97,6 @@ struct Line {
     const char* many;
 };
 
-template <typename List>
-std::string joined(const List& names) {
-    std::string text;
-    for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-    return text;
-}
-
 std::vector<Message> warningsOf(const Model& model) {
     const ModelNotes& notes = model.notes;
     const SourceModel& source = model.source;
@@ -158,13 +152,13 @@ std::vector<Message> warningsOf(const Model& model) {
     if (!notes.missingTextures.empty()) {
         tell(load::kMissingFile, std::to_string(notes.missingTextures.size()) +
                                      (notes.missingTextures.size() == 1 ? " texture isn't" : " textures aren't") +
-                                     " found beside the model: " + joined(notes.missingTextures));
+                                     " found beside the model: " + commaList(notes.missingTextures));
     }
     if (!notes.plainMaterials.empty()) {
         tell(load::kColorOnly,
              std::to_string(notes.plainMaterials.size()) +
                  (notes.plainMaterials.size() == 1 ? " material has" : " materials have") +
-                 " a colour only; the engine will look for a texture of that name: " + joined(notes.plainMaterials));
+                 " a colour only; the engine will look for a texture of that name: " + commaList(notes.plainMaterials));
     }
     told.insert(told.end(), source.remarks.begin(), source.remarks.end());
     told.insert(told.end(), notes.others.begin(), notes.others.end());
