@@ -35,7 +35,7 @@ public:
         return linesOf([&](const Message& m) { return m.place == place && m.name == excerpt(name); }, "  ");
     }
     std::string others() {
-        return linesOf([&](const Message& m) { return !isSaid_[static_cast<size_t>(&m - messages_.data())]; }, "");
+        return linesOf([&](const Message& m) { return !at(isSaid_, &m - messages_.data()); }, "");
     }
 
 private:

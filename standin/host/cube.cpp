@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ground/at.h"
 #include "host/tsxapi.h"
 
 namespace marrowfen::standin {
@@ -67,7 +68,7 @@ Node savedCube(const Node& cube, const std::vector<const HostMaterial*>& paints,
     std::vector<std::optional<std::string>>& keys = saved.polyhedron.materials;
     for (Face& face : saved.polyhedron.faces) {
         if (static_cast<size_t>(face.material) >= paints.size()) continue;
-        const std::string key = keyOf(*paints[static_cast<size_t>(face.material)], materials);
+        const std::string key = keyOf(*at(paints, face.material), materials);
         const auto known = std::find(keys.begin(), keys.end(), key);
         face.material = static_cast<int32_t>(known - keys.begin());
         if (known == keys.end()) keys.push_back(key);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "ground/at.h"
 #include "host/tsxapi.h"
 
 namespace marrowfen::standin {
@@ -29,9 +30,9 @@ Vector crossProduct(const Vector& a, const Vector& b) {
 
 // In double, where the squares of any 32-bit coordinates neither overflow nor vanish.
 Vector faceNormal(const Polyhedron& polyhedron, const Face& face) {
-    const Vec3& p0 = polyhedron.vertices[static_cast<size_t>(face.corners[0].vertex)];
-    const Vec3& p1 = polyhedron.vertices[static_cast<size_t>(face.corners[1].vertex)];
-    const Vec3& p2 = polyhedron.vertices[static_cast<size_t>(face.corners[2].vertex)];
+    const Vec3& p0 = at(polyhedron.vertices, face.corners[0].vertex);
+    const Vec3& p1 = at(polyhedron.vertices, face.corners[1].vertex);
+    const Vec3& p2 = at(polyhedron.vertices, face.corners[2].vertex);
     return crossProduct(difference(p1, p0), difference(p2, p0));
 }
 

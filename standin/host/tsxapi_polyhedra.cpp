@@ -1,3 +1,4 @@
+#include "ground/at.h"
 #include "host/tsxapi.h"
 #include "standin/host/api_handles.h"
 
@@ -42,7 +43,7 @@ const ShaderParameter* parameterOf(const TsxShaderInfo* handle, int index, const
     const ScratchMaterial* scratch = shaderOf(handle, caller);
     if (scratch == nullptr) return nullptr;
     const std::vector<ShaderParameter>& parameters = scratch->material->shader->parameters;
-    if (index >= 0 && static_cast<size_t>(index) < parameters.size()) return &parameters[static_cast<size_t>(index)];
+    if (index >= 0 && static_cast<size_t>(index) < parameters.size()) return &marrowfen::at(parameters, index);
     host().handles.addFault(caller, "parameter " + std::to_string(index) + " of " + std::to_string(parameters.size()));
     return nullptr;
 }
@@ -136,7 +137,7 @@ int tsxPolyhGetMaterial(TsxNode* polyhedron, short number, TsxMaterial* into) {
     ScratchMaterial* scratch = scratchOf(into, __func__);
     if (node == nullptr || scratch == nullptr) return 0;
     if (number < 0 || static_cast<size_t>(number) >= node->materials.size()) return 0;
-    const HostMaterial* material = node->materials[static_cast<size_t>(number)];
+    const HostMaterial* material = marrowfen::at(node->materials, number);
     if (material == nullptr) return 0;
     host().setScratch(*scratch, material);
     return 1;

@@ -1,3 +1,4 @@
+#include "ground/at.h"
 #include "host/tsxapi.h"
 #include "standin/host/api_handles.h"
 
@@ -9,7 +10,7 @@ namespace {
 
 std::optional<std::string>* layerSlot(short layer) {
     std::vector<std::optional<std::string>>& layers = host().scene.layers;
-    return layer >= 0 && static_cast<size_t>(layer) < layers.size() ? &layers[static_cast<size_t>(layer)] : nullptr;
+    return layer >= 0 && static_cast<size_t>(layer) < layers.size() ? &marrowfen::at(layers, layer) : nullptr;
 }
 
 // The name of the layer in a slot; null and a fault if it holds none.

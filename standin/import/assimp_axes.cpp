@@ -1,4 +1,5 @@
 #include "standin/import/assimp_axes.h"
+#include "ground/at.h"
 
 #include <algorithm>
 #include <array>
@@ -41,7 +42,7 @@ constexpr std::string_view kLightWaveScenes = "LightWave Scene Importer";
 
 Axis axisOf(int axis, int sign) {
     Axis result = {0, 0, 0};
-    result[static_cast<size_t>(axis)] = sign < 0 ? -1 : 1;
+    at(result, axis) = sign < 0 ? -1 : 1;
     return result;
 }
 

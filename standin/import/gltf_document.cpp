@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "ground/at.h"
 #include "standin/import/source_model.h"
 
 namespace marrowfen::standin {
@@ -136,7 +137,7 @@ std::string GltfDocument::decompressView(const tinygltf::BufferView& view, std::
     const size_t offset = numberOf(extension, "byteOffset"), size = numberOf(extension, "byteLength");
     const size_t stride = numberOf(extension, "byteStride"), count = numberOf(extension, "count");
     if (buffer == kNone || count > kMostElements || stride > 256) return "a compressed view doesn't hold";
-    const std::string& source = bytes_.buffers[static_cast<size_t>(buffer)].bytes;
+    const std::string& source = at(bytes_.buffers, buffer).bytes;
     if (offset > source.size() || size > source.size() - offset) return "a compressed view ends beyond its buffer";
     bytes.resize(count * stride);
     if (!decode(wordOf(extension, "mode"), std::string_view(source).substr(offset, size), count, stride, bytes) ||
@@ -152,7 +153,7 @@ bool GltfDocument::viewBytes(int32_t index, std::string_view& bytes, std::string
         fault = where + "isn't there";
         return false;
     }
-    const tinygltf::BufferView& view = model_.bufferViews[static_cast<size_t>(index)];
+    const tinygltf::BufferView& view = at(model_.bufferViews, index);
     if (view.extensions.count(kMeshopt) > 0) {
         const auto [entry, isNew] = decompressed_.try_emplace(index);
         if (isNew) fault = decompressView(view, entry->second);
@@ -161,11 +162,11 @@ bool GltfDocument::viewBytes(int32_t index, std::string_view& bytes, std::string
         return fault.empty();
     }
     const int32_t buffer = indexWithin(view.buffer, bytes_.buffers.size());
-    if (buffer == kNone || !bytes_.buffers[static_cast<size_t>(buffer)].isThere) {
+    if (buffer == kNone || !at(bytes_.buffers, buffer).isThere) {
         fault = where + "its buffer isn't there";
         return false;
     }
-    const std::string& source = bytes_.buffers[static_cast<size_t>(buffer)].bytes;
+    const std::string& source = at(bytes_.buffers, buffer).bytes;
     if (view.byteOffset > source.size() || view.byteLength > source.size() - view.byteOffset) {
         fault = where + "ends beyond its buffer";
         return false;
@@ -182,7 +183,7 @@ struct GltfDocument::Elements {
 };
 
 std::string GltfDocument::findElements(int32_t index, size_t components, Elements& elements) {
-    const tinygltf::Accessor& accessor = model_.accessors[static_cast<size_t>(index)];
+    const tinygltf::Accessor& accessor = at(model_.accessors, index);
     const int size = tinygltf::GetComponentSizeInBytes(static_cast<uint32_t>(accessor.componentType));
     if (tinygltf::GetNumComponentsInType(static_cast<uint32_t>(accessor.type)) != static_cast<int>(components)) {
         return "has elements of another shape than is needed here";
@@ -194,7 +195,7 @@ std::string GltfDocument::findElements(int32_t index, size_t components, Element
     std::string fault;
     if (!viewBytes(accessor.bufferView, bytes, fault)) return fault;
     const size_t element = static_cast<size_t>(size) * components;
-    const size_t stride = model_.bufferViews[static_cast<size_t>(accessor.bufferView)].byteStride;
+    const size_t stride = at(model_.bufferViews, accessor.bufferView).byteStride;
     elements.stride = stride == 0 ? element : stride;
     if (elements.count == 0) return {};
     if (accessor.byteOffset > bytes.size() ||
@@ -244,7 +245,7 @@ template <typename Number>
 std::string GltfDocument::readNumbers(int32_t index, size_t components, std::vector<Number>& values) {
     const std::string where = "accessor " + std::to_string(index) + ": ";
     if (indexWithin(index, model_.accessors.size()) == kNone) return where + "isn't there";
-    const tinygltf::Accessor& accessor = model_.accessors[static_cast<size_t>(index)];
+    const tinygltf::Accessor& accessor = at(model_.accessors, index);
     Elements elements;
     std::string fault = findElements(index, components, elements);
     const auto read = numberReader<Number>(accessor.componentType);

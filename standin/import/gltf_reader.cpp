@@ -6,6 +6,7 @@
 #include <set>
 
 #include "ground/ascii.h"
+#include "ground/at.h"
 #include "ground/comma_list.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/gltf_document.h"
@@ -103,10 +104,10 @@ void addNode(GltfReading& reading, int index, int32_t parent, int level) {
     if (indexWithin(index, nodes.size()) == kNone) {
         return reading.model.fail("node " + std::to_string(index) + " of " + std::to_string(nodes.size()));
     }
-    int32_t& place = reading.nodeOf[static_cast<size_t>(index)];
+    int32_t& place = at(reading.nodeOf, index);
     if (place != kNone) return reading.model.fail("node " + std::to_string(index) + " hangs in two places");
     if (level > kDeepestNode) return reading.model.fail("nodes are nested deeper than " + std::to_string(kDeepestNode));
-    const tinygltf::Node& source = nodes[static_cast<size_t>(index)];
+    const tinygltf::Node& source = at(nodes, index);
     place = static_cast<int32_t>(reading.model.nodes.size());
     SourceNode node;
     node.name = cleanText(source.name);
@@ -131,11 +132,11 @@ void addNode(GltfReading& reading, int index, int32_t parent, int level) {
 
 std::vector<int> rootsOf(const tinygltf::Model& file) {
     const int32_t scene = indexWithin(std::max(file.defaultScene, 0), file.scenes.size());
-    if (scene != kNone) return file.scenes[static_cast<size_t>(scene)].nodes;
+    if (scene != kNone) return at(file.scenes, scene).nodes;
     std::vector<bool> isChild(file.nodes.size());
     for (const tinygltf::Node& node : file.nodes) {
         for (const int child : node.children) {
-            if (indexWithin(child, file.nodes.size()) != kNone) isChild[static_cast<size_t>(child)] = true;
+            if (indexWithin(child, file.nodes.size()) != kNone) at(isChild, child) = true;
         }
     }
     std::vector<int> roots;
@@ -214,7 +215,7 @@ GltfUvs uvsOf(const TextureUse& use) {
 
 int32_t imageOf(const tinygltf::Model& file, int texture) {
     if (indexWithin(texture, file.textures.size()) == kNone) return kNone;
-    const tinygltf::Texture& found = file.textures[static_cast<size_t>(texture)];
+    const tinygltf::Texture& found = at(file.textures, texture);
     int image = found.source;
     for (const char* extension : {"EXT_texture_webp", "MSFT_texture_dds", "KHR_texture_basisu"}) {
         const auto entry = found.extensions.find(extension);
@@ -229,7 +230,7 @@ void setTexture(GltfReading& reading, const TextureUse& use, SourceMaterial& mat
     const std::vector<GltfImage>& images = reading.document.images();
     const int32_t image = indexWithin(imageOf(reading.file(), use.texture), images.size());
     if (image == kNone) return;
-    const GltfImage& source = images[static_cast<size_t>(image)];
+    const GltfImage& source = at(images, image);
     if (source.path.empty()) {
         material.image = image;
     } else {
@@ -338,7 +339,7 @@ void addSkins(GltfReading& reading) {
         for (size_t j = 0; j < source.joints.size(); ++j) {
             SourceBone bone;
             const int32_t node = indexWithin(source.joints[j], reading.nodeOf.size());
-            if (node != kNone) bone.node = reading.nodeOf[static_cast<size_t>(node)];
+            if (node != kNone) bone.node = at(reading.nodeOf, node);
             const auto number = [&](size_t k) { return static_cast<double>(inverses[j * 16 + k]); };
             if (!inverses.empty()) {
                 bone.boneFromMesh = {number(0), number(4),  number(8),  number(12), number(1),  number(5),
@@ -356,7 +357,7 @@ void addSkins(GltfReading& reading) {
 
 std::vector<int32_t> addMesh(GltfReading& reading, int meshIndex, int skinIndex) {
     const tinygltf::Mesh& source = reading.file().meshes[static_cast<size_t>(meshIndex)];
-    const GltfSkin* skin = skinIndex == kNone ? nullptr : &reading.skins[static_cast<size_t>(skinIndex)];
+    const GltfSkin* skin = skinIndex == kNone ? nullptr : &at(reading.skins, skinIndex);
     std::vector<int32_t> meshes;
     for (size_t p = 0; p < source.primitives.size(); ++p) {
         const tinygltf::Primitive& primitive = source.primitives[p];
@@ -368,8 +369,8 @@ std::vector<int32_t> addMesh(GltfReading& reading, int meshIndex, int skinIndex)
         std::string fault =
             mesh.material == kNone ? "material " + std::to_string(primitive.material) + " isn't there" : "";
         if (fault.empty()) {
-            fault = readPrimitive(reading.document, primitive, reading.uvsOf[static_cast<size_t>(mesh.material)], skin,
-                                  source.weights, mesh, reading.model.linesAndPoints);
+            fault = readPrimitive(reading.document, primitive, at(reading.uvsOf, mesh.material), skin, source.weights,
+                                  mesh, reading.model.linesAndPoints);
         }
         if (!fault.empty()) {
             reading.model.fail("mesh " + std::to_string(meshIndex) + (mesh.name.empty() ? "" : " (" + mesh.name + ")") +
@@ -399,7 +400,7 @@ void addMeshes(GltfReading& reading) {
         }
         const auto [entry, isNew] = reading.meshesOf.try_emplace({node.mesh, skin});
         if (isNew) entry->second = addMesh(reading, node.mesh, skin);
-        reading.model.nodes[static_cast<size_t>(reading.nodeOf[n])].meshes = entry->second;
+        at(reading.model.nodes, reading.nodeOf[n]).meshes = entry->second;
     }
 }
 
@@ -433,14 +434,14 @@ std::string fillClip(GltfReading& reading, const tinygltf::Animation& source, So
         if (channel.target_path == "weights") hasShapes = true;
         const int32_t target = indexWithin(channel.target_node, reading.nodeOf.size());
         const int32_t sampler = indexWithin(channel.sampler, source.samplers.size());
-        if (target == kNone || reading.nodeOf[static_cast<size_t>(target)] == kNone) continue;
+        if (target == kNone || at(reading.nodeOf, target) == kNone) continue;
         if (sampler == kNone) return "sampler " + std::to_string(channel.sampler) + " isn't there";
-        const int32_t node = reading.nodeOf[static_cast<size_t>(target)];
+        const int32_t node = at(reading.nodeOf, target);
         const auto [entry, isNew] = channelOf.try_emplace(node, clip.channels.size());
         if (isNew) clip.channels.emplace_back().node = node;
         SourceTrack* track = trackOf(clip.channels[entry->second], channel.target_path);
         if (track == nullptr) continue;
-        const std::string fault = readTrack(reading.document, source.samplers[static_cast<size_t>(sampler)],
+        const std::string fault = readTrack(reading.document, at(source.samplers, sampler),
                                             channel.target_path == "rotation" ? 4 : 3, *track);
         if (!fault.empty()) return fault;
         if (!track->times.empty()) clip.seconds = std::max(clip.seconds, track->times.back());

@@ -5,6 +5,7 @@
 
 #include "builder/tags.h"
 #include "ground/ascii.h"
+#include "ground/at.h"
 #include "standin/import/model.h"
 
 // Animations become clips: every bone and marker that an animation moves gets a pose at every frame of the host's rate.
@@ -134,7 +135,7 @@ struct Player {
 };
 
 bool isRecorded(const Model& model, int32_t node) {
-    return model.boneIds.count(node) > 0 || model.nodes[static_cast<size_t>(node)].marker;
+    return model.boneIds.count(node) > 0 || at(model.nodes, node).marker;
 }
 
 Player newPlayer(const Model& model, const SourceClip& clip) {
@@ -151,13 +152,12 @@ Player newPlayer(const Model& model, const SourceClip& clip) {
     for (size_t i = count; i-- > 0;) {
         const int32_t parent = model.nodes[i].parent;
         if (isRecorded(model, static_cast<int32_t>(i))) matters[i] = true;
-        if (matters[i] && parent != kNoNode) matters[static_cast<size_t>(parent)] = true;
+        if (matters[i] && parent != kNoNode) at(matters, parent) = true;
     }
     for (size_t i = 0; i < count; ++i) {
         const int32_t parent = model.nodes[i].parent;
         player.worlds[i] = model.nodes[i].world;
-        player.driven[i] =
-            player.tracks[i].keys != nullptr || (parent != kNoNode && player.driven[static_cast<size_t>(parent)]);
+        player.driven[i] = player.tracks[i].keys != nullptr || (parent != kNoNode && at(player.driven, parent));
         if (!player.driven[i] || !matters[i]) continue;
         player.moving.push_back(static_cast<int32_t>(i));
         if (isRecorded(model, static_cast<int32_t>(i))) player.recorded.push_back(static_cast<int32_t>(i));
@@ -172,7 +172,7 @@ void pose(const Model& model, Player& player, double seconds) {
         const ModelNode& node = model.nodes[i];
         const Player::Track& track = player.tracks[i];
         const Matrix local = track.keys != nullptr ? sampleLocal(*track.keys, track.rest, seconds) : node.source->local;
-        player.worlds[i] = (node.parent == kNoNode ? root : player.worlds[static_cast<size_t>(node.parent)]) * local;
+        player.worlds[i] = (node.parent == kNoNode ? root : at(player.worlds, node.parent)) * local;
     }
 }
 
@@ -235,8 +235,8 @@ void recordFrames(const Model& model, Player& player, double seconds, Clip& clip
     }
     // What this animation leaves at rest isn't in the bind pose for that.
     for (const auto& [bone, ids] : model.boneIds) {
-        const ModelNode& node = model.nodes[static_cast<size_t>(bone)];
-        if (player.driven[static_cast<size_t>(bone)] || node.bind == node.world) continue;
+        const ModelNode& node = at(model.nodes, bone);
+        if (at(player.driven, bone) || node.bind == node.world) continue;
         addKeys(model, bone, {keyOf(model, node, node.world, 0)}, clip);
     }
 }

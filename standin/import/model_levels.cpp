@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "ground/at.h"
 #include "standin/import/model.h"
 #include "standin/import/simplify.h"
 
@@ -21,7 +22,7 @@ size_t trianglesOn(std::vector<Node>& nodes, int16_t layer) {
 std::vector<int32_t> stillHeld(const std::vector<int32_t>& vertices, const std::vector<int32_t>& vertexOf) {
     std::vector<int32_t> result;
     for (const int32_t vertex : vertices) {
-        const int32_t now = vertexOf[static_cast<size_t>(vertex)];
+        const int32_t now = at(vertexOf, vertex);
         if (now != kNone) result.push_back(now);
     }
     std::sort(result.begin(), result.end());

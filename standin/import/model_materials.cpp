@@ -5,6 +5,7 @@
 #include <set>
 
 #include "ground/ascii.h"
+#include "ground/at.h"
 #include "standin/import/model.h"
 #include "standin/import/plain_png.h"
 
@@ -72,7 +73,7 @@ std::string untakenBase(Model& model, const std::string& base) {
 
 // The file name that an embedded texture is written under.
 std::string embeddedName(Model& model, int32_t index) {
-    const SourceImage& image = model.source.images[static_cast<size_t>(index)];
+    const SourceImage& image = at(model.source.images, index);
     std::string& name = model.imageNames[index];
     if (!name.empty()) return name;
     std::string base = safeBaseName(image.name);
@@ -109,7 +110,7 @@ std::string textureName(Model& model, const SourceMaterial& source, const std::s
 bool mayHaveAlpha(const Model& model, const SourceMaterial& source) {
     if (source.image == kNone) return !source.texture.empty();
     constexpr size_t kPngColorType = 25;
-    const std::string& bytes = model.source.images[static_cast<size_t>(source.image)].bytes;
+    const std::string& bytes = at(model.source.images, source.image).bytes;
     if (bytes.starts_with("\xFF\xD8")) return false;
     if (!bytes.starts_with("\x89PNG") || bytes.size() <= kPngColorType) return true;
     return bytes[kPngColorType] != 0 && bytes[kPngColorType] != 2;
@@ -139,7 +140,7 @@ std::vector<bool> usedMaterials(const Model& model) {
     std::vector<bool> used(model.source.materials.size(), false);
     for (const ModelNode& node : model.nodes) {
         for (const int32_t mesh : node.source->meshes) {
-            used[static_cast<size_t>(model.source.meshes[static_cast<size_t>(mesh)].material)] = true;
+            at(used, model.source.meshes[static_cast<size_t>(mesh)].material) = true;
         }
     }
     return used;

@@ -2,6 +2,7 @@
 #include <bit>
 #include <cmath>
 
+#include "ground/at.h"
 #include "standin/import/mesh_sides.h"
 #include "standin/import/model.h"
 
@@ -73,7 +74,7 @@ public:
     Polyhedron finish(BoneVertices& held);
 
 private:
-    int16_t layer() const { return model_.nodes[static_cast<size_t>(node_)].layer; }
+    int16_t layer() const { return at(model_.nodes, node_).layer; }
     Part preparePart(int32_t meshIndex);
     std::vector<Hold> findHolds(const SourceMesh& mesh);
     int32_t materialSlot(int32_t material);
@@ -112,8 +113,8 @@ Vec3 unitOrZero(const Vector& v) {
 bool isSameNormal(const Vec3& a, const Vec3& b) { return a == b || toVector(a) * toVector(b) >= kSameNormal; }
 
 Joiner::Joiner(Model& model, int32_t node) : model_(model), node_(node), detail_(isDetailLayer(model, layer())) {
-    for (const int32_t mesh : model.nodes[static_cast<size_t>(node)].source->meshes) {
-        const SourceMesh& source = model.source.meshes[static_cast<size_t>(mesh)];
+    for (const int32_t mesh : at(model.nodes, node).source->meshes) {
+        const SourceMesh& source = at(model.source.meshes, mesh);
         if (detail_ && (source.flat || hasUsableNormals(source))) hasNormals_ = true;
     }
 }
@@ -124,25 +125,25 @@ std::vector<Hold> Joiner::findHolds(const SourceMesh& mesh) {
     std::vector<Hold> holds(mesh.positions.size(), whole);
     for (size_t v = 0; v < mesh.holds.size(); ++v) {
         if (mesh.holds[v].bone == kNone) continue;
-        const int32_t bone = mesh.bones[static_cast<size_t>(mesh.holds[v].bone)].node;
-        if (model_.nodes[static_cast<size_t>(bone)].bone) holds[v] = {bone, mesh.holds[v].several};
+        const int32_t bone = at(mesh.bones, mesh.holds[v].bone).node;
+        if (at(model_.nodes, bone).bone) holds[v] = {bone, mesh.holds[v].several};
     }
     return holds;
 }
 
 int32_t Joiner::materialSlot(int32_t material) {
     materialSlots_.resize(model_.source.materials.size(), kNone);
-    int32_t& slot = materialSlots_[static_cast<size_t>(material)];
+    int32_t& slot = at(materialSlots_, material);
     if (slot == kNone) {
         slot = static_cast<int32_t>(result_.materials.size());
-        result_.materials.emplace_back(model_.materialKeys[static_cast<size_t>(material)]);
+        result_.materials.emplace_back(at(model_.materialKeys, material));
         if (result_.materials.size() > kMostMaterials) model_.fail("a node has too many materials");
     }
     return slot;
 }
 
 Part Joiner::preparePart(int32_t meshIndex) {
-    const SourceMesh& mesh = model_.source.meshes[static_cast<size_t>(meshIndex)];
+    const SourceMesh& mesh = at(model_.source.meshes, meshIndex);
     Part part;
     part.mesh = &mesh;
     part.sceneFromMesh = sceneFromMesh(model_, node_, meshIndex);
@@ -165,7 +166,7 @@ Part Joiner::preparePart(int32_t meshIndex) {
 
 // The back of what encloses a volume is never seen, unless there are holes to see it through.
 bool Joiner::showsBacks(const Part& part) {
-    const SourceMaterial& material = model_.source.materials[static_cast<size_t>(part.mesh->material)];
+    const SourceMaterial& material = at(model_.source.materials, part.mesh->material);
     if (!material.doubleSided || !detail_ || model_.options.singleSided) return false;
     if (material.alpha == SourceMaterial::Alpha::Opaque && isClosed(*part.mesh)) return false;
     if (!hasNormals_) ++model_.notes.backsWithout;
@@ -175,7 +176,7 @@ bool Joiner::showsBacks(const Part& part) {
 Vec3 Joiner::scenePosition(const Part& part, uint32_t vertex) {
     const Vec3 position = toVec3(part.sceneFromMesh * Vector(part.mesh->positions[vertex]));
     if (!std::all_of(position.begin(), position.end(), [](float x) { return std::isfinite(x); })) {
-        model_.fail("node " + model_.nodes[static_cast<size_t>(node_)].name + ": a vertex is beyond all numbers");
+        model_.fail("node " + at(model_.nodes, node_).name + ": a vertex is beyond all numbers");
     }
     return position;
 }
@@ -197,13 +198,13 @@ int32_t Joiner::findOrAdd(const Vec3& position, const Vec3& normal, const Hold& 
     const auto [entry, isNew] = firstAt_.try_emplace(key, static_cast<int32_t>(vertices_.size()));
     int32_t found = isNew ? kNone : entry->second;
     int32_t last = kNone;
-    while (found != kNone && !isSameNormal(vertices_[static_cast<size_t>(found)].normal, normal)) {
+    while (found != kNone && !isSameNormal(at(vertices_, found).normal, normal)) {
         last = found;
-        found = vertices_[static_cast<size_t>(found)].next;
+        found = at(vertices_, found).next;
     }
     if (found != kNone) return found;
     found = static_cast<int32_t>(vertices_.size());
-    if (last != kNone) vertices_[static_cast<size_t>(last)].next = found;
+    if (last != kNone) at(vertices_, last).next = found;
     JoinedVertex vertex;
     vertex.bone = hold.bone;
     vertex.normal = normal;
@@ -219,7 +220,7 @@ int32_t Joiner::joinedVertex(Part& part, uint32_t vertex, const Vec3& position, 
     // Without a normal of its own a vertex has those of its faces, so it is looked up corner by corner.
     const bool ofFace = hasNormals_ && normal == Vec3{0, 0, 0};
     const int32_t joined = findOrAdd(position, ofFace ? faceNormal : normal, part.holds[vertex]);
-    if (part.holds[vertex].several) vertices_[static_cast<size_t>(joined)].severalBones = true;
+    if (part.holds[vertex].several) at(vertices_, joined).severalBones = true;
     if (!ofFace) part.joined[vertex] = joined;
     return joined;
 }
@@ -261,7 +262,7 @@ void Joiner::addBack(Part& part, const std::array<uint32_t, 3>& corners, const s
     Face back;
     back.material = part.material;
     for (const size_t c : {size_t{0}, size_t{2}, size_t{1}}) {
-        const Vec3 front = vertices_[static_cast<size_t>(result_.faces.back().corners[c].vertex)].normal;
+        const Vec3 front = marrowfen::at(vertices_, result_.faces.back().corners[c].vertex).normal;
         const int32_t vertex = findOrAdd(at[c], {0 - front[0], 0 - front[1], 0 - front[2]}, part.holds[corners[c]]);
         back.corners.push_back({vertex, result_.faces.back().corners[c].uv});
     }
@@ -310,7 +311,7 @@ Polyhedron Joiner::finish(BoneVertices& held) {
 
 Polyhedron convertMeshes(Model& model, int32_t node, BoneVertices& held) {
     Joiner joiner(model, node);
-    for (const int32_t mesh : model.nodes[static_cast<size_t>(node)].source->meshes) {
+    for (const int32_t mesh : at(model.nodes, node).source->meshes) {
         if (model.error.empty()) joiner.add(mesh);
     }
     return joiner.finish(held);

@@ -5,8 +5,10 @@
 #include <sstream>
 #include <string_view>
 
+#include "builder/layer_names.h"
 #include "builder/tags.h"
 #include "ground/ascii.h"
+#include "ground/at.h"
 #include "standin/import/model.h"
 
 // Nodes, their names, and the layers that names make: a node whose name begins with a role, or carries tags that the
@@ -16,7 +18,7 @@ namespace marrowfen::standin {
 
 namespace {
 
-constexpr std::string_view kRoles[] = {"detail", "collision", "loscollision", "bounds", "nodes"};
+constexpr std::string_view kDetailRole = "detail";  // any other name makes a detail level as well
 constexpr std::string_view kDefaultLayer = "Detail";
 constexpr int32_t kOnlySize = 1;                      // of the default layer when it is the only level: it always shows
 constexpr int32_t kUsualSize = 64;                    // of a level that says none
@@ -45,10 +47,12 @@ LayerTags tagsOf(const std::string& name) {
 // A role may go on with a number or a word of its own, but not be part of another one ("detailed").
 bool beginsWithRole(std::string_view name) {
     constexpr std::string_view kAfterRole = "0123456789 :_-";
-    return std::any_of(std::begin(kRoles), std::end(kRoles), [&](std::string_view role) {
+    const auto begins = [&](std::string_view role) {
         return beginsWithIgnoringCase(name, role) &&
                (name.size() == role.size() || kAfterRole.find(name[role.size()]) != std::string_view::npos);
-    });
+    };
+    return begins(kDetailRole) || std::any_of(std::begin(kRoleWords), std::end(kRoleWords),
+                                              [&](const RoleWord& known) { return begins(known.word); });
 }
 
 // The layer that a node's name makes, empty for none. The exporter reads tags after the first ':', so what stands
@@ -116,7 +120,7 @@ std::string levelName(const Model& model, int32_t level) {
 
 std::string layerOfNode(Model& model, const ModelNode& node, std::vector<size_t>& patternUses) {
     if (node.source->helper) return {};
-    if (node.parent != kNoNode && isPieceOf(node.name, model.nodes[static_cast<size_t>(node.parent)].name)) return {};
+    if (node.parent != kNoNode && isPieceOf(node.name, at(model.nodes, node.parent).name)) return {};
     for (size_t p = 0; p < model.options.layers.size(); ++p) {
         if (!matches(model.options.layers[p].pattern, node.name)) continue;
         ++patternUses[p];
@@ -146,7 +150,7 @@ int16_t layerNamed(Model& model, const std::string& name) {
 // Some formats name meshes only, some nothing at all.
 std::string nameOf(const Model& model, const SourceNode& source) {
     if (!source.unnamed || source.meshes.empty()) return source.name;
-    const std::string& mesh = model.source.meshes[static_cast<size_t>(source.meshes[0])].name;
+    const std::string& mesh = at(model.source.meshes, source.meshes[0]).name;
     return mesh.empty() ? cleanText(std::filesystem::path(model.path).stem().string()) : mesh;
 }
 
@@ -219,8 +223,7 @@ void listNodes(Model& model) {
         node.source = &source;
         node.parent = source.parent;
         node.name = nameOf(model, source);
-        node.world =
-            (node.parent == kNoNode ? root : model.nodes[static_cast<size_t>(node.parent)].world) * source.local;
+        node.world = (node.parent == kNoNode ? root : at(model.nodes, node.parent).world) * source.local;
         node.bind = node.world;
         if (!isFinite(node.world)) model.fail("node " + node.name + ": its transform is beyond all numbers");
         model.nodes.push_back(std::move(node));
@@ -235,9 +238,9 @@ void assignLayers(Model& model) {
     for (ModelNode& node : model.nodes) {
         // Parents come first, so theirs is known.
         if (node.parent != kNoNode) {
-            const ModelNode& parent = model.nodes[static_cast<size_t>(node.parent)];
+            const ModelNode& parent = at(model.nodes, node.parent);
             node.layerName = parent.layerName;
-            node.belowNodes = beginsWithIgnoringCase(parent.layerName, "nodes");
+            node.belowNodes = roleOfName(parent.layerName) == LayerRole::Nodes;
         }
         const std::string own = layerOfNode(model, node, patternUses);
         if (!own.empty()) {
@@ -270,10 +273,7 @@ void assignLayers(Model& model) {
 }
 
 bool isDetailLayer(const Model& model, int16_t layer) {
-    const std::string& name = *model.scene.layers[static_cast<size_t>(layer)];
-    constexpr std::string_view kOthers[] = {"collision", "loscollision", "bounds", "nodes"};
-    return std::none_of(std::begin(kOthers), std::end(kOthers),
-                        [&](std::string_view role) { return beginsWithIgnoringCase(name, role); });
+    return roleOfName(*at(model.scene.layers, layer)) == LayerRole::Detail;
 }
 
 }  // namespace marrowfen::standin

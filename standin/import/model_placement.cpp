@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "ground/at.h"
 #include "host/tsxapi.h"
 #include "standin/import/model.h"
 
@@ -15,7 +16,7 @@ namespace {
 constexpr Transform kIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
 Node newNode(const Model& model, int32_t index, int32_t type) {
-    const ModelNode& source = model.nodes[static_cast<size_t>(index)];
+    const ModelNode& source = at(model.nodes, index);
     Node node;
     node.type = type;
     node.name = source.name;
@@ -29,7 +30,7 @@ Node newNode(const Model& model, int32_t index, int32_t type) {
 
 // What becomes of one node, given its children: a node, or the children in its place.
 std::vector<Node> placeNode(Model& model, int32_t index, std::vector<Node> children, BoneVertices& held) {
-    const ModelNode& source = model.nodes[static_cast<size_t>(index)];
+    const ModelNode& source = at(model.nodes, index);
     const bool hasMeshes = !source.source->meshes.empty();
     if (!hasMeshes && !source.marker) {
         // Groups that hold nothing are left out, and so are the nodes that a reader adds on its own.

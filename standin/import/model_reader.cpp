@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "ground/at.h"
 #include "ground/comma_list.h"
 #include "standin/import/model.h"
 
@@ -51,7 +52,7 @@ void noteTooLarge(Model& model) {
     countVertices(model.scene.nodes, counts);
     for (const auto& [layer, count] : counts) {
         if (count <= kMostVertices || !isDetailLayer(model, layer)) continue;
-        const std::string& name = *model.scene.layers[static_cast<size_t>(layer)];
+        const std::string& name = *at(model.scene.layers, layer);
         model.notes.others.push_back(
             {&load::kTooLarge, Message::Place::Layer, name,
              "layer " + name + " comes to " + std::to_string(count) +

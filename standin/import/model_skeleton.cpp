@@ -4,6 +4,7 @@
 #include <set>
 
 #include "ground/ascii.h"
+#include "ground/at.h"
 #include "standin/import/model.h"
 
 // Which nodes become bones, and in which pose they are bound.
@@ -32,9 +33,9 @@ struct Joint {
 // Corners of a mesh's box, to measure by how much two placements of the mesh differ.
 using BoxCorners = std::array<Vector, 8>;
 
-ModelNode& nodeAt(Model& model, int32_t index) { return model.nodes[static_cast<size_t>(index)]; }
+ModelNode& nodeAt(Model& model, int32_t index) { return at(model.nodes, index); }
 
-const SourceMesh& meshAt(const Model& model, int32_t index) { return model.source.meshes[static_cast<size_t>(index)]; }
+const SourceMesh& meshAt(const Model& model, int32_t index) { return at(model.source.meshes, index); }
 
 // Calls act(node, mesh number) for every mesh that hangs in the hierarchy.
 void eachMesh(const Model& model, const std::function<void(int32_t, int32_t)>& act) {
@@ -45,7 +46,7 @@ void eachMesh(const Model& model, const std::function<void(int32_t, int32_t)>& a
 
 int32_t levelOf(const Model& model, int32_t node) {
     int32_t level = 0;
-    for (; node != kNoNode; node = model.nodes[static_cast<size_t>(node)].parent) ++level;
+    for (; node != kNoNode; node = at(model.nodes, node).parent) ++level;
     return level;
 }
 
@@ -54,7 +55,7 @@ int32_t commonAncestor(const Model& model, int32_t a, int32_t b) {
     while (a != b) {
         int32_t& lower = levelA >= levelB ? a : b;
         int32_t& level = levelA >= levelB ? levelA : levelB;
-        lower = model.nodes[static_cast<size_t>(lower)].parent;
+        lower = at(model.nodes, lower).parent;
         --level;
     }
     return a;
@@ -137,13 +138,11 @@ std::vector<Joint> jointsOf(const SourceMesh& mesh) {
 Matrix bindPlace(const Model& model, int32_t node, const std::vector<Joint>& joints, const BoxCorners& corners) {
     // A bone that another mesh has bound already says where this one stood.
     for (const Joint& joint : joints) {
-        const ModelNode& bone = model.nodes[static_cast<size_t>(joint.node)];
+        const ModelNode& bone = at(model.nodes, joint.node);
         if (bone.bound) return bone.bind * joint.offset;
     }
-    const Matrix& meshPlace = model.nodes[static_cast<size_t>(node)].world;
-    const auto restPlace = [&](const Joint& joint) {
-        return model.nodes[static_cast<size_t>(joint.node)].world * joint.offset;
-    };
+    const Matrix& meshPlace = at(model.nodes, node).world;
+    const auto restPlace = [&](const Joint& joint) { return at(model.nodes, joint.node).world * joint.offset; };
     const auto restFits = [&](const Matrix& place) {
         return std::all_of(joints.begin(), joints.end(),
                            [&](const Joint& joint) { return isSamePlace(corners, restPlace(joint), place); });
@@ -192,14 +191,14 @@ void bindOtherBones(Model& model) {
         if (above == kNoNode || nodeAt(model, above).bound) continue;
         if (const auto bind = bindBeside(node, nodeAt(model, above))) {
             nodeAt(model, above).bind = *bind;
-            known[static_cast<size_t>(above)] = true;
+            at(known, above) = true;
         }
     }
     for (size_t i = 0; i < model.nodes.size(); ++i) {
         ModelNode& node = model.nodes[i];
         if (!node.bone || known[i]) continue;
         const int32_t above = parentBone(model, static_cast<int32_t>(i));
-        if (above == kNoNode || !known[static_cast<size_t>(above)]) continue;
+        if (above == kNoNode || !at(known, above)) continue;
         if (const auto bind = bindBeside(nodeAt(model, above), node)) node.bind = *bind;
         known[i] = true;
     }
@@ -237,30 +236,28 @@ bool differs(const Matrix& a, const Matrix& b) {
 // The node that a helper of the FBX reader belongs to: the first real one below.
 int32_t realNode(const Model& model, int32_t node) {
     const auto count = static_cast<int32_t>(model.nodes.size());
-    while (node < count && model.nodes[static_cast<size_t>(node)].source->helper) ++node;
+    while (node < count && at(model.nodes, node).source->helper) ++node;
     return node < count ? node : kNoNode;
 }
 
 }  // namespace
 
 int32_t boneAbove(const Model& model, int32_t node) {
-    while (node != kNoNode && !model.nodes[static_cast<size_t>(node)].bone) {
-        node = model.nodes[static_cast<size_t>(node)].parent;
+    while (node != kNoNode && !at(model.nodes, node).bone) {
+        node = at(model.nodes, node).parent;
     }
     return node;
 }
 
-int32_t parentBone(const Model& model, int32_t node) {
-    return boneAbove(model, model.nodes[static_cast<size_t>(node)].parent);
-}
+int32_t parentBone(const Model& model, int32_t node) { return boneAbove(model, at(model.nodes, node).parent); }
 
 Matrix sceneFromMesh(const Model& model, int32_t node, int32_t mesh) {
     const auto skin = model.skinPlaces.find({node, mesh});
     if (skin != model.skinPlaces.end()) return skin->second;
-    const ModelNode& source = model.nodes[static_cast<size_t>(node)];
+    const ModelNode& source = at(model.nodes, node);
     const int32_t above = boneAbove(model, node);
     if (above == kNoNode) return source.world;
-    const ModelNode& bone = model.nodes[static_cast<size_t>(above)];
+    const ModelNode& bone = at(model.nodes, above);
     if (bone.bind == bone.world) return source.world;
     return bindBeside(bone, source).value_or(source.world);
 }
@@ -323,7 +320,7 @@ void findMovingBones(Model& model) {
         for (const SourceChannel& channel : clip.channels) {
             if (!isMoving(nodeAt(model, channel.node), channel)) continue;
             const int32_t moved = realNode(model, channel.node);
-            if (moved == kNoNode || isStill[static_cast<size_t>(moved)] || nodeAt(model, moved).marker) continue;
+            if (moved == kNoNode || at(isStill, moved) || nodeAt(model, moved).marker) continue;
             nodeAt(model, moved).bone = true;
         }
     }

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "ground/at.h"
 #include "host/tsxapi.h"
 #include "standin/import/model.h"
 
@@ -17,7 +18,7 @@ struct Skeleton {
 };
 
 Node newBone(const Model& model, int32_t index, const Skeleton& skeleton, bool isCopy, const BoneVertices& held) {
-    const ModelNode& source = model.nodes[static_cast<size_t>(index)];
+    const ModelNode& source = at(model.nodes, index);
     const Matrix pose = poseInScene(model, source.bind);
     Node bone;
     bone.type = TsxBone;
@@ -66,7 +67,7 @@ std::vector<Skeleton> skeletonsOf(const Model& model, const BoneVertices& held) 
         std::vector<bool>& bones = needed[place.first];
         bones.resize(model.nodes.size());
         for (int32_t bone = place.second; bone != kNoNode; bone = parentBone(model, bone)) {
-            bones[static_cast<size_t>(bone)] = true;
+            at(bones, bone) = true;
         }
     }
     std::vector<Skeleton> skeletons;

@@ -5,6 +5,7 @@
 #include <map>
 #include <unordered_map>
 
+#include "ground/at.h"
 #include "standin/import/simplify.h"
 #include "standin/import/source_model.h"
 
@@ -40,7 +41,7 @@ Wedges wedgesOf(const Polyhedron& polyhedron) {
             const auto [entry, isNew] = numberOf.try_emplace(wedge, static_cast<uint32_t>(wedges.all.size()));
             if (isNew) {
                 wedges.all.push_back(wedge);
-                wedges.positions.push_back(polyhedron.vertices[static_cast<size_t>(corner.vertex)]);
+                wedges.positions.push_back(at(polyhedron.vertices, corner.vertex));
             }
             wedges.corners.push_back(entry->second);
         }
@@ -119,10 +120,10 @@ SimplerPolyhedron simplify(const Polyhedron& polyhedron, size_t triangles) {
         face.material = wedges.all[corners[t]].material;
         for (size_t c = t; c < t + 3; ++c) {
             const Wedge& wedge = wedges.all[corners[c]];
-            int32_t& vertex = result.vertexOf[static_cast<size_t>(wedge.vertex)];
+            int32_t& vertex = at(result.vertexOf, wedge.vertex);
             if (vertex == kNone) {
                 vertex = static_cast<int32_t>(result.polyhedron.vertices.size());
-                result.polyhedron.vertices.push_back(polyhedron.vertices[static_cast<size_t>(wedge.vertex)]);
+                result.polyhedron.vertices.push_back(at(polyhedron.vertices, wedge.vertex));
                 if (polyhedron.normals) {
                     result.polyhedron.normals->push_back((*polyhedron.normals)[static_cast<size_t>(wedge.vertex)]);
                 }

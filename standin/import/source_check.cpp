@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ground/at.h"
 #include "standin/import/source_model.h"
 
 // Numbers that aren't finite are refused here once, for all readers and later passes.
@@ -40,7 +41,7 @@ void checkMesh(SourceModel& source, size_t index) {
     }
     for (const SourceBone& bone : mesh.bones) {
         if (isFinite(bone.boneFromMesh)) continue;
-        return source.fail(meshName(source, index) + ", bone " + source.nodes[static_cast<size_t>(bone.node)].name +
+        return source.fail(meshName(source, index) + ", bone " + at(source.nodes, bone.node).name +
                            ": its bind pose isn't finite");
     }
 }
@@ -57,8 +58,7 @@ std::string clipFault(const SourceModel& source, const SourceClip& clip) {
     if (!std::isfinite(clip.seconds)) return "its duration isn't finite";
     for (const SourceChannel& channel : clip.channels) {
         if (isSound(channel.location) && isSound(channel.rotation) && isSound(channel.scale)) continue;
-        return "a key of " + source.nodes[static_cast<size_t>(channel.node)].name +
-               " isn't finite or goes back in time";
+        return "a key of " + at(source.nodes, channel.node).name + " isn't finite or goes back in time";
     }
     return {};
 }
