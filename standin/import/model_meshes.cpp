@@ -26,14 +26,48 @@ struct Bits {
     bool operator==(const Bits&) const = default;
 };
 
-struct BitsHash {
-    size_t operator()(const Bits& bits) const {
+// Numbers by bits: a table with open places, since a node of its own for each entry costs more than the search.
+class NumberOfBits {
+public:
+    // The number that these bits have, and whether they are new and this one is theirs now.
+    std::pair<int32_t, bool> tryAdd(const Bits& bits, int32_t number) {
+        if (2 * (count_ + 1) > entries_.size()) grow();
+        Entry& entry = entries_[placeOf(bits)];
+        const bool isNew = entry.number == kNone;
+        if (isNew) entry = {bits, number}, ++count_;
+        return {entry.number, isNew};
+    }
+
+private:
+    struct Entry {
+        Bits bits;
+        int32_t number = kNone;
+    };
+    std::vector<Entry> entries_;  // a power of two
+    size_t count_ = 0;
+
+    static size_t hashOf(const Bits& bits) {
         uint64_t hash = 0x9E3779B97F4A7C15U;
         for (const uint32_t word : bits.words) {
             hash = (hash ^ word) * 0xFF51AFD7ED558CCDU;
             hash ^= hash >> 32;
         }
         return static_cast<size_t>(hash);
+    }
+
+    size_t placeOf(const Bits& bits) const {
+        size_t at = hashOf(bits) & (entries_.size() - 1);
+        while (entries_[at].number != kNone && !(entries_[at].bits == bits)) at = (at + 1) & (entries_.size() - 1);
+        return at;
+    }
+
+    void grow() {
+        constexpr size_t kFirstSize = 64;
+        std::vector<Entry> old(entries_.empty() ? kFirstSize : 4 * entries_.size());
+        std::swap(old, entries_);
+        for (const Entry& entry : old) {
+            if (entry.number != kNone) entries_[placeOf(entry.bits)] = entry;
+        }
     }
 };
 
@@ -93,8 +127,8 @@ private:
     bool hasNormals_ = false;
     Polyhedron result_;
     std::vector<JoinedVertex> vertices_;
-    std::unordered_map<Bits, int32_t, BitsHash> firstAt_;   // by position and bone
-    std::unordered_map<Bits, int32_t, BitsHash> uvNumber_;  // by value
+    NumberOfBits firstAt_;   // vertices by position and bone
+    NumberOfBits uvNumber_;  // by value
     std::vector<int32_t> materialSlots_;
 };
 
@@ -195,8 +229,8 @@ Vec3 Joiner::sceneNormal(const Part& part, uint32_t vertex) const {
 int32_t Joiner::findOrAdd(const Vec3& position, const Vec3& normal, const Hold& hold) {
     const Bits key = {
         {bitsOf(position[0]), bitsOf(position[1]), bitsOf(position[2]), static_cast<uint32_t>(hold.bone)}};
-    const auto [entry, isNew] = firstAt_.try_emplace(key, static_cast<int32_t>(vertices_.size()));
-    int32_t found = isNew ? kNone : entry->second;
+    const auto [first, isNew] = firstAt_.tryAdd(key, static_cast<int32_t>(vertices_.size()));
+    int32_t found = isNew ? kNone : first;
     int32_t last = kNone;
     while (found != kNone && !isSameNormal(at(vertices_, found).normal, normal)) {
         last = found;
@@ -230,10 +264,10 @@ int32_t Joiner::uvIndex(Part& part, uint32_t vertex) {
     int32_t& index = part.uvOf[vertex];
     if (index != kNone) return index;
     const Vec2 uv = {part.mesh->uvs[vertex][0] + 0.0F, part.mesh->uvs[vertex][1] + 0.0F};
-    const auto [entry, isNew] =
-        uvNumber_.try_emplace(Bits{{bitsOf(uv[0]), bitsOf(uv[1]), 0, 0}}, static_cast<int32_t>(result_.uvs.size()));
+    const auto [number, isNew] =
+        uvNumber_.tryAdd(Bits{{bitsOf(uv[0]), bitsOf(uv[1]), 0, 0}}, static_cast<int32_t>(result_.uvs.size()));
     if (isNew) result_.uvs.push_back(uv);
-    return index = entry->second;
+    return index = number;
 }
 
 void Joiner::addTriangle(Part& part, std::array<uint32_t, 3> corners) {

@@ -35,11 +35,13 @@ void dropMeshes(SourceModel& source) {
 
 void countVertices(const std::vector<Node>& nodes, std::map<int16_t, size_t>& counts) {
     for (const Node& node : nodes) {
-        std::set<std::pair<int32_t, int32_t>> corners;
+        std::vector<std::pair<int32_t, int32_t>> corners;
         for (const Face& face : node.polyhedron.faces) {
-            for (const Corner& corner : face.corners) corners.emplace(corner.vertex, corner.uv);
+            for (const Corner& corner : face.corners) corners.emplace_back(corner.vertex, corner.uv);
         }
-        counts[node.layer] += corners.size();
+        std::sort(corners.begin(), corners.end());
+        const auto end = std::unique(corners.begin(), corners.end());
+        counts[node.layer] += static_cast<size_t>(end - corners.begin());
         countVertices(node.children, counts);
     }
 }

@@ -13,6 +13,7 @@
 
 #include "standin/host/scene_file.h"
 #include "standin/import/polygon_cut.h"
+#include "standin/import/source_model.h"
 #include "tests/import/model_files.h"
 
 namespace marrowfen::standin {
@@ -250,6 +251,59 @@ TEST(ModelImport, ColladaNamesAndBlanks) {
     std::set<float> heights;
     for (const auto& [node, keys] : scene.clips[0].keys) heights.insert((*keys.back().transform)[11]);
     EXPECT_EQ(heights, (std::set<float>{5, 7}));
+}
+
+// Texts that no scene can hold become ones that it can, letter by letter.
+TEST(ModelImport, NamesAreOneLineOfUtf8) {
+    const std::pair<const char*, const char*> kCases[] = {
+        {"plain", "plain"},
+        {"a\nb\tc\x7F", "a_b_c_"},
+        {"\x1F \x7E", "_ ~"},
+        {"\xC2\x80\xDF\xBF", "\xC2\x80\xDF\xBF"},
+        {"\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBF", "\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBF"},
+        {"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+        {"\x80z\xC1\x80\xC3", "?z???"},
+        {"\xE0\x9F\x80\xED\xA0\x80\xE2\x82", "????????"},
+        {"\xF0\x8F\x80\x80\xF4\x90\x80\x80\xF5\x80\x80\x80", "????????????"}};
+    for (const auto& [given, expected] : kCases) EXPECT_EQ(cleanText(given), expected);
+}
+
+// A buffer beside the model and one in its text, by names and bytes that are coded; images of all kinds.
+TEST(ModelImport, BuffersAndImagesAreFoundByTheirUris) {
+    const ModelFolder folder;
+    const float points[] = {0, 0, 0, 0, 0, 1, 1, 0, 0};
+    const std::string bytes(reinterpret_cast<const char*>(points), sizeof points);
+    std::filesystem::create_directory(folder.pathOf("b"));
+    folder.write("b/a b%.bin", "xx" + bytes);
+    std::string coded;
+    for (const char c : bytes) {
+        const char* kDigits = "0123456789aBCDEf";
+        const auto byte = static_cast<unsigned char>(c);
+        coded += std::string("%") + kDigits[byte >> 4] + kDigits[byte & 15];
+    }
+    for (const std::string& uri : {std::string("b/../b/a%20b%25.bin"), "data:,xx" + coded}) {
+        Gltf gltf;
+        gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+        gltf.text();
+        gltf.json["bufferViews"][0]["byteOffset"] = 2;
+        gltf.json["buffers"] = {{{"byteLength", 38}, {"uri", uri}}};
+        gltf.json["images"] = {{{"uri", "data:image/bmp;base64,eHl6"}, {"name", "b"}}, {{"uri", "wood%20x.png"}}};
+        gltf.json["textures"] = {{{"source", 0}}, {{"source", 1}}};
+        gltf.json["materials"] = {{{"pbrMetallicRoughness", {{"baseColorTexture", {{"index", 0}}}}}},
+                                  {{"pbrMetallicRoughness", {{"baseColorTexture", {{"index", 1}}}}}}};
+        const nlohmann::json attributes = {{"POSITION", 0}};
+        gltf.json["meshes"] = {
+            {{"primitives",
+              {{{"attributes", attributes}, {"material", 0}}, {{"attributes", attributes}, {"material", 1}}}}}};
+        gltf.json["nodes"] = {{{"mesh", 0}}};
+        gltf.json["scenes"] = {{{"nodes", {0}}}};
+        const ImportResult result = importModel(folder.write("m.gltf", gltf.json.dump()), {});
+        ASSERT_TRUE(result.scene.has_value()) << result.error;
+        const std::vector<Vec3>& places = result.scene->nodes[0].polyhedron.vertices;
+        EXPECT_EQ(std::set<Vec3>(places.begin(), places.end()), (std::set<Vec3>{{0, 0, 0}, {0, 1, 0}, {-1, 0, 0}}));
+        EXPECT_EQ(result.textures, (std::vector<std::pair<std::string, std::string>>{{"b.bmp", "xyz"}}));
+        EXPECT_EQ(result.scene->materials[1].second.texture, "wood x.png");
+    }
 }
 
 TEST(ModelImport, BacksOfASheetStayApart) {
@@ -596,6 +650,14 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
         {"escaped.gltf", gltfWith("buffers", {{{"byteLength", 36}, {"uri", "a/%2E%2E/../b"}}}), "outside the model's"},
         {"count.gltf", gltfWith("accessors", nlohmann::json::array({accessor})),
          "accessor 0: ends beyond its buffer view"},
+        {"sparse.gltf", gltfWith("accessors", nlohmann::json::parse(R"([{"bufferView": 0, "componentType": 5126,
+             "count": 3, "type": "VEC3", "sparse": {"count": 1, "indices": {"bufferView": 0, "byteOffset": 22,
+             "componentType": 5121}, "values": {"bufferView": 0}}}])")),
+         "replaces element 128 of 3"},
+        {"sparser.gltf", gltfWith("accessors", nlohmann::json::parse(R"([{"bufferView": 0, "componentType": 5126,
+             "count": 3, "type": "VEC3", "sparse": {"count": 4, "indices": {"bufferView": 0, "componentType": 5121},
+             "values": {"bufferView": 0}}}])")),
+         "sparse elements end beyond"},
         {"view.gltf", gltfWith("bufferViews", {{{"buffer", 0}, {"byteOffset", 4}, {"byteLength", 36}}}), "ends beyond"},
         {"loop.gltf", gltfWith("nodes", nlohmann::json::parse(R"([{"mesh": 0, "children": [0]}])")),
          "hangs in two places"},

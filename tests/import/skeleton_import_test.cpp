@@ -165,6 +165,32 @@ TEST(SkeletonImport, KeysAreJoinedAsTheFileSays) {
     }
 }
 
+// The elbow turns about z by a cubic curve whose tangents are 0, and keys lie at frames of 24, 25 or none a second.
+TEST(SkeletonImport, CurvesOfRotationsAndTheFilesRate) {
+    const struct {
+        std::vector<float> times;
+        float rate;
+    } kCases[] = {{{0, 1 / 24.0F, 1}, 24}, {{0, 0.04F, 1}, 25}, {{0, 0.5F, 1}, 30}, {{0, 0.0123F, 1}, 30}};
+    for (const auto& entry : kCases) {
+        Gltf gltf = arm(json::object());
+        const float r = std::sqrt(0.5F);
+        json turn = {{"name", "turn"}};
+        const std::vector<float> values = {0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                           0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, r, r, 0, 0, 0, 0};
+        gltf.animate(turn, 2, "rotation", gltf.scalars(entry.times), gltf.fours(values));
+        turn["samplers"][0]["interpolation"] = "CUBICSPLINE";
+        gltf.json["animations"] = json::array({turn});
+        const LoadResult result = importGltf(gltf);
+        ASSERT_TRUE(result.scene.has_value()) << result.error;
+        EXPECT_EQ(result.scene->host.frameRate, entry.rate);
+        EXPECT_EQ(result.scene->clips.at(0).end, entry.rate);
+        const std::vector<Key>& keys = *keysOf(result.scene->clips.at(0), "elbow");
+        const float t = (20 / entry.rate - entry.times[1]) / (1 - entry.times[1]), part = 3 * t * t - 2 * t * t * t;
+        const float angle = 2 * std::atan2(part * r, 1 - part + part * r);
+        EXPECT_NEAR((*keys.at(20).transform)[0], std::cos(angle), 1e-4F) << entry.times[1];
+    }
+}
+
 TEST(SkeletonImport, BindPoseStaysWhereTheSkinSaysWhenTheModelRestsBent) {
     Gltf gltf = arm(json::object());
     const float r = std::sqrt(0.5F);
