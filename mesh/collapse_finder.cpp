@@ -18,77 +18,115 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 }  // namespace
 
-float curvatureOf(float alignment) { return std::max(0.0F, std::min(1.0F, (1.0F - alignment) / 2.0F)); }
-
-float CollapseFinder::lengthTo(uint32_t vertex, uint32_t neighbor) const {
-    return length(positions_[neighbor] - positions_[vertex]);
+// Written so that it becomes a minimum and a maximum of the processor.
+float curvatureOf(float alignment) {
+    const float turn = (1.0F - alignment) / 2.0F;
+    const float most = turn < 1.0F ? turn : 1.0F;
+    return most > 0.0F ? most : 0.0F;
 }
 
-// All dot products of the faces' normals are computed, each face's with four others at once, and each neighbour takes
-// the lines of its faces. A neighbour's faces are a bit each.
-CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::span<const uint32_t> neighbors,
-                                                       std::span<const uint32_t> faces) {
-    constexpr size_t kBlocks = kFew / Block::kSize;
-    assert(faces.size() <= kFew && neighbors.size() <= kFew);
+CollapseFinder::CollapseFinder(const std::vector<Point3>& positions, FaceTable& faces) : faces_(faces) {
+    sites_.reserve(positions.size());
+    for (const Point3& p : positions) sites_.push_back({p});
+}
 
-    // The faces of each neighbour, and of the vertex itself unless it is its own neighbour.
-    uint32_t sides[kFew + 1];
-    slotOf_[vertex] = kFew;
-    sides[kFew] = 0;
-    for (uint32_t i = 0; i < neighbors.size(); ++i) {
-        slotOf_[neighbors[i]] = i;
-        sides[i] = 0;
-    }
-    float x[kFew], y[kFew], z[kFew];
-    for (size_t f = 0; f < faces.size(); ++f) {
-        const DecimationFace& face = faces_[faces[f]];
-        for (const uint32_t corner : face.corners) sides[slotOf_[corner]] |= 1U << f;
-        x[f] = face.normal.x;
-        y[f] = face.normal.y;
-        z[f] = face.normal.z;
+float CollapseFinder::lengthTo(uint32_t vertex, uint32_t neighbor) const {
+    return length(sites_[neighbor].position - sites_[vertex].position);
+}
+
+// The dot product of each of a few faces' normals with all, four at once. One that isn't a number counts as the lowest.
+template <size_t kBlocks>
+struct CollapseFinder::FewFaces {
+    static constexpr size_t kMost = kBlocks * Block::kSize;
+    alignas(16) float x[kMost], y[kMost], z[kMost];
+    Lanes dots[kMost][kBlocks];
+
+    // Fills the places of the last four, some of which no face may take.
+    explicit FewFaces(const Point3& n) {
+        const Lanes nx{n.x, n.x, n.x, n.x}, ny{n.y, n.y, n.y, n.y}, nz{n.z, n.z, n.z, n.z};
+        std::memcpy(x + kMost - Block::kSize, &nx, sizeof nx);
+        std::memcpy(y + kMost - Block::kSize, &ny, sizeof ny);
+        std::memcpy(z + kMost - Block::kSize, &nz, sizeof nz);
     }
 
-    Collapse best;
-    for (size_t i = 0; i < neighbors.size(); ++i) {
-        if (std::has_single_bit(sides[i])) best.border = neighbors[i];
-    }
-    if (best.border != kNone) {
-        for (const uint32_t neighbor : neighbors) {
-            const float cost = lengthTo(vertex, neighbor);
-            if (cost < best.cost) best = {neighbor, cost, best.border};
+    void computeDots(size_t count) {
+        Block blocks[kBlocks];
+        for (size_t b = 0; b < kBlocks; ++b) {
+            std::memcpy(&blocks[b].x, x + b * Block::kSize, sizeof(Lanes));
+            std::memcpy(&blocks[b].y, y + b * Block::kSize, sizeof(Lanes));
+            std::memcpy(&blocks[b].z, z + b * Block::kSize, sizeof(Lanes));
         }
-        return best;
+        const Lanes lowest{-kInfinity, -kInfinity, -kInfinity, -kInfinity};
+        for (size_t f = 0; f < count; ++f) {
+            const Lanes ownX{x[f], x[f], x[f], x[f]}, ownY{y[f], y[f], y[f], y[f]}, ownZ{z[f], z[f], z[f], z[f]};
+            for (size_t b = 0; b < kBlocks; ++b) {
+                const Lanes dot = blocks[b].x * ownX + blocks[b].y * ownY + blocks[b].z * ownZ;
+                dots[f][b] = dot > lowest ? dot : lowest;
+            }
+        }
     }
 
-    // The dot products of each face's normal with all, four at once; the last face fills up the last four.
-    const size_t blockCount = (faces.size() + Block::kSize - 1) / Block::kSize;
-    for (size_t f = faces.size(); f < blockCount * Block::kSize; ++f) {
-        x[f] = x[f - 1];
-        y[f] = y[f - 1];
-        z[f] = z[f - 1];
-    }
-    Lanes dots[kFew][kBlocks];
-    for (size_t b = 0; b < blockCount; ++b) {
-        Block block;
-        std::memcpy(&block.x, x + b * Block::kSize, sizeof block.x);
-        std::memcpy(&block.y, y + b * Block::kSize, sizeof block.y);
-        std::memcpy(&block.z, z + b * Block::kSize, sizeof block.z);
-        for (size_t f = 0; f < faces.size(); ++f) dots[f][b] = block.x * x[f] + block.y * y[f] + block.z * z[f];
-    }
-
-    for (size_t i = 0; i < neighbors.size(); ++i) {
-        Lanes least = Lanes{} + kInfinity;
-        for (size_t b = 0; b < blockCount; ++b) {
-            Lanes largest = Lanes{} - kInfinity;
-            for (uint32_t left = sides[i]; left != 0; left &= left - 1) {
+    // The smallest over all faces of the largest over the side's faces: two, mostly, and the others each a bit.
+    float alignmentAt(size_t first, size_t second, uint32_t others) const {
+        Lanes least{kInfinity, kInfinity, kInfinity, kInfinity};
+        for (size_t b = 0; b < kBlocks; ++b) {
+            Lanes largest = dots[first][b] > dots[second][b] ? dots[first][b] : dots[second][b];
+            for (uint32_t left = others; left != 0; left &= left - 1) {
                 const Lanes dot = dots[std::countr_zero(left)][b];
                 largest = dot > largest ? dot : largest;
             }
             least = largest < least ? largest : least;
         }
-        const float alignment = std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
-        const float cost = lengthTo(vertex, neighbors[i]) * curvatureOf(alignment);
-        if (cost < best.cost) best = {neighbors[i], cost, kNone};
+        const Lanes halves = __builtin_shufflevector(least, least, 2, 3, 0, 1);
+        least = least < halves ? least : halves;
+        return least[1] < least[0] ? least[1] : least[0];
+    }
+};
+
+template <size_t kBlocks>
+CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::span<const uint32_t> neighbors,
+                                                       std::span<const uint32_t> faces) {
+    assert(!faces.empty() && faces.size() <= kBlocks * Block::kSize && neighbors.size() <= kFew);
+    Site* const sites = sites_.data();
+
+    // The faces of each neighbour, and of the vertex itself unless it is its own neighbour.
+    uint32_t sides[kFew + 1] = {};
+    sites[vertex].slot = kFew;
+    for (uint32_t i = 0; i < neighbors.size(); ++i) sites[neighbors[i]].slot = i;
+    FewFaces<kBlocks> few(faces_.normal(faces[0]));
+    for (size_t f = 0; f < faces.size(); ++f) {
+        const auto& [a, b, c] = faces_.corners(faces[f]);
+        const Point3& normal = faces_.normal(faces[f]);
+        sides[sites[a].slot] |= 1U << f;
+        sides[sites[b].slot] |= 1U << f;
+        sides[sites[c].slot] |= 1U << f;
+        few.x[f] = normal.x, few.y[f] = normal.y, few.z[f] = normal.z;
+    }
+    few.computeDots(faces.size());
+
+    Collapse best;
+    const Point3 position = sites[vertex].position;
+    for (size_t i = 0; i < neighbors.size(); ++i) {
+        const uint32_t side = sides[i], others = side & (side - 1);
+        if (others == 0 && side != 0) return closest(vertex, neighbors);  // it is on a border
+        const float distance = length(sites[neighbors[i]].position - position);
+        float curvature = 1;
+        if (side != 0) {
+            curvature =
+                curvatureOf(few.alignmentAt(static_cast<size_t>(std::countr_zero(side)),
+                                            static_cast<size_t>(std::countr_zero(others)), others & (others - 1)));
+        }
+        const float cost = distance * curvature;
+        if (cost < best.cost) best = {neighbors[i], cost};
+    }
+    return best;
+}
+
+CollapseFinder::Collapse CollapseFinder::closest(uint32_t vertex, std::span<const uint32_t> neighbors) const {
+    Collapse best;
+    for (const uint32_t neighbor : neighbors) {
+        const float cost = lengthTo(vertex, neighbor);
+        if (cost < best.cost) best = {neighbor, cost};
     }
     return best;
 }
@@ -96,7 +134,7 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::spa
 void CollapseFinder::collectNormals(std::span<const uint32_t> faces) {
     blocks_.resize((faces.size() + Block::kSize - 1) / Block::kSize);
     for (size_t i = 0; i < blocks_.size() * Block::kSize; ++i) {
-        const Point3& normal = faces_[faces[std::min(i, faces.size() - 1)]].normal;
+        const Point3& normal = faces_.normal(faces[std::min(i, faces.size() - 1)]);
         Block& block = blocks_[i / Block::kSize];
         block.x[i % Block::kSize] = normal.x;
         block.y[i % Block::kSize] = normal.y;
@@ -108,21 +146,21 @@ void CollapseFinder::collectNormals(std::span<const uint32_t> faces) {
 // has it twice.
 void CollapseFinder::collectSides(uint32_t vertex, std::span<const uint32_t> neighbors,
                                   std::span<const uint32_t> faces) {
-    slotOf_[vertex] = CollapseFinder::kNone;
-    for (size_t i = 0; i < neighbors.size(); ++i) slotOf_[neighbors[i]] = static_cast<uint32_t>(i);
+    sites_[vertex].slot = kNone;
+    for (size_t i = 0; i < neighbors.size(); ++i) sites_[neighbors[i]].slot = static_cast<uint32_t>(i);
 
     // Count each neighbour's faces, each once however often it uses the neighbour.
     sideEnds_.assign(neighbors.size() + 1, 0);
     facesAtNeighbors_.resize(3 * faces.size());
     size_t count = 0;
     const auto add = [&](uint32_t corner, uint32_t face) {
-        const uint32_t slot = slotOf_[corner];
+        const uint32_t slot = sites_[corner].slot;
         if (slot == kNone) return;
         ++sideEnds_[slot + 1];
         facesAtNeighbors_[count++] = {slot, face};
     };
     for (uint32_t f = 0; f < faces.size(); ++f) {
-        const auto [a, b, c] = faces_[faces[f]].corners;
+        const auto [a, b, c] = faces_.corners(faces[f]);
         add(a, f);
         if (b != a) add(b, f);
         if (c != a && c != b) add(c, f);
@@ -188,8 +226,8 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfMany(uint32_t vertex, std::sp
     const bool onBorder = border < neighbors.size();
     if (!onBorder) collectNormals(faces);
     Best best{neighbors.size(), kInfinity};
-    if (hint != kNone && slotOf_[hint] < neighbors.size() && neighbors[slotOf_[hint]] == hint) {
-        tryNeighbor(slotOf_[hint], lengthTo(vertex, hint), onBorder, best);
+    if (hint != kNone && sites_[hint].slot < neighbors.size() && neighbors[sites_[hint].slot] == hint) {
+        tryNeighbor(sites_[hint].slot, lengthTo(vertex, hint), onBorder, best);
     }
     for (size_t i = 0; i < neighbors.size(); ++i) tryNeighbor(i, lengthTo(vertex, neighbors[i]), onBorder, best);
 
@@ -204,8 +242,19 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfMany(uint32_t vertex, std::sp
 
 CollapseFinder::Collapse CollapseFinder::cheapest(uint32_t vertex, std::span<const uint32_t> neighbors,
                                                   std::span<const uint32_t> faces, uint32_t hint) {
-    assert(!neighbors.empty() && !faces.empty());
-    if (faces.size() <= kFew && neighbors.size() <= kFew) return cheapestOfFew(vertex, neighbors, faces);
+    assert(!neighbors.empty());  // a vertex without faces can have itself as its only neighbour
+    if (faces.size() <= kFew && neighbors.size() <= kFew && !faces.empty()) {
+        switch ((faces.size() - 1) / Block::kSize) {
+            case 0:
+                return cheapestOfFew<1>(vertex, neighbors, faces);
+            case 1:
+                return cheapestOfFew<2>(vertex, neighbors, faces);
+            case 2:
+                return cheapestOfFew<3>(vertex, neighbors, faces);
+            default:
+                return cheapestOfFew<4>(vertex, neighbors, faces);
+        }
+    }
     return cheapestOfMany(vertex, neighbors, faces, hint);
 }
 

@@ -7,14 +7,9 @@
 
 #include "ground/math.h"
 #include "mesh/corners.h"
+#include "mesh/face_table.h"
 
 namespace marrowfen {
-
-// A face while a mesh is decimated.
-struct alignas(32) DecimationFace {
-    Corners corners;
-    Point3 normal;  // which way it points doesn't matter
-};
 
 // The curvature of an edge whose faces are turned least away from all others by this dot product of normals: from 0 for
 // the same direction to 1 for the opposite one.
@@ -27,13 +22,12 @@ public:
     static constexpr uint32_t kNone = 0xFFFFFFFF;
 
     // The tables must outlive this; faces may change.
-    CollapseFinder(const std::vector<Point3>& positions, const std::vector<DecimationFace>& faces)
-        : positions_(positions), faces_(faces), slotOf_(positions.size()) {}
+    CollapseFinder(const std::vector<Point3>& positions, FaceTable& faces);
 
     struct Collapse {
         uint32_t target = kNone;
         float cost = std::numeric_limits<float>::infinity();
-        uint32_t border = kNone;  // a neighbour with which the vertex shares exactly one face, if there is one
+        uint32_t border = kNone;  // of a vertex with many faces: a neighbour with which it shares exactly one, if any
     };
 
     // The first neighbour among equals; none when no cost is finite. hint: a neighbour that may be the one, which saves
@@ -68,7 +62,11 @@ private:
     };
 
     float lengthTo(uint32_t vertex, uint32_t neighbor) const;
+    template <size_t kBlocks>
+    struct FewFaces;
+    template <size_t kBlocks>
     Collapse cheapestOfFew(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
+    Collapse closest(uint32_t vertex, std::span<const uint32_t> neighbors) const;
     Collapse cheapestOfMany(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces,
                             uint32_t hint);
     void collectNormals(std::span<const uint32_t> faces);
@@ -78,12 +76,17 @@ private:
     float leastAlignment(size_t slot, float length, const Best& best);
     float leastAlignment(size_t slot, const Block& block) const;
 
-    const std::vector<Point3>& positions_;
-    const std::vector<DecimationFace>& faces_;
+    // A vertex, with its position among the neighbours of the one looked at, if it is one.
+    struct Site {
+        Point3 position;
+        uint32_t slot = 0;
+    };
+
+    std::vector<Site> sites_;  // per vertex
+    FaceTable& faces_;
 
     // Of the vertex looked at.
-    std::vector<uint32_t> slotOf_;  // per vertex: its position among the neighbours, if it is one
-    std::vector<Block> blocks_;     // normals of its faces; the last one fills up the last block
+    std::vector<Block> blocks_;  // normals of its faces; the last one fills up the last block
     std::vector<FaceAtNeighbor> facesAtNeighbors_;
     std::vector<uint32_t> sideEnds_;  // per neighbour: end of its part of sides_
     std::vector<uint32_t> sides_;     // positions of the faces shared with each neighbour

@@ -19,11 +19,11 @@ constexpr float kLoneVertexCost = -0.01F;  // below every collapse: a vertex wit
 
 // The numbers of a list; scratch takes them where the list has gaps.
 std::span<const uint32_t> numbersOf(const ListPool& lists, uint32_t list, std::vector<uint32_t>& scratch) {
-    const std::span<const uint32_t> numbers = lists[list];
-    if (numbers.size() == lists.size(list)) return numbers;
+    if (!lists.hasGaps(list)) return lists[list];
     scratch.clear();
-    std::copy_if(numbers.begin(), numbers.end(), std::back_inserter(scratch),
-                 [](uint32_t n) { return n != ListPool::kGap; });
+    for (const uint32_t n : lists[list]) {
+        if (n != ListPool::kGap) scratch.push_back(n);
+    }
     assert(scratch.size() == lists.size(list));
     return scratch;
 }
@@ -33,33 +33,24 @@ std::span<const uint32_t> numbersOf(const ListPool& lists, uint32_t list, std::v
 Decimator::Decimator(const Mesh& mesh)
     : positions_(mesh.vertexes),
       primitives_(mesh.primitives),
-      faces_(mesh.primitives.size()),
-      vertexIsGone_(mesh.vertexes.size()),
-      isBound_(mesh.vertexes.size() + 1),
+      faces_(positions_, mesh.primitives.size()),
       faceCount_(static_cast<int32_t>(mesh.primitives.size())),
-      neighbors_(mesh.vertexes.size()),
-      facesOf_(mesh.vertexes.size()),
-      targets_(mesh.vertexes.size(), kNone),
+      lists_(2 * mesh.vertexes.size()),
+      states_(mesh.vertexes.size() + 1),
       costs_(mesh.vertexes.size()),
       finder_(positions_, faces_),
-      hubBounds_(positions_, faces_, neighbors_, facesOf_) {
+      hubBounds_(positions_, faces_, lists_) {
     for (uint32_t f = 0; f < faces_.size(); ++f) {
         const uint32_t* v = &mesh.indices[primitives_[f].firstElement];
-        faces_[f].corners = {v[0], v[1], v[2]};
-        addFace(f);
+        addFace(f, {v[0], v[1], v[2]});
     }
     for (uint32_t v = 0; v < positions_.size(); ++v) touch(v);
 }
 
-void Decimator::addFace(uint32_t face) {
-    updateNormal(faces_[face]);
-    for (const uint32_t v : faces_[face].corners) facesOf_.append(v, face);
-    connectCorners(faces_[face].corners);
-}
-
-void Decimator::updateNormal(DecimationFace& face) const {
-    const auto [a, b, c] = face.corners;
-    face.normal = normalized(cross(positions_[c] - positions_[b], positions_[b] - positions_[a]));
+void Decimator::addFace(uint32_t face, const Corners& corners) {
+    faces_.setCorners(face, corners);
+    for (const uint32_t v : corners) lists_.append(facesOf(v), face);
+    connectCorners(corners);
 }
 
 // Makes neighbours of the corners, for each corner in turn.
@@ -67,7 +58,7 @@ void Decimator::connectCorners(const Corners& c) {
     if (hasRepeats(c)) {
         for (size_t i = 0; i < 3; ++i) {
             for (size_t j = 0; j < 3; ++j) {
-                if (i != j && !neighbors_.contains(c[i], c[j])) neighbors_.append(c[i], c[j]);
+                if (i != j && !lists_.contains(neighborsOf(c[i]), c[j])) lists_.append(neighborsOf(c[i]), c[j]);
             }
         }
         return;
@@ -75,12 +66,12 @@ void Decimator::connectCorners(const Corners& c) {
     const bool isNew01 = !areNeighbors(c[0], c[1]);
     const bool isNew02 = !areNeighbors(c[0], c[2]);
     const bool isNew12 = !areNeighbors(c[1], c[2]);
-    if (isNew01) neighbors_.append(c[0], c[1]);
-    if (isNew02) neighbors_.append(c[0], c[2]);
-    if (isNew01) neighbors_.append(c[1], c[0]);
-    if (isNew12) neighbors_.append(c[1], c[2]);
-    if (isNew02) neighbors_.append(c[2], c[0]);
-    if (isNew12) neighbors_.append(c[2], c[1]);
+    if (isNew01) lists_.append(neighborsOf(c[0]), c[1]);
+    if (isNew02) lists_.append(neighborsOf(c[0]), c[2]);
+    if (isNew01) lists_.append(neighborsOf(c[1]), c[0]);
+    if (isNew12) lists_.append(neighborsOf(c[1]), c[2]);
+    if (isNew02) lists_.append(neighborsOf(c[2]), c[0]);
+    if (isNew12) lists_.append(neighborsOf(c[2]), c[1]);
 }
 
 // The same where the other two corners are neighbours already.
@@ -95,41 +86,41 @@ void Decimator::connectMoved(const Corners& c, uint32_t moved) {
         if (corner != moved && !areNeighbors(moved, corner)) missing[count++] = corner;
     }
     for (size_t i = 0; i < count; ++i) {
-        neighbors_.append(moved, missing[i]);
-        neighbors_.append(missing[i], moved);
+        lists_.append(neighborsOf(moved), missing[i]);
+        lists_.append(neighborsOf(missing[i]), moved);
     }
 }
 
 // Neighbours are so mutually: the shorter list tells.
 bool Decimator::areNeighbors(uint32_t a, uint32_t b) const {
-    return neighbors_.size(a) < neighbors_.size(b) ? neighbors_.contains(a, b) : neighbors_.contains(b, a);
+    return lists_.size(neighborsOf(a)) < lists_.size(neighborsOf(b)) ? lists_.contains(neighborsOf(a), b)
+                                                                     : lists_.contains(neighborsOf(b), a);
 }
 
 // A vertex shares every one of its faces with itself.
 bool Decimator::shareFace(uint32_t a, uint32_t b) const {
-    if (facesOf_.size(b) < facesOf_.size(a)) std::swap(a, b);
-    for (const uint32_t face : facesOf_[a]) {
-        if (face != ListPool::kGap && hasCorner(faces_[face].corners, b)) return true;
+    if (lists_.size(facesOf(b)) < lists_.size(facesOf(a))) std::swap(a, b);
+    for (const uint32_t face : lists_[facesOf(a)]) {
+        if (face != ListPool::kGap && hasCorner(faces_.corners(face), b)) return true;
     }
     return false;
 }
 
 void Decimator::partUnlessSharingFace(uint32_t a, uint32_t b) {
     if (shareFace(a, b)) return;
-    neighbors_.remove(a, b);
-    neighbors_.remove(b, a);
+    lists_.remove(neighborsOf(a), b);
+    lists_.remove(neighborsOf(b), a);
 }
 
 // The vertex's collapse may have changed. A bound serves as long as others cost less: in flat regions, where collapses
 // cost nothing, and at hubs most vertices never come up as the cheapest.
 void Decimator::touch(uint32_t vertex) {
-    if (neighbors_.isEmpty(vertex)) {
-        targets_[vertex] = kNone;
+    if (lists_.isEmpty(neighborsOf(vertex))) {
+        states_[vertex] = {};
         costs_.set(vertex, kLoneVertexCost);
-        isBound_[vertex] = 0;
     } else if (hubBounds_.isHub(vertex)) {
-        neighbors_.tidy(vertex);
-        facesOf_.tidy(vertex);
+        lists_.tidy(neighborsOf(vertex));
+        lists_.tidy(facesOf(vertex));
         setBound(vertex, hubBounds_.boundOf(vertex));
     } else {
         hubBounds_.forget(vertex);
@@ -143,31 +134,32 @@ void Decimator::touch(uint32_t vertex) {
 
 void Decimator::setBound(uint32_t vertex, float bound) {
     costs_.set(vertex, bound);
-    isBound_[vertex] = 1;
+    states_[vertex].isBound = true;
 }
 
 void Decimator::findCollapse(uint32_t vertex) {
+    State& state = states_[vertex];
     const CollapseFinder::Collapse found =
-        finder_.cheapest(vertex, numbersOf(neighbors_, vertex, neighborScratch_),
-                         numbersOf(facesOf_, vertex, faceScratch_), targets_[vertex]);
-    targets_[vertex] = found.target;
+        finder_.cheapest(vertex, numbersOf(lists_, neighborsOf(vertex), neighborScratch_),
+                         numbersOf(lists_, facesOf(vertex), faceScratch_), state.target);
+    state = {found.target, false};
     costs_.set(vertex, found.cost);
-    isBound_[vertex] = 0;
     if (hubBounds_.isHub(vertex) && costs_.cheapest() != vertex) hubBounds_.watch(vertex, found);
 }
 
 // The first of the vertices whose collapse costs least. Of those with a bound only those are looked at that could be
 // it.
 uint32_t Decimator::findCheapest() {
-    while (isBound_[costs_.cheapest()]) findCollapse(costs_.cheapest());
+    while (states_[costs_.cheapest()].isBound) findCollapse(costs_.cheapest());
     return costs_.cheapest();
 }
 
 void Decimator::collapse(uint32_t from, uint32_t onto) {
-    assert(!vertexIsGone_[from]);
     touched_.clear();
-    for (const uint32_t v : neighbors_[from]) {
-        if (v != ListPool::kGap) touched_.push_back(v);
+    for (const uint32_t v : lists_[neighborsOf(from)]) {
+        if (v == ListPool::kGap || v == from) continue;
+        touched_.push_back(v);
+        lists_.fetch(facesOf(v));
     }
     moved_.clear();
     if (onto != kNone) {
@@ -177,38 +169,36 @@ void Decimator::collapse(uint32_t from, uint32_t onto) {
     destroyVertex(from, onto);
     for (const uint32_t face : moved_) hubBounds_.faceChanged(face);
     fetchTouchedFaces();
-    for (const uint32_t v : touched_) {
-        if (!vertexIsGone_[v]) touch(v);
-    }
+    for (const uint32_t v : touched_) touch(v);
 }
 
 // Starts to load the faces of all touched vertices, which stand all over the memory.
 void Decimator::fetchTouchedFaces() const {
     constexpr size_t kMost = 8;  // faces of a vertex; most have six
     for (const uint32_t v : touched_) {
-        const std::span<const uint32_t> faces = facesOf_[v];
+        const std::span<const uint32_t> faces = lists_[facesOf(v)];
         for (const uint32_t face : faces.first(std::min(faces.size(), kMost))) {
-            if (face != ListPool::kGap) __builtin_prefetch(&faces_[face]);
+            if (face != ListPool::kGap) faces_.fetch(face);
         }
     }
 }
 
 // From the last to the first. A face that has the vertex twice leaves two gaps in the list.
 void Decimator::destroyCommonFaces(uint32_t from, uint32_t onto) {
-    for (size_t i = facesOf_[from].size(); i-- > 0;) {
-        if (i >= facesOf_[from].size()) continue;
-        const uint32_t face = facesOf_[from][i];
-        if (face != ListPool::kGap && hasCorner(faces_[face].corners, onto)) destroyFace(face, from);
+    for (size_t i = lists_[facesOf(from)].size(); i-- > 0;) {
+        if (i >= lists_[facesOf(from)].size()) continue;
+        const uint32_t face = lists_[facesOf(from)][i];
+        if (face != ListPool::kGap && hasCorner(faces_.corners(face), onto)) destroyFace(face, from);
     }
 }
 
 // One of the faces of the vertex that collapses. Where that vertex still is a neighbour it is removed at the end.
 void Decimator::destroyFace(uint32_t face, uint32_t from) {
-    const Corners c = faces_[face].corners;
+    const Corners c = faces_.corners(face);
     assert(hasCorner(c, from));
-    faces_[face].corners = {kNone, kNone, kNone};
+    faces_.remove(face);
     --faceCount_;
-    for (const uint32_t v : c) facesOf_.remove(v, face);
+    for (const uint32_t v : c) lists_.remove(facesOf(v), face);
     for (size_t i = 0; i < 3; ++i) {
         const uint32_t a = c[i], b = c[(i + 1) % 3];
         if (a != from && b != from) partUnlessSharingFace(a, b);
@@ -217,47 +207,46 @@ void Decimator::destroyFace(uint32_t face, uint32_t from) {
 
 // From the last to the first, one corner at a time.
 void Decimator::moveFaces(uint32_t from, uint32_t onto) {
-    while (!facesOf_.isEmpty(from)) {
-        const uint32_t number = facesOf_.last(from);
-        DecimationFace& face = faces_[number];
-        *std::find(face.corners.begin(), face.corners.end(), from) = onto;
-        if (hasCorner(face.corners, from)) {
-            facesOf_.remove(from, number);
+    while (!lists_.isEmpty(facesOf(from))) {
+        const uint32_t face = lists_.last(facesOf(from));
+        faces_.moveCorner(face, from, onto);
+        const Corners& corners = faces_.corners(face);
+        if (hasCorner(corners, from)) {
+            lists_.remove(facesOf(from), face);
         } else {
-            facesOf_.removeLast(from);
+            lists_.removeLast(facesOf(from));
         }
-        facesOf_.append(onto, number);
-        connectMoved(face.corners, onto);
-        updateNormal(face);
-        moved_.push_back(number);
+        lists_.append(facesOf(onto), face);
+        connectMoved(corners, onto);
+        moved_.push_back(face);
     }
 }
 
 // The vertex is known to those that were its neighbours and, for a while, to the one onto which it went.
 void Decimator::destroyVertex(uint32_t vertex, uint32_t onto) {
-    for (const uint32_t v : touched_) neighbors_.remove(v, vertex);
-    if (onto != kNone) neighbors_.remove(onto, vertex);
-    neighbors_.clear(vertex);
+    assert(lists_.isEmpty(facesOf(vertex)));
+    for (const uint32_t v : touched_) lists_.remove(neighborsOf(v), vertex);
+    if (onto != kNone) lists_.remove(neighborsOf(onto), vertex);
+    lists_.clear(neighborsOf(vertex));
+    lists_.clear(facesOf(vertex));
     hubBounds_.forget(vertex);
-    vertexIsGone_[vertex] = 1;
-    isBound_[vertex] = 0;
+    states_[vertex].isBound = false;
     costs_.set(vertex, CostTree::kNever);
-    assert(facesOf_.isEmpty(vertex));
 }
 
 void Decimator::run(int32_t targetCount) {
     while (faceCount_ > targetCount) {
         const uint32_t cheapest = findCheapest();
         if (costs_.lowestCost() == CostTree::kNever) break;
-        collapse(cheapest, targets_[cheapest]);
+        collapse(cheapest, states_[cheapest].target);
     }
 }
 
 MeshFaces Decimator::faces() const {
     MeshFaces left;
-    for (size_t f = 0; f < faces_.size(); ++f) {
-        const Corners& corners = faces_[f].corners;
-        if (corners[0] == kNone) continue;
+    for (uint32_t f = 0; f < faces_.size(); ++f) {
+        if (faces_.isGone(f)) continue;
+        const Corners& corners = faces_.corners(f);
         const auto first = static_cast<uint32_t>(left.indices.size());
         left.primitives.push_back({first, 3, primitives_[f].material, primitives_[f].sourcePoly});
         left.indices.insert(left.indices.end(), corners.begin(), corners.end());

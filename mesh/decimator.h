@@ -25,13 +25,12 @@ public:
     MeshFaces faces() const;  // those left, in their first order
 
 private:
-    void addFace(uint32_t face);
+    void addFace(uint32_t face, const Corners& corners);
     void connectCorners(const Corners& c);
     void connectMoved(const Corners& c, uint32_t moved);
     bool areNeighbors(uint32_t a, uint32_t b) const;
     bool shareFace(uint32_t a, uint32_t b) const;
     void partUnlessSharingFace(uint32_t a, uint32_t b);
-    void updateNormal(DecimationFace& face) const;
 
     void touch(uint32_t vertex);
     void setBound(uint32_t vertex, float bound);
@@ -48,14 +47,16 @@ private:
 
     const std::vector<Point3>& positions_;
     const std::vector<Primitive>& primitives_;  // per face, gone ones too: material and polyhedron
-    std::vector<DecimationFace> faces_;         // the corners of one that is gone are kNone
-    std::vector<uint8_t> vertexIsGone_;
-    std::vector<uint8_t> isBound_;  // per vertex: its cost is only known to be no less; for the padding of costs_ too
+    struct State {
+        uint32_t target = CollapseFinder::kNone;  // where its cheapest collapse goes, kNone for nowhere
+        bool isBound = false;                     // its cost is only known to be no less
+    };
+
+    FaceTable faces_;
     int32_t faceCount_;
-    ListPool neighbors_;             // per vertex: vertices that share a face with it, each once
-    ListPool facesOf_;               // per vertex
-    std::vector<uint32_t> targets_;  // per vertex: where its cheapest collapse goes, kNone for nowhere
-    CostTree costs_;                 // per vertex
+    ListPool lists_;             // per vertex: its neighbours and its faces
+    std::vector<State> states_;  // per vertex, and for the padding of costs_
+    CostTree costs_;             // per vertex
     CollapseFinder finder_;
     HubBounds hubBounds_;
     std::vector<uint32_t> touched_;  // neighbours of the vertex that collapses

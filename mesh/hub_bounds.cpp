@@ -14,7 +14,7 @@ void HubBounds::watch(uint32_t vertex, const CollapseFinder::Collapse& cheapest)
     Hub& hub = hubs_[boundOf_[vertex] - 1];
     hub.bounds.clear();
     hub.border = cheapest.border;
-    const std::span<const uint32_t> neighbors = neighbors_[vertex];
+    const std::span<const uint32_t> neighbors = lists_[neighborsOf(vertex)];
     if (hub.border == CollapseFinder::kNone) {
         const auto isLargeNeighbor = [&](uint32_t n) { return n != ListPool::kGap && isLarge(n); };
         if (std::any_of(neighbors.begin(), neighbors.end(), isLargeNeighbor)) {
@@ -30,19 +30,19 @@ void HubBounds::watch(uint32_t vertex, const CollapseFinder::Collapse& cheapest)
 }
 
 // Faces that point in directions as different as can be: each is turned away most from those before it.
-void HubBounds::pickWitnesses(uint32_t vertex, Hub& hub) const {
+void HubBounds::pickWitnesses(uint32_t vertex, Hub& hub) {
     std::vector<uint32_t> faces;
-    for (const uint32_t face : facesOf_[vertex]) {
+    for (const uint32_t face : lists_[facesOf(vertex)]) {
         if (face != ListPool::kGap) faces.push_back(face);
     }
     std::vector<float> alignments(faces.size(), -std::numeric_limits<float>::infinity());
     size_t next = faces.size() - 1;
     for (size_t i = 0; i < kWitnesses; ++i) {
         hub.witnesses[i] = faces[next];
-        hub.normals[i] = faces_[faces[next]].normal;
+        hub.normals[i] = faces_.normal(faces[next]);
         size_t least = 0;
         for (size_t f = 0; f < faces.size(); ++f) {
-            const float alignment = dot(faces_[faces[f]].normal, hub.normals[i]);
+            const float alignment = dot(faces_.normal(faces[f]), hub.normals[i]);
             if (alignment > alignments[f]) alignments[f] = alignment;
             if (alignments[f] < alignments[least]) least = f;
         }
@@ -53,23 +53,23 @@ void HubBounds::pickWitnesses(uint32_t vertex, Hub& hub) const {
 // At least as many as the vertex shares with the neighbour, and as the neighbour with the vertex.
 uint32_t HubBounds::countCommonFaces(uint32_t vertex, uint32_t neighbor) const {
     uint32_t count = 0;
-    for (const uint32_t face : facesOf_[neighbor]) {
-        if (face != ListPool::kGap) count += countCorners(faces_[face].corners, vertex);
+    for (const uint32_t face : lists_[facesOf(neighbor)]) {
+        if (face != ListPool::kGap) count += countCorners(faces_.corners(face), vertex);
     }
     return count;
 }
 
 // What the witnesses say. Fewer faces than all make the alignment larger and so the cost smaller, never the other way.
-float HubBounds::boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub) const {
+float HubBounds::boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub) {
     const float distance = length(positions_[neighbor] - positions_[vertex]);
     if (hub.border != CollapseFinder::kNone) return distance >= 0 ? distance : 0;
     if (isLarge(neighbor)) return 0;
     std::array<float, kWitnesses> alignments;
     alignments.fill(-std::numeric_limits<float>::infinity());
-    for (const uint32_t face : facesOf_[neighbor]) {
-        if (face == ListPool::kGap || !hasCorner(faces_[face].corners, vertex)) continue;
+    for (const uint32_t face : lists_[facesOf(neighbor)]) {
+        if (face == ListPool::kGap || !hasCorner(faces_.corners(face), vertex)) continue;
         for (size_t i = 0; i < kWitnesses; ++i) {
-            const float alignment = dot(hub.normals[i], faces_[face].normal);
+            const float alignment = dot(hub.normals[i], faces_.normal(face));
             if (alignment > alignments[i]) alignments[i] = alignment;
         }
     }
@@ -78,7 +78,8 @@ float HubBounds::boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub) c
 }
 
 void HubBounds::faceChanged(uint32_t face) {
-    const Corners& corners = faces_[face].corners;
+    if (hubs_.empty()) return;
+    const Corners& corners = faces_.corners(face);
     for (const uint32_t vertex : corners) {
         if (boundOf_[vertex] == 0) continue;
         Hub& hub = hubs_[boundOf_[vertex] - 1];
@@ -92,15 +93,13 @@ void HubBounds::faceChanged(uint32_t face) {
 }
 
 // Whether what the bound rests on is still there.
-bool HubBounds::holds(uint32_t vertex, const Hub& hub) const {
+bool HubBounds::holds(uint32_t vertex, const Hub& hub) {
     if (hub.border != CollapseFinder::kNone) {
         return !isLarge(hub.border) && countCommonFaces(vertex, hub.border) == 1;
     }
     for (size_t i = 0; i < kWitnesses; ++i) {
-        const DecimationFace& face = faces_[hub.witnesses[i]];
-        const Point3& normal = hub.normals[i];
-        if (!hasCorner(face.corners, vertex)) return false;
-        if (face.normal.x != normal.x || face.normal.y != normal.y || face.normal.z != normal.z) return false;
+        if (!hasCorner(faces_.corners(hub.witnesses[i]), vertex)) return false;
+        if (!(faces_.normal(hub.witnesses[i]) == hub.normals[i])) return false;
     }
     return true;
 }
@@ -109,7 +108,7 @@ float HubBounds::boundOf(uint32_t vertex) {
     if (boundOf_[vertex] == 0) return 0;
     Hub& hub = hubs_[boundOf_[vertex] - 1];
     if (!holds(vertex, hub)) return 0;
-    while (!hub.bounds.empty() && !neighbors_.contains(hub.bounds.front().neighbor, vertex)) {
+    while (!hub.bounds.empty() && !lists_.contains(neighborsOf(hub.bounds.front().neighbor), vertex)) {
         std::pop_heap(hub.bounds.begin(), hub.bounds.end(), isDearer);
         hub.bounds.pop_back();
     }

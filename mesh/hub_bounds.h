@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "mesh/collapse_finder.h"
+#include "mesh/face_table.h"
 #include "mesh/list_pool.h"
 
 namespace marrowfen {
@@ -19,16 +20,17 @@ public:
     static constexpr size_t kFewestFaces = 64;
 
     // The tables must outlive this and may change.
-    HubBounds(const std::vector<Point3>& positions, const std::vector<DecimationFace>& faces, const ListPool& neighbors,
-              const ListPool& facesOf)
-        : positions_(positions), faces_(faces), neighbors_(neighbors), facesOf_(facesOf), boundOf_(positions.size()) {}
+    HubBounds(const std::vector<Point3>& positions, FaceTable& faces, const ListPool& lists)
+        : positions_(positions), faces_(faces), lists_(lists), boundOf_(positions.size()) {}
 
     bool isHub(uint32_t vertex) const { return isLarge(vertex); }
 
     // Starts to watch a hub whose cheapest collapse has just been found.
     void watch(uint32_t hub, const CollapseFinder::Collapse& cheapest);
 
-    void forget(uint32_t vertex) { boundOf_[vertex] = 0; }
+    void forget(uint32_t vertex) {
+        if (!hubs_.empty()) boundOf_[vertex] = 0;
+    }
 
     // To be called when the face was moved or turned, for each of its corners, once all lists and normals are right
     // again; no call is needed for a face that is gone.
@@ -54,16 +56,15 @@ private:
         std::array<Point3, kWitnesses> normals{};  // of the witnesses when they were chosen
     };
 
-    bool isLarge(uint32_t vertex) const { return facesOf_.size(vertex) >= kFewestFaces; }
-    void pickWitnesses(uint32_t vertex, Hub& hub) const;
-    bool holds(uint32_t vertex, const Hub& hub) const;
-    float boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub) const;
+    bool isLarge(uint32_t vertex) const { return lists_.size(facesOf(vertex)) >= kFewestFaces; }
+    void pickWitnesses(uint32_t vertex, Hub& hub);
+    bool holds(uint32_t vertex, const Hub& hub);
+    float boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub);
     uint32_t countCommonFaces(uint32_t vertex, uint32_t neighbor) const;
 
     const std::vector<Point3>& positions_;
-    const std::vector<DecimationFace>& faces_;
-    const ListPool& neighbors_;
-    const ListPool& facesOf_;
+    FaceTable& faces_;
+    const ListPool& lists_;
     std::vector<uint32_t> boundOf_;  // per vertex: its place in hubs_ and 1 more, 0 for one that isn't watched
     std::vector<Hub> hubs_;
 };

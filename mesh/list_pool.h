@@ -5,33 +5,63 @@
 #include <bit>
 #include <cassert>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <unordered_map>
 #include <vector>
 
 namespace marrowfen {
 
+// Memory that begins where a cache line does.
+template <class T>
+struct LineAllocator {
+    using value_type = T;
+    static constexpr std::align_val_t kLine{64};
+
+    LineAllocator() = default;
+    template <class U>
+    LineAllocator(const LineAllocator<U>&) {}  // NOLINT: converts
+    T* allocate(size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), kLine)); }
+    void deallocate(T* p, size_t) { ::operator delete(p, kLine); }
+    bool operator==(const LineAllocator&) const { return true; }
+};
+
 // Many lists of numbers in one block of memory, most of them short. Removing keeps the order of the rest. In a long
 // list a number is found through an index, and removing it leaves a gap until half of the list is gaps: no operation
-// grows with the list's length.
+// grows with the list's length. The first numbers of lists 2n and 2n + 1 share a cache line.
 class ListPool {
 public:
     static constexpr uint32_t kGap = UINT32_MAX;  // where a number of a long list was removed
 
-    explicit ListPool(size_t listCount) : lists_(listCount) { numbers_.reserve(kFirstCapacity * listCount); }
+    explicit ListPool(size_t listCount) : lists_(listCount) {
+        numbers_.reserve(kFirstCapacity * (listCount + listCount / 4));
+        numbers_.resize(kFirstCapacity * listCount, kGap);
+        for (size_t i = 0; i < listCount; ++i) lists_[i].begin = static_cast<uint32_t>(kFirstCapacity * i);
+    }
 
-    // With the gaps. Valid until the next append or remove.
+    // With the gaps, of which only long lists have any. Valid until the next append or remove.
     std::span<const uint32_t> operator[](uint32_t list) const {
         return {numbers_.data() + lists_[list].begin, lists_[list].end};
     }
 
     size_t size(uint32_t list) const { return lists_[list].end - lists_[list].gaps; }
     bool isEmpty(uint32_t list) const { return size(list) == 0; }
+    bool hasGaps(uint32_t list) const { return lists_[list].gaps != 0; }
+    void fetch(uint32_t list) const {
+        __builtin_prefetch(&lists_[list]);
+        __builtin_prefetch(numbers_.data() + lists_[list].begin);
+    }
 
     bool contains(uint32_t list, uint32_t number) const {
         if (isLong(lists_[list])) return index_.contains(key(list, number));
         const auto numbers = (*this)[list];
-        return find(numbers.data(), numbers.data() + numbers.size(), number) != numbers.data() + numbers.size();
+        if (lists_[list].capacity > kFirstCapacity) {
+            return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+        }
+        // All places, without branches that would be guessed wrong.
+        bool isHere = false;
+        for (size_t i = 0; i < kFirstCapacity; ++i) isHere |= numbers.data()[i] == number;
+        return isHere;
     }
 
     uint32_t last(uint32_t list) const {
@@ -54,10 +84,20 @@ public:
             return;
         }
         uint32_t* const begin = numbers_.data() + entry.begin;
+        if (entry.capacity == kFirstCapacity) {
+            bool isPast = false;
+            for (size_t i = 0; i + 1 < kFirstCapacity; ++i) {
+                isPast |= begin[i] == number;
+                begin[i] = begin[i + isPast];
+            }
+            isPast |= begin[kFirstCapacity - 1] == number;
+            if (isPast) begin[--entry.end] = kGap;
+            return;
+        }
         uint32_t* const end = begin + entry.end;
-        const auto at = find(begin, end, number) - begin;
-        if (begin + at == end) return;
-        std::copy(begin + at + 1, end, begin + at);
+        uint32_t* at = std::find(begin, end, number);
+        if (at == end) return;
+        for (; at + 1 != end; ++at) *at = at[1];
         --entry.end;
     }
 
@@ -67,16 +107,18 @@ public:
         if (isLong(entry)) {
             removeFromLong(list, last(list));
         } else {
-            --entry.end;
+            numbers_[entry.begin + --entry.end] = kGap;
         }
     }
 
     void clear(uint32_t list) {
-        if (isLong(lists_[list])) {
+        List& entry = lists_[list];
+        if (isLong(entry)) {
             for (const uint32_t number : (*this)[list]) index_.erase(key(list, number));
         }
-        release(lists_[list]);
-        lists_[list] = {};
+        release(entry);
+        entry = {kFirstCapacity * list};
+        std::fill_n(numbers_.data() + entry.begin, kFirstCapacity, kGap);
     }
 
     // Takes the gaps out of a long list, when there are many.
@@ -92,30 +134,21 @@ public:
     }
 
 private:
-    static constexpr uint32_t kFirstCapacity = 8;  // most vertices have six faces and six neighbours
+    // Most vertices have six faces and six neighbours. The free places of such a list hold gaps.
+    static constexpr uint32_t kFirstCapacity = 8;
     static constexpr uint32_t kShortCapacity = 2048;
 
     struct List {
-        size_t begin = 0;
-        uint32_t end = 0;       // numbers and gaps
-        uint32_t gaps = 0;      // only in a long list, never at its end
-        uint32_t capacity = 0;  // 0 or kFirstCapacity times a power of two; a list never becomes short again
+        uint32_t begin = 0;
+        uint32_t end = 0;                    // numbers and gaps
+        uint32_t gaps = 0;                   // only in a long list, never at its end
+        uint32_t capacity = kFirstCapacity;  // times a power of two; a list never becomes short again
     };
 
     // Where a number of a long list stands first, and how often.
     struct Place {
         uint32_t at = 0, count = 0;
     };
-
-    // Sixteen numbers at once first, which the compiler turns into vector instructions.
-    static const uint32_t* find(const uint32_t* begin, const uint32_t* end, uint32_t number) {
-        for (; end - begin >= 16; begin += 16) {
-            bool isHere = false;
-            for (size_t i = 0; i < 16; ++i) isHere |= begin[i] == number;
-            if (isHere) break;
-        }
-        return std::find(begin, end, number);
-    }
 
     static bool isLong(const List& entry) { return entry.capacity > kShortCapacity; }
     static uint64_t key(uint32_t list, uint32_t number) { return uint64_t{list} << 32 | number; }
@@ -153,8 +186,8 @@ private:
     void grow(uint32_t list) {
         List& entry = lists_[list];
         const bool wasLong = isLong(entry);
-        const uint32_t capacity = std::max(kFirstCapacity, 2 * entry.capacity);
-        const size_t begin = allocate(capacity);
+        const uint32_t capacity = 2 * entry.capacity;
+        const uint32_t begin = allocate(capacity);
         std::copy_n(numbers_.data() + entry.begin, entry.end, numbers_.data() + begin);
         release(entry);
         entry.begin = begin;
@@ -162,26 +195,28 @@ private:
         if (!wasLong && isLong(entry)) enterAll(list);
     }
 
-    size_t allocate(uint32_t capacity) {
-        std::vector<size_t>& places = freePlaces_[static_cast<size_t>(std::bit_width(capacity))];
-        const size_t begin = places.empty() ? numbers_.size() : places.back();
+    uint32_t allocate(uint32_t capacity) {
+        std::vector<uint32_t>& places = freePlaces_[static_cast<size_t>(std::bit_width(capacity))];
         if (places.empty()) {
-            numbers_.resize(begin + capacity);
-        } else {
-            places.pop_back();
+            const auto begin = static_cast<uint32_t>(numbers_.size());
+            numbers_.resize(size_t{begin} + capacity);
+            return begin;
         }
+        const uint32_t begin = places.back();
+        places.pop_back();
         return begin;
     }
 
+    // The first place stays the list's own.
     void release(const List& entry) {
-        if (entry.capacity != 0)
-            freePlaces_[static_cast<size_t>(std::bit_width(entry.capacity))].push_back(entry.begin);
+        if (entry.capacity == kFirstCapacity) return;
+        freePlaces_[static_cast<size_t>(std::bit_width(entry.capacity))].push_back(entry.begin);
     }
 
     std::vector<List> lists_;
-    std::vector<uint32_t> numbers_;
-    std::array<std::vector<size_t>, 33> freePlaces_;  // by bit width of their capacity
-    std::unordered_map<uint64_t, Place> index_;       // of the numbers in long lists
+    std::vector<uint32_t, LineAllocator<uint32_t>> numbers_;
+    std::array<std::vector<uint32_t>, 33> freePlaces_;  // by bit width of their capacity
+    std::unordered_map<uint64_t, Place> index_;         // of the numbers in long lists
 };
 
 }  // namespace marrowfen

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <algorithm>
+#include <cassert>
+#include <cstdint>
+#include <vector>
+
+#include "ground/math.h"
+#include "mesh/corners.h"
+
+namespace marrowfen {
+
+// The lists of a vertex while a mesh is decimated, by their numbers in one pool: vertices that share a face with it,
+// each once, and its faces.
+inline uint32_t neighborsOf(uint32_t vertex) { return 2 * vertex; }
+inline uint32_t facesOf(uint32_t vertex) { return 2 * vertex + 1; }
+
+// The faces while a mesh is decimated, with their normals, which are computed when they are first asked for after a
+// face has moved: where collapses cost nothing, most never are.
+class FaceTable {
+public:
+    // The positions must outlive this.
+    FaceTable(const std::vector<Point3>& positions, size_t faceCount) : positions_(positions), faces_(faceCount) {}
+
+    size_t size() const { return faces_.size(); }
+    const Corners& corners(uint32_t face) const { return faces_[face].corners; }
+    bool isGone(uint32_t face) const { return faces_[face].corners[0] == kGone; }
+
+    void setCorners(uint32_t face, const Corners& corners) {
+        faces_[face].corners = corners;
+        faces_[face].isTurned = true;
+    }
+
+    // The first corner that is at one vertex goes to another.
+    void moveCorner(uint32_t face, uint32_t from, uint32_t onto) {
+        Corners& corners = faces_[face].corners;
+        assert(hasCorner(corners, from));
+        corners[corners[0] == from ? 0 : corners[1] == from ? 1 : 2] = onto;
+        faces_[face].isTurned = true;
+    }
+
+    void remove(uint32_t face) { faces_[face].corners = {kGone, kGone, kGone}; }
+
+    // Of length 1, or 0 for a face without a direction; which of the two ways it points doesn't matter.
+    const Point3& normal(uint32_t face) {
+        Face& f = faces_[face];
+        if (f.isTurned) {
+            const auto& [a, b, c] = f.corners;
+            f.normal = normalized(cross(positions_[c] - positions_[b], positions_[b] - positions_[a]));
+            f.isTurned = false;
+        }
+        return f.normal;
+    }
+
+    void fetch(uint32_t face) const { __builtin_prefetch(&faces_[face]); }
+
+private:
+    static constexpr uint32_t kGone = UINT32_MAX;
+
+    struct alignas(32) Face {
+        Corners corners;
+        Point3 normal;
+        bool isTurned = true;  // since the normal was computed
+    };
+
+    const std::vector<Point3>& positions_;
+    std::vector<Face> faces_;
+};
+
+}  // namespace marrowfen
