@@ -43,22 +43,25 @@ constexpr OptionRow withLetter(OptionRow row, char letter) {
 }
 
 OptionGroup modelOptions() {
-    return {kModelGroup,
-            {number("--fps", "RATE", 1, 1000, "frames a second to sample animations at (the file's own, or 30)"),
-             number("--scale", "FACTOR", 1e-6, 1e6, "factor on a model's size"),
-             word("--unit", "UNIT", "mm cm m in", "what the model counts in, whatever its file says"),
-             word("--up", "AXIS", "x y z", "the model's upright axis, whatever its format says"),
-             number("--turn", "DEGREES", -360, 360, "turn the model to the left"),
-             text("--layer", "LAYER=PATTERN",
-                  "nodes called like the pattern become that layer; the first match counts; may be given again"),
-             text("--loop", "PATTERN", "a pattern for the names of animations that loop; may be given again"),
-             text("--levels", "LIST",
-                  "levels of detail, such as 64,32:50%,16:25%: sizes in pixels and parts of the triangles"),
-             count("--max-triangles", 4, kMostTriangles, "at most so many in each level of detail"),
-             file("--for", "SHAPE", ".dts", "the shape that the animations are for: its nodes' names are taken"),
-             flag("--single-sided", "leave out the backs of double-sided faces"),
-             flag("--textures", "write a plain texture for materials that have a colour only"),
-             flag("--no-textures", "write no textures beside the output")}};
+    return {
+        kModelGroup,
+        {number("--fps", "RATE", 1, 1000, "frames a second to sample animations at (the file's own, or 30)"),
+         number("--scale", "FACTOR", 1e-6, 1e6, "factor on a model's size"),
+         word("--unit", "UNIT", "mm cm m in", "what the model counts in, whatever its file says"),
+         word("--up", "AXIS", "x y z", "the model's upright axis, whatever its format says"),
+         number("--turn", "DEGREES", -360, 360, "turn the model to the left"),
+         text("--layer", "LAYER=PATTERN",
+              "nodes called like the pattern become that layer; the first match counts; may be given again"),
+         text("--loop", "PATTERN", "a pattern for the names of animations that loop; may be given again"),
+         text("--levels", "LIST",
+              "levels of detail, such as 64,32:50%,16:25%: sizes in pixels and parts of the triangles"),
+         count("--max-triangles", 4, kMostTriangles, "at most so many in each level of detail"),
+         file("--for", "SHAPE", ".dts", "the shape that the animations are for: its nodes' names are taken"),
+         flag("--single-sided", "leave out the backs of double-sided faces"),
+         flag("--textures", "write a plain texture for materials that have a colour only"),
+         flag("--no-textures", "write no textures beside the output"),
+         count("--max-seconds", 1, 1e6, "of processor time for reading the model (30), and twice as many by the clock"),
+         count("--max-memory", 64, 1e6, "megabytes for reading the model (4096)")}};
 }
 
 const PlaceRow kScene = {"SCENE", Takes::File, kModels, "a *.scene.json file, or a model (glTF, FBX, OBJ, ...)"};

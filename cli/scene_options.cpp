@@ -114,6 +114,9 @@ Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, S
     import.singleSided = arguments.has("--single-sided");
     import.plainTextures = arguments.has("--textures");
     import.noTextures = arguments.has("--no-textures");
+    import.cpuSeconds = static_cast<unsigned>(arguments.number("--max-seconds", import.cpuSeconds));
+    import.wallSeconds = 2 * import.cpuSeconds;
+    import.memoryMegabytes = static_cast<unsigned>(arguments.number("--max-memory", import.memoryMegabytes));
     options.forShape = arguments.text("--for");
     for (const std::string& text : arguments.all("--layer")) {
         if (const std::string fault = addLayer(text, import.layers); !fault.empty())

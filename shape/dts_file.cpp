@@ -16,6 +16,7 @@ namespace marrowfen {
 namespace {
 
 constexpr uint8_t kMaterialListVersion = 1;
+constexpr int32_t kMostMeshes = 32768;           // of which shapes have a few hundred
 constexpr size_t kLongestMaterialName = 255;     // its length is one byte
 constexpr size_t kSmallestMaterial = 1 + 6 * 4;  // bytes: the length of its name and six columns
 
@@ -123,10 +124,15 @@ void exchangeMeshes(BlockWriter& file, [[maybe_unused]] int32_t count, const std
     file.checkpoint();
 }
 
-// One mesh after the other, so that memory is taken only for meshes that are there.
+// One mesh after the other, so that memory is taken only for meshes that are there. A null mesh takes a hundred times
+// its four bytes.
 void exchangeMeshes(BlockReader& file, int32_t count, std::vector<Mesh>& meshes) {
     file.section("meshes");
     if (!file.words.holds(count, kBytesOf<int32_t>)) return;
+    if (count > kMostMeshes) {
+        return file.words.report(std::to_string(count) + " meshes, at most " + std::to_string(kMostMeshes) +
+                                 " are read");
+    }
     for (int32_t i = 0; i < count && file.words.good(); ++i) {
         file.section("mesh " + std::to_string(i));
         meshes.emplace_back().readMeshBlock(file);

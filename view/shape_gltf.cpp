@@ -44,6 +44,8 @@ struct Builder {
     std::vector<const char*> nodeKinds;            // shape node -> what it is to a person
 };
 
+constexpr size_t kMostScenes = 1024;
+
 std::string nameOf(const Shape& shape, int32_t index) { return excerpt(at(shape.names, index)); }
 
 // The level that a viewer should see: the largest of the visible ones; else, as sizes below 0 never show, the first
@@ -197,7 +199,11 @@ void addScenes(Builder& b) {
     }
     const size_t shown = defaultLevel(b.shape);
     addLevel(b, levels[shown], true);
-    for (size_t i = 0; i < levels.size(); ++i) {
+    if (levels.size() > kMostScenes) {
+        b.warnings.push_back("of " + std::to_string(levels.size()) + " detail levels the first " +
+                             std::to_string(kMostScenes) + " are shown");
+    }
+    for (size_t i = 0; i < std::min(levels.size(), kMostScenes); ++i) {
         if (i != shown) addLevel(b, levels[i], false);
     }
 }

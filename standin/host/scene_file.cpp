@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -43,7 +44,9 @@ private:
 
     template <class T>
     void read(uint32_t index, std::vector<T>& list) {
-        list.reserve(at(index).count);
+        // A record takes a hundred times the bytes that may stand for it before it is looked at.
+        constexpr uint32_t kMostUnseen = SceneRecord<T> ? 1024 : UINT32_MAX;
+        list.reserve(std::min(at(index).count, kMostUnseen));
         forEachEntry(index, [&](uint32_t entry) { read(entry, list.emplace_back()); });
     }
 

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "ground/ascii.h"
 
@@ -16,6 +17,12 @@ namespace marrowfen::standin {
 namespace {
 
 constexpr std::string_view kBigEndianMark = "\xFE\xFF", kLittleEndianMark = "\xFF\xFE";
+
+// Anything but a file may never end, such as a pipe that a model names its materials' file.
+bool isFile(const char* path) {
+    std::error_code fault;
+    return std::filesystem::is_regular_file(path, fault);
+}
 
 std::string contentOf(Assimp::IOStream& stream) {
     std::string bytes(stream.FileSize(), '\0');
@@ -90,13 +97,13 @@ Assimp::IOStream* streamOf(const std::string& bytes) {
 }  // namespace
 
 bool ModelFiles::Exists(const char* path) const {
-    const bool found = DefaultIOSystem::Exists(path);
+    const bool found = isFile(path) && DefaultIOSystem::Exists(path);
     lookedFor_.push_back({path, found});
     return found;
 }
 
 Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
-    std::unique_ptr<Assimp::IOStream> stream(DefaultIOSystem::Open(path, mode));
+    std::unique_ptr<Assimp::IOStream> stream(isFile(path) ? DefaultIOSystem::Open(path, mode) : nullptr);
     lookedFor_.push_back({path, stream != nullptr});
     if (stream == nullptr) return nullptr;
     const bool isCollada = equalIgnoringCase(std::filesystem::path(path).extension().string(), ".dae");

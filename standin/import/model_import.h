@@ -38,8 +38,8 @@ struct ImportOptions {
     bool noTextures = false;              // hands over no textures
     bool plainTextures = false;           // hands over a plain one for materials that have a colour only
     unsigned memoryMegabytes = 4096;      // limits of the child process that reads the model
-    unsigned cpuSeconds = 120;
-    unsigned wallSeconds = 180;
+    unsigned cpuSeconds = 30;
+    unsigned wallSeconds = 60;
 };
 
 struct ImportResult : LoadResult {

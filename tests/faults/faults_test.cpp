@@ -126,7 +126,7 @@ TEST_F(FaultsTest, FailedAllocationIsOneLineOrDoesNotShow) {
         restore();
         const std::string before = result();
         isMet = true;
-        for (int n = 1; isMet; n += 1 + n / 20) {
+        for (int n = 1; isMet; n += 1 + n / 12) {
             const std::string fault = "new " + std::to_string(n) + " 12";
             const int code = runFailing("-q " + command + " >out 2>err", fault).code;
             const std::string error = readFile(folder / "err");

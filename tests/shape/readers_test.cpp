@@ -45,6 +45,8 @@ TEST(Readers, FaultsSayWhatAndWhere) {
     const std::string skin = dts(withSkin);
     // The 32-bit block ends with the skin's bone count, its one bone and three marks.
     const size_t boneCount = 4 + get32(skin.data() + 8) - 5;
+    Shape manyMeshes;
+    manyMeshes.meshes.assign(32769, Mesh(MeshType::Null));
     const std::string old = "The DTS file is of a older, unsupported version";
     const struct {
         std::string file, fault;
@@ -61,6 +63,7 @@ TEST(Readers, FaultsSayWhatAndWhere) {
         {withWord(empty, 4, 0xFFFFFFFF), "offset 144: nodes: the count is -1"},
         {withWord(empty, 4, 1000), "offset 144: nodes: the count is 1000, each takes 20 bytes, 60 bytes are left"},
         {withWord(empty, 19, 2), "offset 204: mesh 0: the data ends here, 4 bytes too early"},
+        {dts(manyMeshes), "offset 196: meshes: 32769 meshes, at most 32768 are read"},
         {withWord(empty, 20, 5), "offset 256: names: the count is 5, each takes 1 bytes, 4 bytes are left"},
         {withWord(empty, 65, 9), "offset 264: sequences: the count is 9, each takes 99 bytes, 5 bytes are left"},
         {empty.substr(0, 264), "offset 264: materials: the data ends here, 1 bytes too early"},
