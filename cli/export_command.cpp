@@ -133,6 +133,7 @@ Outcome writeRecords(const Request& request, const std::vector<BatchRow>& rows) 
     for (const BatchRow& row : rows) worst = worse(worst, row.result.outcome.code);
     if (request.depfile.empty() && request.report.empty()) return {worst, {}};
     std::vector<ExportResult> results;
+    results.reserve(rows.size());
     for (const BatchRow& row : rows) results.push_back(row.result);
     if (!request.depfile.empty() && !request.exports.front().dryRun) {
         const std::string text = depfileText(request.exports, results);

@@ -2,8 +2,8 @@
 
 #include <assimp/MemoryIOWrapper.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -90,7 +90,7 @@ std::string withoutBlanksBeforeNumbers(std::string_view text) {
 // Keeps its bytes for as long as it is open.
 Assimp::IOStream* streamOf(const std::string& bytes) {
     auto* copy = new uint8_t[bytes.size()];
-    std::memcpy(copy, bytes.data(), bytes.size());
+    std::copy(bytes.begin(), bytes.end(), copy);
     return new Assimp::MemoryIOStream(copy, bytes.size(), true);
 }
 

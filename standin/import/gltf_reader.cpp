@@ -93,7 +93,7 @@ std::vector<int> lodsOf(const tinygltf::Node& node) {
     const auto extension = node.extensions.find("MSFT_lod");
     if (extension == node.extensions.end() || !extension->second.Has("ids")) return lods;
     const tinygltf::Value& ids = extension->second.Get("ids");
-    for (size_t k = 0; ids.IsArray() && k < ids.ArrayLen(); ++k) {
+    for (int k = 0; ids.IsArray() && k < static_cast<int>(ids.ArrayLen()); ++k) {
         if (ids.Get(k).IsInt()) lods.push_back(ids.Get(k).GetNumberAsInt());
     }
     return lods;
@@ -175,7 +175,7 @@ double numberOf(const tinygltf::Value* value, double otherwise) {
 
 double numberIn(const tinygltf::Value* list, size_t index, double otherwise) {
     if (list == nullptr || !list->IsArray() || index >= list->ArrayLen()) return otherwise;
-    return numberOf(&list->Get(index), otherwise);
+    return numberOf(&list->Get(static_cast<int>(index)), otherwise);
 }
 
 // A texture reference of the core or of an extension.

@@ -39,6 +39,7 @@ std::vector<Place> flattened(const std::vector<aiVector3D>& positions, const std
     unsigned right = (along + 1) % 3, up = (along + 2) % 3;
     if (normal[along] < 0) std::swap(right, up);
     std::vector<Place> places;
+    places.reserve(corners.size());
     for (const uint32_t corner : corners) {
         places.push_back({static_cast<double>(positions[corner][right]), static_cast<double>(positions[corner][up])});
     }
