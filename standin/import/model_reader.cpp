@@ -93,77 +93,88 @@ void runPasses(Model& model) {
     noteWhatIsLost(model);
 }
 
+// What is lost in numbers.
 struct Line {
-    size_t count;
+    size_t (*count)(const Model& model);
     const MessageKind& kind;
     const char* one;
     const char* many;
 };
 
+const Line kLines[] = {
+    {[](const Model& m) { return m.notes.degenerateFaces; }, load::kFlatTriangle,
+     "triangle with two corners at one place is dropped", "triangles with two corners at one place are dropped"},
+    {[](const Model& m) { return m.source.linesAndPoints; }, load::kLineOrPoint, "line or point is dropped",
+     "lines and points are dropped"},
+    {[](const Model& m) { return m.notes.turnedMeshes; }, load::kMeshTurned,
+     "mesh has faces and normals on opposite sides; what encloses no volume is turned round",
+     "meshes have faces and normals on opposite sides; what encloses no volume is turned round"},
+    {[](const Model& m) { return m.notes.lightVertices; }, load::kSeveralWeights,
+     "vertex follows only the heaviest of several bones", "vertices follow only the heaviest of several bones"},
+    {[](const Model& m) { return m.source.lostBones; }, load::kBoneLost, "bone of a mesh has no node and holds nothing",
+     "bones of meshes have no node and hold nothing"},
+    {[](const Model& m) { return m.notes.bindConflicts; }, load::kBindConflict,
+     "bone is bound in different poses by several meshes; the first one's is taken",
+     "bones are bound in different poses by several meshes; the first one's is taken"},
+    {[](const Model& m) { return m.notes.stillCollisions; }, load::kStillCollision,
+     "collision mesh hangs on a moving node but stays where it is",
+     "collision meshes hang on moving nodes but stay where they are"},
+    {[](const Model& m) { return m.notes.scaledBones; }, load::kBoneScale,
+     "bone changes its size in an animation, which is dropped",
+     "bones change their size in an animation, which is dropped"},
+    {[](const Model& m) { return m.source.shapeClips; }, load::kMorph, "animation of vertices (morphing) is skipped",
+     "animations of vertices (morphing) are skipped"},
+    {[](const Model& m) { return m.notes.morphs; }, load::kMorph, "mesh loses its morph targets",
+     "meshes lose their morph targets"},
+    {[](const Model& m) { return m.notes.vertexColors; }, load::kVertexColor, "mesh loses its vertex colours",
+     "meshes lose their vertex colours"},
+    {[](const Model& m) { return m.notes.moreUvs; }, load::kMoreUvs, "mesh loses its further texture coordinates",
+     "meshes lose their further texture coordinates"},
+    {[](const Model& m) { return m.notes.cutOuts; }, load::kMaterialMask,
+     "material is cut out by its texture's alpha and comes out translucent",
+     "materials are cut out by their textures' alpha and come out translucent"},
+    {[](const Model& m) { return m.notes.backs; }, load::kBackFaces,
+     "face shows from both sides and is doubled; --single-sided leaves its back out",
+     "faces show from both sides and are doubled; --single-sided leaves their backs out"},
+    {[](const Model& m) { return m.notes.tinted; }, load::kMaterialTint,
+     "material tints its texture, which the engine shows in its own colours",
+     "materials tint their textures, which the engine shows in their own colours"},
+    {[](const Model& m) { return m.notes.backsWithout; }, load::kBackFaces,
+     "mesh shows from both sides but has no normals, and keeps its front only",
+     "meshes show from both sides but have no normals, and keep their fronts only"},
+};
+
+std::string counted(size_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
 std::vector<Message> warningsOf(const Model& model) {
     const ModelNotes& notes = model.notes;
-    const SourceModel& source = model.source;
-    const Line kLines[] = {
-        {notes.degenerateFaces, load::kFlatTriangle, "triangle with two corners at one place is dropped",
-         "triangles with two corners at one place are dropped"},
-        {source.linesAndPoints, load::kLineOrPoint, "line or point is dropped", "lines and points are dropped"},
-        {notes.turnedMeshes, load::kMeshTurned,
-         "mesh has faces and normals on opposite sides; what encloses no volume is turned round",
-         "meshes have faces and normals on opposite sides; what encloses no volume is turned round"},
-        {notes.lightVertices, load::kSeveralWeights, "vertex follows only the heaviest of several bones",
-         "vertices follow only the heaviest of several bones"},
-        {source.lostBones, load::kBoneLost, "bone of a mesh has no node and holds nothing",
-         "bones of meshes have no node and hold nothing"},
-        {notes.bindConflicts, load::kBindConflict,
-         "bone is bound in different poses by several meshes; the first one's is taken",
-         "bones are bound in different poses by several meshes; the first one's is taken"},
-        {notes.stillCollisions, load::kStillCollision, "collision mesh hangs on a moving node but stays where it is",
-         "collision meshes hang on moving nodes but stay where they are"},
-        {notes.scaledBones, load::kBoneScale, "bone changes its size in an animation, which is dropped",
-         "bones change their size in an animation, which is dropped"},
-        {source.shapeClips, load::kMorph, "animation of vertices (morphing) is skipped",
-         "animations of vertices (morphing) are skipped"},
-        {notes.morphs, load::kMorph, "mesh loses its morph targets", "meshes lose their morph targets"},
-        {notes.vertexColors, load::kVertexColor, "mesh loses its vertex colours", "meshes lose their vertex colours"},
-        {notes.moreUvs, load::kMoreUvs, "mesh loses its further texture coordinates",
-         "meshes lose their further texture coordinates"},
-        {notes.cutOuts, load::kMaterialMask, "material is cut out by its texture's alpha and comes out translucent",
-         "materials are cut out by their textures' alpha and come out translucent"},
-        {notes.backs, load::kBackFaces, "face shows from both sides and is doubled; --single-sided leaves its back out",
-         "faces show from both sides and are doubled; --single-sided leaves their backs out"},
-        {notes.tinted, load::kMaterialTint, "material tints its texture, which the engine shows in its own colours",
-         "materials tint their textures, which the engine shows in their own colours"},
-        {notes.backsWithout, load::kBackFaces,
-         "mesh shows from both sides but has no normals, and keeps its front only",
-         "meshes show from both sides but have no normals, and keep their fronts only"},
-    };
     std::vector<Message> told;
     const auto tell = [&](const MessageKind& kind, std::string text) {
         told.push_back(aboutScene(kind, std::move(text)));
     };
-    if (source.stickFigure) {
+    if (model.source.stickFigure) {
         tell(load::kStickFigure, "the file has no meshes; its skeleton is drawn as a stick figure");
     }
     for (const Line& line : kLines) {
-        if (line.count == 0) continue;
-        tell(line.kind, std::to_string(line.count) + " " + (line.count == 1 ? line.one : line.many));
+        const size_t count = line.count(model);
+        if (count > 0) tell(line.kind, counted(count, line.one, line.many));
     }
     if (notes.restsElsewhere) {
         tell(load::kRestPose,
              "the model rests in another pose than its skin was bound in; the shape shows the bind pose");
     }
     if (!notes.missingTextures.empty()) {
-        tell(load::kMissingFile, std::to_string(notes.missingTextures.size()) +
-                                     (notes.missingTextures.size() == 1 ? " texture isn't" : " textures aren't") +
+        tell(load::kMissingFile, counted(notes.missingTextures.size(), "texture isn't", "textures aren't") +
                                      " found beside the model: " + commaList(notes.missingTextures));
     }
     if (!notes.plainMaterials.empty()) {
         tell(load::kColorOnly,
-             std::to_string(notes.plainMaterials.size()) +
-                 (notes.plainMaterials.size() == 1 ? " material has" : " materials have") +
+             counted(notes.plainMaterials.size(), "material has", "materials have") +
                  " a colour only; the engine will look for a texture of that name: " + commaList(notes.plainMaterials));
     }
-    told.insert(told.end(), source.remarks.begin(), source.remarks.end());
+    told.insert(told.end(), model.source.remarks.begin(), model.source.remarks.end());
     told.insert(told.end(), notes.others.begin(), notes.others.end());
     return told;
 }
