@@ -94,9 +94,11 @@ void Emitter::emitLeaf(const SortNode& node, int32_t first, int32_t next) {
 }
 
 void Emitter::emitWithout(const SortNode& node, const Point3& direction, int32_t next) {
+    const size_t outside = exclusionDirections_.size();
     exclusionDirections_.push_back(direction);
     emitNode(node, next);
     exclusionDirections_.pop_back();
+    assert(exclusionDirections_.size() == outside);
 }
 
 void Emitter::emitLayers(const std::vector<FaceList>& layers, bool continuing) {
@@ -123,6 +125,7 @@ void Emitter::emitFaces(const FaceList& faces, bool continuing) {
     for (size_t i = 0; i < runs.size(); ++i) {
         const bool isOpen = continuing && i == 0;
         if (!isOpen) {
+            assert(!runs[i].empty());
             const auto firstElement = static_cast<uint32_t>(out.indices.size());
             out.primitives.push_back({firstElement, 0, faces_.primitives[runs[i].front()].material, 0});
         }
@@ -131,6 +134,7 @@ void Emitter::emitFaces(const FaceList& faces, bool continuing) {
 }
 
 void Emitter::emitRun(const FaceList& run) {
+    assert(run.empty() || !out.primitives.empty());
     for (const uint32_t face : run) {
         const uint32_t* corners = faces_.corners(face);
         out.indices.insert(out.indices.end(), corners, corners + 3);

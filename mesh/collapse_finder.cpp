@@ -68,6 +68,7 @@ struct CollapseFinder::FewFaces {
 
     // The smallest over all faces of the largest over the side's faces: two, mostly, and the others each a bit.
     float alignmentAt(size_t first, size_t second, uint32_t others) const {
+        assert(first < second && second < kMost);
         Lanes least{kInfinity, kInfinity, kInfinity, kInfinity};
         for (size_t b = 0; b < kBlocks; ++b) {
             Lanes largest = dots[first][b] > dots[second][b] ? dots[first][b] : dots[second][b];
@@ -169,6 +170,7 @@ void CollapseFinder::collectSides(uint32_t vertex, std::span<const uint32_t> nei
     // Fill from the starts, which turns them into ends.
     for (size_t i = 1; i < sideEnds_.size(); ++i) sideEnds_[i] += sideEnds_[i - 1];
     sides_.resize(count);
+    assert(sideEnds_.back() == count);
     for (size_t i = 0; i < count; ++i) sides_[sideEnds_[facesAtNeighbors_[i].slot]++] = facesAtNeighbors_[i].face;
 }
 
@@ -183,6 +185,7 @@ size_t CollapseFinder::borderSlot() const {
 
 // The smallest alignment of the block's faces.
 float CollapseFinder::leastAlignment(size_t slot, const Block& block) const {
+    assert(slot + 1 < sideEnds_.size());
     Lanes largest = Lanes{} - kInfinity;
     for (uint32_t i = slot == 0 ? 0 : sideEnds_[slot - 1]; i < sideEnds_[slot]; ++i) {
         const Block& other = blocks_[sides_[i] / Block::kSize];

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 #include <string>
 #include <utility>
 
@@ -60,6 +61,7 @@ std::vector<MeshFaces> Mesh::decimated(std::span<const int32_t> percents) {
     for (const size_t level : order) {
         decimator.run(target(level));
         levels[level] = decimator.faces();
+        assert(levels[level].indices.size() == 3 * levels[level].primitives.size());
     }
     return levels;
 }

@@ -48,6 +48,7 @@ Decimator::Decimator(const Mesh& mesh)
 }
 
 void Decimator::addFace(uint32_t face, const Corners& corners) {
+    assert(face < faces_.size());
     faces_.setCorners(face, corners);
     for (const uint32_t v : corners) lists_.append(facesOf(v), face);
     connectCorners(corners);
@@ -155,6 +156,8 @@ uint32_t Decimator::findCheapest() {
 }
 
 void Decimator::collapse(uint32_t from, uint32_t onto) {
+    assert(from != onto ||
+           lists_.contains(neighborsOf(from), from));  // its own neighbour through a face that repeats it
     touched_.clear();
     for (const uint32_t v : lists_[neighborsOf(from)]) {
         if (v == ListPool::kGap || v == from) continue;
@@ -195,7 +198,7 @@ void Decimator::destroyCommonFaces(uint32_t from, uint32_t onto) {
 // One of the faces of the vertex that collapses. Where that vertex still is a neighbour it is removed at the end.
 void Decimator::destroyFace(uint32_t face, uint32_t from) {
     const Corners c = faces_.corners(face);
-    assert(hasCorner(c, from));
+    assert(hasCorner(c, from) && !faces_.isGone(face));
     faces_.remove(face);
     --faceCount_;
     for (const uint32_t v : c) lists_.remove(facesOf(v), face);
@@ -238,6 +241,7 @@ void Decimator::run(int32_t targetCount) {
     while (faceCount_ > targetCount) {
         const uint32_t cheapest = findCheapest();
         if (costs_.lowestCost() == CostTree::kNever) break;
+        assert(cheapest < positions_.size() && !states_[cheapest].isBound);
         collapse(cheapest, states_[cheapest].target);
     }
 }

@@ -13,33 +13,39 @@ namespace marrowfen {
 // A set of small numbers that gives its lowest: one bit a number, and one bit a word of 64 of those.
 class LowestNumberSet {
 public:
-    explicit LowestNumberSet(size_t capacity = 0) : words_((capacity + 63) / 64), summary_((words_.size() + 63) / 64) {}
+    explicit LowestNumberSet(size_t capacity = 0) : words_(wordsFor(capacity)), summary_(wordsFor(words_.size())) {}
 
     bool hasRoom() const { return !words_.empty(); }
 
     void insert(uint32_t n) {
-        assert(n / 64 < words_.size());
-        words_[n / 64] |= uint64_t{1} << n % 64;
-        summary_[n / 4096] |= uint64_t{1} << n / 64 % 64;
+        assert(n / kBits < words_.size());
+        words_[n / kBits] |= bit(n);
+        summary_[n / kBits / kBits] |= bit(n / kBits);
     }
 
     void erase(uint32_t n) {
-        assert((words_[n / 64] >> n % 64 & 1) != 0);
-        words_[n / 64] &= ~(uint64_t{1} << n % 64);
-        if (words_[n / 64] == 0) summary_[n / 4096] &= ~(uint64_t{1} << n / 64 % 64);
+        assert((words_[n / kBits] & bit(n)) != 0);
+        words_[n / kBits] &= ~bit(n);
+        if (words_[n / kBits] == 0) summary_[n / kBits / kBits] &= ~bit(n / kBits);
     }
 
     // -1 for the empty set.
     int64_t lowest() const {
         for (size_t s = 0; s < summary_.size(); ++s) {
             if (summary_[s] == 0) continue;
-            const size_t word = 64 * s + static_cast<size_t>(std::countr_zero(summary_[s]));
-            return static_cast<int64_t>(64 * word) + std::countr_zero(words_[word]);
+            const size_t word = kBits * s + static_cast<size_t>(std::countr_zero(summary_[s]));
+            assert(words_[word] != 0);
+            return static_cast<int64_t>(kBits * word) + std::countr_zero(words_[word]);
         }
         return -1;
     }
 
 private:
+    static constexpr size_t kBits = 64;  // of a word
+
+    static constexpr size_t wordsFor(size_t bits) { return (bits + kBits - 1) / kBits; }
+    static constexpr uint64_t bit(size_t n) { return uint64_t{1} << n % kBits; }
+
     std::vector<uint64_t> words_;
     std::vector<uint64_t> summary_;
 };

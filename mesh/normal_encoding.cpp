@@ -16,6 +16,8 @@ namespace {
 constexpr size_t kEntries = std::size(kNormalTable);
 constexpr size_t kLanes = 8;  // independent maxima, so that none waits for the one before
 
+static_assert(kEntries == 256 && kEntries % kLanes == 0);  // an entry's number is a byte
+
 // No entry counts as near below this.
 constexpr float kLeastDot = -1e31F;
 

@@ -40,6 +40,7 @@ void append(std::vector<T>& table, const std::vector<T>& more) {
 SortFaces facesOfFrame(const Mesh& mesh, int32_t frame) {
     const auto perFrame = static_cast<size_t>(mesh.vertsPerFrame);
     const size_t start = static_cast<size_t>(frame) * perFrame;
+    assert(start + perFrame <= mesh.vertexes.size());
     SortFaces faces;
     faces.primitives = mesh.primitives;
     faces.indices = mesh.indices;
@@ -71,6 +72,8 @@ void shift(EmittedClusters& emitted, const EmittedClusters& earlier) {
 }
 
 void gather(Gathered& all, const SortFaces& faces, EmittedClusters emitted) {
+    assert(emitted.clusters.empty() ||
+           emitted.clusters.back().endPrimitive <= static_cast<int32_t>(emitted.primitives.size()));
     shift(emitted, all.emitted);
     append(all.emitted.clusters, emitted.clusters);
     append(all.emitted.primitives, emitted.primitives);

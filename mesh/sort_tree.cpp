@@ -64,6 +64,7 @@ private:
             if (witness == kNoFace) {
                 free.push_back(face);
             } else {
+                assert(witness != face);
                 nextWaiting_[d][face] = firstWaiting_[d][witness];
                 firstWaiting_[d][witness] = face;
             }
@@ -119,6 +120,7 @@ struct Division {
 // Coplanar faces go to the side that they face. What neither side claims is lost: a face at a right angle to the plane
 // that still lies within its tolerance, and a piece that rounding leaves on both sides.
 Division divideFaces(SortFaces& faces, const FaceList& members, uint32_t divider) {
+    assert(faces.planes.size() == faces.faceCount());
     const Plane plane = faces.planes[divider];
     Division division;
     const auto assign = [&](uint32_t face) {
