@@ -145,7 +145,8 @@ std::string factsOf(const ImportResult& result) {
         for (const auto& [node, list] : clip.keys) {
             for (const Key& key : list) keys.add(key);
         }
-        out << "clip " << clip.name << " to " << clip.end << " at " << scene.host.frameRate << ": " << keys << "\n";
+        out << "clip " << clip.name << " to " << clip.end << " at " << scene.host.frameRate
+            << (clip.loop != 0 ? ", loops: " : ": ") << keys << "\n";
     }
     for (const auto& [name, bytes] : result.textures) out << "texture " << name << " " << bytes.size() << "\n";
     return out.str();

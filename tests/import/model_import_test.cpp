@@ -360,9 +360,10 @@ TEST(ModelImport, Materials) {
     folder.write("a.mtl",
                  "newmtl board\nKd 1 0.5 0\nmap_Kd textures\\wood.grain.png\n"
                  "newmtl glass.001\nd 0.5\nNs 500\nnewmtl lamp\nKe 0 0.75 0\nmap_Kd gone.png\nnewmtl unused\n");
-    const std::string model = folder.write("a.obj",
-                                           "mtllib a.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nusemtl board\nf 1 2 3\n"
-                                           "usemtl glass.001\nf 1 2 4\nusemtl lamp\nf 2 3 4\n");
+    const std::string model = folder.write(
+        "a.obj",
+        "mtllib a.mtl\nmtllib gone.mtl \nmtllib gone.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nusemtl board\nf 1 2 3\n"
+        "usemtl glass.001\nf 1 2 4\nusemtl lamp\nf 2 3 4\n");
     const LoadResult result = importModel(model, {});
     ASSERT_TRUE(result.scene.has_value()) << result.error;
     std::map<std::string, HostMaterial> found(result.scene->materials.begin(), result.scene->materials.end());
@@ -376,7 +377,69 @@ TEST(ModelImport, Materials) {
     ASSERT_TRUE(found["lamp"].shader.has_value());
     EXPECT_EQ(found["lamp"].shader->name, "c_envr_map");
     EXPECT_EQ(found["lamp"].shader->parameters, (std::vector<ShaderParameter>{{"ambient factor", 7, 0.75F}}));
-    EXPECT_EQ(warningsOf(result), (std::vector<std::string>{"1 texture isn't found beside the model: gone.png"}));
+    EXPECT_EQ(warningsOf(result), (std::vector<std::string>{"1 texture isn't found beside the model: gone.png",
+                                                            "material library gone.mtl isn't found beside the model"}));
+}
+
+TEST(ModelImport, MaterialsOfGltf) {
+    const struct {
+        const char* material;
+        std::array<uint8_t, 4> color;
+        float emission;
+        const char* texture;  // none for a name made of the material's number
+    } kCases[] = {
+        {"{}", {255, 255, 255, 255}, 0, ""},
+        {R"({"pbrMetallicRoughness": {"baseColorFactor": [0.2, 0.4, 1, 0.5]}})", {51, 102, 255, 255}, 0, ""},
+        {R"({"pbrMetallicRoughness": {"baseColorFactor": [0, 0.5, 7, 0.5]}, "alphaMode": "BLEND"})",
+         {0, 128, 255, 128},
+         0,
+         ""},
+        {R"({"emissiveFactor": [0, 0.5, 0.25]})", {255, 255, 255, 255}, 0.5F, ""},
+        {R"({"emissiveFactor": [0, 0, 1], "emissiveTexture": {"index": 0}})", {255, 255, 255, 255}, 1, "a.png"},
+        {R"({"emissiveFactor": [0, 0, 1], "emissiveTexture": {"index": 0},
+             "pbrMetallicRoughness": {"baseColorTexture": {"index": 1}}})",
+         {255, 255, 255, 255},
+         0,
+         "b.png"},
+        {R"({"emissiveFactor": [0, 0, 1], "emissiveTexture": {"index": 1},
+             "pbrMetallicRoughness": {"baseColorTexture": {"index": 1}}})",
+         {255, 255, 255, 255},
+         1,
+         "b.png"},
+        {R"({"extensions": {"KHR_materials_unlit": {}}})", {255, 255, 255, 255}, 1, ""},
+        {R"({"extensions": {"KHR_materials_pbrSpecularGlossiness": {"diffuseFactor": [0, 0.4, 0, 1],
+             "diffuseTexture": {"index": 0}}}})",
+         {0, 102, 0, 255},
+         0,
+         "a.png"},
+        {R"({"extensions": {"KHR_materials_pbrSpecularGlossiness": {}}})", {255, 255, 255, 255}, 0, ""},
+    };
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+    gltf.json["images"] = {{{"uri", "a.png"}}, {{"uri", "b.png"}}};
+    gltf.json["textures"] = {{{"source", 0}}, {{"source", 1}}};
+    for (const auto& entry : kCases) {
+        gltf.json["meshes"][0]["primitives"].push_back(
+            {{"attributes", {{"POSITION", points}}}, {"material", gltf.json["materials"].size()}});
+        gltf.json["materials"].push_back(nlohmann::json::parse(entry.material));
+    }
+    gltf.json["nodes"] = {{{"mesh", 0}}};
+    gltf.json["scenes"] = {{{"nodes", {0}}}};
+    const ModelFolder folder;
+    const LoadResult result = importModel(folder.write("a.gltf", gltf.text()), {});
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    ASSERT_EQ(result.scene->materials.size(), std::size(kCases));
+    for (size_t m = 0; m < std::size(kCases); ++m) {
+        const HostMaterial& material = result.scene->materials[m].second;
+        EXPECT_EQ(material.color, kCases[m].color) << kCases[m].material;
+        EXPECT_EQ(material.texture, *kCases[m].texture ? kCases[m].texture : "material " + std::to_string(m));
+        const float emission = material.shader ? std::get<float>(material.shader->parameters[0].value) : 0;
+        EXPECT_EQ(emission, kCases[m].emission) << kCases[m].material;
+    }
+    EXPECT_EQ(warningsOf(result),
+              (std::vector<std::string>{"2 textures aren't found beside the model: a.png, b.png",
+                                        "1 material glows in parts only, which isn't carried over",
+                                        "1 material tints its texture, which the engine shows in its own colours"}));
 }
 
 TEST(ModelImport, AlphaModesAndEmbeddedTextures) {
