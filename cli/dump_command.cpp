@@ -1,7 +1,5 @@
 #include <unistd.h>
 
-#include <sstream>
-
 #include "cli/commands.h"
 #include "cli/shape_file.h"
 #include "cli/terminal_text.h"
@@ -15,12 +13,9 @@ Outcome dump(const std::string& path, const std::string& only, const Session& se
     const std::string fault = loadShapeFile(path, file);
     if (!fault.empty()) return {UnreadableInput, fault};
     if (!newerVersion(file).empty()) session.warning(path + ": " + newerVersion(file));
-    std::ostringstream text;
-    file.shape.dumpText(text, only);
-    // A stream keeps to itself that it got no memory.
-    if (!text) return {OurFault, path + ": no memory for the dump"};
+    const std::string text = dumpOf(file.shape, only);
     // A terminal would obey what a name says.
-    return printResult(isatty(STDOUT_FILENO) != 0 ? forTerminal(text.view(), true) : text.str());
+    return printResult(isatty(STDOUT_FILENO) != 0 ? forTerminal(text, true) : text);
 }
 
 }  // namespace

@@ -33,6 +33,7 @@ constexpr Format kFormats[] = {
 
 std::string formatsText() {
     std::ostringstream out;
+    out.exceptions(std::ios::badbit);  // else it keeps to itself that it got no memory
     out << std::left;
     for (const Format& format : kFormats) {
         out << std::setw(16) << format.name << std::setw(18) << format.endings << format.tried << '\n';

@@ -205,12 +205,6 @@ void compare(const char* kind, const Things& before, const Things& after, std::v
     }
 }
 
-std::string dumpOf(const Shape& shape) {
-    std::ostringstream text;
-    shape.dumpText(text);
-    return text.str();
-}
-
 Things wholeOf(const ShapeFile& file) {
     Facts facts = {{"version", std::to_string(file.version.word)}};
     if (file.kind == ShapeFileKind::Dts) {

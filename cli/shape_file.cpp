@@ -56,6 +56,14 @@ std::vector<ShapeProblem> problemsOf(const ShapeFile& file) {
     return problems;
 }
 
+std::string dumpOf(const Shape& shape, const std::string& only) {
+    std::ostringstream text;
+    // Else a stream keeps to itself that it got no memory, and its text ends there.
+    text.exceptions(std::ios::badbit);
+    shape.dumpText(text, only);
+    return text.str();
+}
+
 std::string newerVersion(const ShapeFile& file) {
     if (file.version.isKnown()) return {};
     return "version " + std::to_string(file.version.word) + ", read as " + std::to_string(file.version.layout());

@@ -33,4 +33,7 @@ std::vector<ShapeProblem> problemsOf(const ShapeFile& file);
 // "version 25, read as 24"; empty for a known version.
 std::string newerVersion(const ShapeFile& file);
 
+// The text of `marrowfen dump`: all tables, or one alone.
+std::string dumpOf(const Shape& shape, const std::string& only = "");
+
 }  // namespace marrowfen::cli

@@ -113,7 +113,8 @@ TEST_F(FaultsTest, KilledRunIsFinishedOrUndoneByTheNext) {
 TEST_F(FaultsTest, FailedAllocationIsOneLineOrDoesNotShow) {
     for (const std::string& command :
          std::vector<std::string>{"export new.scene.json a.dts", "inspect b.dts", "inspect --json b.dts", "dump b.dts",
-                                  "view b.dts a.dts.glb", "explain new.scene.json", "add-node a.scene.json eye"}) {
+                                  "view b.dts a.dts.glb", "explain new.scene.json", "add-node a.scene.json eye",
+                                  "diff b.dts b.dts", "formats"}) {
         const auto result = [&] { return readFile(folder / "out") + pairOf("a.dts") + readFile(folder / "a.dts.glb"); };
         const auto restore = [&] {
             writeFile(folder / "a.scene.json", sceneNamed("a"));
@@ -121,7 +122,7 @@ TEST_F(FaultsTest, FailedAllocationIsOneLineOrDoesNotShow) {
             writeFile(folder / "a.dts.log", oldPair.substr(oldShape.size()));
             for (const char* name : {"out", "a.dts.glb"}) fs::remove(folder / name);
         };
-        ASSERT_EQ(run("-q " + command + " >out").code, 0);
+        ASSERT_EQ(run("-q " + command + " >out").code, 0) << command;
         const std::string wanted = result();
         restore();
         const std::string before = result();
