@@ -33,7 +33,8 @@ Stripper::Stripper(std::vector<Corners> faces, uint32_t vertexCount, const Primi
       used_(faces_.size()),
       neighborCount_(adjacency_.neighborCounts()),
       freeCount_(faces_.size()),
-      lastEmitted_(vertexCount, kNone) {
+      lastEmitted_(vertexCount, kNone),
+      bestAt_(vertexCount) {
     stripKind_.material = Primitive::Strip | Primitive::Indexed;
     stripKind_.material |=
         (kind.material & Primitive::NoMaterial) != 0 ? Primitive::NoMaterial : kind.material & Primitive::MaterialMask;
@@ -52,6 +53,10 @@ void Stripper::failAssertion(int number) { fail("Assertion failed when stripping
 
 void Stripper::emit(uint32_t vertex) {
     assert(vertex < lastEmitted_.size());
+    if (!isCached(vertex)) {
+        bestAt_[vertex] = {kNone, kUnknownScore};
+        hubCameIn_ |= adjacency_.isHub(vertex);
+    }
     lastEmitted_[vertex] = std::ssize(indices);
     indices.push_back(vertex);
     ++primitives.back().numElements;
@@ -89,30 +94,60 @@ int32_t Stripper::pickStartFace() {
 // The free face with the highest score, 16 for each corner lately emitted and 1 for each free neighbour; the lowest
 // among equals. Only faces at those vertices score more than their neighbours, so it is one of them or the one with the
 // most neighbours.
+//
+// The faces of a vertex are looked at when it has come in. From then on scores fall, but for faces at a vertex that
+// came in later, which has those in its own account: the best of the accounts is the best face if its score still
+// holds.
 int32_t Stripper::bestScoredFace() {
     if (freeCount_ == 0) return kNone;
     StartFace best;
-    std::vector<uint32_t> hubs;
+    hubs_.clear();
+    cached_.clear();
     for (int64_t i = oldestCached(); i < std::ssize(indices); ++i) {
         const uint32_t v = at(indices, i);
         if (lastEmitted_[v] != i) continue;  // it comes again later
-        if (adjacency_.isHub(v)) {
-            hubs.push_back(v);
-        } else {
-            adjacency_.visitVertex(v, [&](uint32_t face) { consider(face, best); });
-        }
+        (adjacency_.isHub(v) ? hubs_ : cached_).push_back(v);
     }
-    considerHubs(hubs, best);
+    considerHubs(hubs_, best);
     considerBestOf(allFaces_, best);
-    return best.face;
+
+    for (const uint32_t v : cached_) {
+        if (hubCameIn_ || bestAt_[v].score == kUnknownScore) findBestAt(v);
+    }
+    hubCameIn_ = false;
+    for (;;) {
+        const auto isWorse = [&](uint32_t a, uint32_t b) { return isBetter(bestAt_[b], bestAt_[a]); };
+        const auto top = std::max_element(cached_.begin(), cached_.end(), isWorse);
+        if (top == cached_.end() || !isBetter(bestAt_[*top], best)) return best.face;
+        const StartFace& account = bestAt_[*top];
+        if (scoreOf(static_cast<uint32_t>(account.face)) == account.score) return account.face;
+        findBestAt(*top);
+    }
+}
+
+void Stripper::findBestAt(uint32_t vertex) {
+    StartFace best;
+    adjacency_.visitVertex(vertex, [&](uint32_t face) { consider(face, best); });
+    bestAt_[vertex] = best;
+}
+
+bool Stripper::isBetter(const StartFace& a, const StartFace& b) {
+    if (a.face == kNone || b.face == kNone) return a.face != kNone;
+    return a.score > b.score || (a.score == b.score && a.face < b.face);
+}
+
+// Less than of any free face for one that is used.
+int32_t Stripper::scoreOf(uint32_t face) const {
+    if (used_[face]) return kUsedScore;
+    int32_t score = neighborCount_[face];
+    for (const uint32_t v : faces_[face]) score += isCached(v) ? kStartScorePerCached : 0;
+    return score;
 }
 
 void Stripper::consider(uint32_t face, StartFace& best) const {
     if (used_[face]) return;
-    const auto number = static_cast<int32_t>(face);
-    int32_t score = neighborCount_[face];
-    for (const uint32_t v : faces_[face]) score += isCached(v) ? kStartScorePerCached : 0;
-    if (best.face == kNone || score > best.score || (score == best.score && number < best.face)) best = {number, score};
+    const StartFace found{static_cast<int32_t>(face), scoreOf(face)};
+    if (isBetter(found, best)) best = found;
 }
 
 void Stripper::considerBestOf(FaceQueue& queue, StartFace& best) const {

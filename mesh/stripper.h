@@ -27,6 +27,8 @@ public:
 private:
     static constexpr int32_t kNone = -1;
     static constexpr uint32_t kAnyThird = UINT32_MAX;
+    static constexpr int32_t kUsedScore = -1;
+    static constexpr int32_t kUnknownScore = -2;
 
     // A face turned so that the vertex that it adds to the strip comes last: the shared edge is a-b.
     struct Oriented {
@@ -42,6 +44,9 @@ private:
     bool startStrip();
     int32_t pickStartFace();
     int32_t bestScoredFace();
+    void findBestAt(uint32_t vertex);
+    static bool isBetter(const StartFace& a, const StartFace& b);
+    int32_t scoreOf(uint32_t face) const;
     void consider(uint32_t face, StartFace& best) const;
     void considerBestOf(FaceQueue& queue, StartFace& best) const;
     void considerHubs(const std::vector<uint32_t>& hubs, StartFace& best);
@@ -75,8 +80,11 @@ private:
     std::vector<int32_t> neighborCount_;  // per free face: free faces adjacent to it
     size_t freeCount_;
     std::vector<int64_t> lastEmitted_;  // per vertex: its last position in indices
-    std::array<int32_t, 3> across_{};   // best free face across each edge of the face taken last
-    std::vector<uint32_t> candidates_;  // faces that were passed over in this strip
+    bool hubCameIn_ = false;            // since a start was last looked for
+    std::vector<StartFace> bestAt_;     // per vertex lately emitted: its best free face when that was last looked for
+    std::vector<uint32_t> cached_, hubs_;  // vertices lately emitted, while a start is looked for
+    std::array<int32_t, 3> across_{};      // best free face across each edge of the face taken last
+    std::vector<uint32_t> candidates_;     // faces that were passed over in this strip
     FaceQueue allFaces_;
     std::map<uint32_t, FaceQueue> hubFaces_;                  // made when a hub is first looked at
     std::map<std::array<uint32_t, 3>, FaceQueue> edgeFaces_;  // the same for edges with many faces, by third corner
