@@ -109,10 +109,19 @@ Json sequences(const Shape& shape) {
     });
 }
 
+Json sizes(const Shape& shape) {
+    return listOf(shape.partSizes(), [](const Shape::PartSize& part, size_t) {
+        return Json{{"part", part.part}, {"bytes", part.bytes}};
+    });
+}
+
 Json problemList(const std::vector<ShapeProblem>& problems) {
     return listOf(problems, [](const ShapeProblem& problem, size_t) {
-        return Json{
-            {"what", problem.what}, {"broken", problem.broken}, {"count", problem.count}, {"where", problem.where}};
+        return Json{{"code", problem.kind->code},
+                    {"severity", severityWord(problem)},
+                    {"what", problem.kind->headline},
+                    {"count", problem.count},
+                    {"where", problem.where}};
     });
 }
 
@@ -144,6 +153,7 @@ std::string inspectJson(const ShapeFile& file, const std::vector<ShapeProblem>& 
     json["nodes"] = nodes(file);
     if (dts) addShape(json, file);
     json["sequences"] = sequences(file.shape);
+    if (dts) json["sizes"] = sizes(file.shape);
     json["problems"] = problemList(problems);
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -16,6 +16,10 @@ std::string inspectText(const ShapeFile& file, const std::vector<ShapeProblem>& 
 // JSON doesn't have become null.
 std::string inspectJson(const ShapeFile& file, const std::vector<ShapeProblem>& problems);
 
+// One line: "error MESH_INDEX_RANGE meshes[2].indices[17]: 512 of 300 (vertex index that is out of range)".
+std::string findingText(const ShapeProblem& problem);
+const char* severityWord(const ShapeProblem& problem);
+
 // Detail levels that are listed; a file may hold any number.
 inline constexpr size_t kMostLevels = 256;
 

@@ -166,11 +166,29 @@ std::string sequencesText(const Shape& shape) {
 std::string problemsText(const std::vector<ShapeProblem>& problems) {
     if (problems.empty()) return "\nNo problems found.\n";
     std::string text = headline("Problems", problems.size());
-    for (const ShapeProblem& problem : problems) text += "  " + problem.text() + "\n";
+    for (const ShapeProblem& problem : problems) text += "  " + findingText(problem) + "\n";
     return text;
 }
 
+// Where the bytes are.
+std::string sizesText(const Shape& shape) {
+    Table table({"part", ">bytes"});
+    const std::vector<Shape::PartSize> parts = shape.partSizes();
+    for (const Shape::PartSize& part : parts) table.add({part.part, std::to_string(part.bytes)});
+    return headline("Sizes", parts.size()) + table.text();
+}
+
 }  // namespace
+
+const char* severityWord(const ShapeProblem& problem) { return problem.isError() ? "error" : "warning"; }
+
+std::string findingText(const ShapeProblem& problem) {
+    std::string text = severityWord(problem) + std::string(" ") + problem.kind->code + " ";
+    for (size_t i = 0; i < problem.where.size(); ++i) text += (i == 0 ? "" : ", ") + shown(problem.where[i]);
+    if (problem.count > problem.where.size())
+        text += " and " + std::to_string(problem.count - problem.where.size()) + " more";
+    return text + " (" + problem.kind->headline + ")";
+}
 
 std::string inspectText(const ShapeFile& file, const std::vector<ShapeProblem>& problems) {
     const Shape& shape = file.shape;
@@ -183,6 +201,7 @@ std::string inspectText(const ShapeFile& file, const std::vector<ShapeProblem>& 
     text += levelsText(shape, facts, "Collision levels", {LevelKind::Collision, LevelKind::LineOfSight});
     text += materialsText(shape);
     text += sequencesText(shape);
+    if (file.kind == ShapeFileKind::Dts) text += sizesText(shape);
     return text + problemsText(problems);
 }
 

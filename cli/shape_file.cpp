@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "ground/ascii.h"
+#include "shape/problem_kinds.h"
 
 namespace marrowfen::cli {
 
@@ -48,11 +49,11 @@ std::string loadShapeFile(const std::string& path, ShapeFile& file) {
 
 std::vector<ShapeProblem> problemsOf(const ShapeFile& file) {
     std::vector<ShapeProblem> problems = findProblems(file.shape, file.kind);
-    const auto addOdd = [&](const char* what, const std::string& where) {
-        if (!where.empty()) problems.push_back({what, false, 1, {where}});
+    const auto addOdd = [&](const MessageKind& kind, const std::string& where) {
+        if (!where.empty()) problems.push_back({&kind, 1, {where}});
     };
-    addOdd("version that isn't known", newerVersion(file));
-    addOdd("bytes that belong to nothing", file.surplus);
+    addOdd(problem::kFileVersion, newerVersion(file));
+    addOdd(problem::kFileSurplus, file.surplus);
     return problems;
 }
 

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ground/byte_stream.h"
 
@@ -32,7 +34,11 @@ struct BlockWriter {
     // Appends the running counter to all three blocks and advances it. Readers step over these marks.
     void checkpoint();
 
-    void section(const char* name) { words.section(name); }
+    // What is written from here on belongs to it.
+    void section(const char* name) { sections.emplace_back(name, size()); }
+    std::vector<std::pair<std::string, size_t>> sections;  // each with the bytes in front of it
+
+    size_t size() const { return words.size() + halves.size() + bytes.size(); }
 
     // Pads the two narrow blocks to whole 32-bit words and writes the header and the three blocks.
     void flush(std::ostream& stream);

@@ -150,8 +150,11 @@ void Shape::readDsq(std::istream& stream, std::string* surplus) {
     ByteReader bytes(file, 0, file.size(), fault);
     const auto version = bytes.read<uint32_t>();
     if (version != kFormatVersion) {
-        fault.report(
-            0, "version " + std::to_string(version) + ", only " + std::to_string(kFormatVersion) + " can be read");
+        constexpr uint32_t kBelievable = 100;  // far more than there ever were
+        fault.report(0, version < kBelievable
+                            ? "version " + std::to_string(version) + ", only " + std::to_string(kFormatVersion) +
+                                  " can be read"
+                            : "this is no DSQ file: version word " + std::to_string(version));
     }
     Shape shape;
     exchangeFile(bytes, shape);

@@ -120,6 +120,7 @@ void exchangePoses(Blocks& file, const Layout& layout, const Counts& counts, Any
 
 void exchangeMeshes(BlockWriter& file, [[maybe_unused]] int32_t count, const std::vector<Mesh>& meshes) {
     assert(count == count32(meshes));
+    file.section("meshes");
     for (const Mesh& mesh : meshes) mesh.writeMeshBlock(file);
     file.checkpoint();
 }
@@ -280,6 +281,23 @@ void Shape::writeDts(std::ostream& stream, bool includeSequences) const {
     exchangeSequences(rest, includeSequences ? sequences : std::vector<Sequence>());
     exchangeMaterials(rest, materials);
     stream.write(rest.bytes().data(), static_cast<std::streamsize>(rest.size()));
+}
+
+std::vector<Shape::PartSize> Shape::partSizes() const {
+    BlockWriter blocks;
+    const Counts counts = countsOf(*this);
+    exchangeTables(blocks, Layout{}, counts, *this);
+    std::vector<PartSize> parts;
+    for (size_t i = 0; i < blocks.sections.size(); ++i) {
+        const size_t end = i + 1 < blocks.sections.size() ? blocks.sections[i + 1].second : blocks.size();
+        parts.push_back({blocks.sections[i].first, end - blocks.sections[i].second});
+    }
+    ByteWriter rest;
+    exchangeSequences(rest, sequences);
+    parts.push_back({"sequences", rest.size()});
+    exchangeMaterials(rest, materials);
+    parts.push_back({"materials", rest.size() - parts.back().bytes});
+    return parts;
 }
 
 void Shape::readDts(std::istream& stream, std::string* surplus) {

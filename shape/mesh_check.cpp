@@ -17,69 +17,78 @@ bool all(const std::vector<Entry>& entries, Good good) {
 }
 
 void checkFrames(const Mesh& mesh, size_t i, ProblemList& list) {
-    const auto at = [&] { return place("mesh", i); };
+    const auto at = [&] { return place("meshes", i); };
     if (mesh.numFrames < 1 || mesh.matFrames < 1 || mesh.vertsPerFrame < 0) {
-        return list.broken("mesh without frames", at);
+        return list.add(problem::kMeshFrames, at);
     }
     // A sorted mesh has its own table of each frame's vertices.
     if (mesh.type == MeshType::Sorted) return;
     const int64_t perFrame = mesh.vertsPerFrame;
     if (perFrame * mesh.numFrames != static_cast<int64_t>(mesh.vertexes.size())) {
-        list.broken("mesh whose frames don't have their vertices", at);
+        list.add(problem::kMeshFrameVertices, at);
     }
     if (perFrame * mesh.matFrames != static_cast<int64_t>(mesh.texturevertexes.size())) {
-        list.broken("mesh whose vertices don't have their texture coordinates", at);
+        list.add(problem::kMeshTextureCount, at);
     }
 }
 
 void checkPrimitives(const Shape& shape, const Mesh& mesh, size_t i, ProblemList& list) {
     const size_t vertices = mesh.vertexes.size();
-    for (const Primitive& primitive : mesh.primitives) {
+    for (size_t p = 0; p < mesh.primitives.size(); ++p) {
+        const Primitive& primitive = mesh.primitives[p];
         const bool indexed = (primitive.material & Primitive::Indexed) != 0;
         const size_t end = size_t{primitive.firstElement} + primitive.numElements;
         if (end > (indexed ? mesh.indices.size() : vertices)) {
-            list.broken("drawing run of elements that aren't there",
-                        [&] { return place("mesh", i, "first element", primitive.firstElement); });
+            list.add(problem::kMeshRunRange, [&] {
+                return place(place("meshes", i) + ".primitives", p, "firstElement", primitive.firstElement);
+            });
         }
         const uint32_t material = primitive.material & Primitive::MaterialMask;
         if ((primitive.material & Primitive::NoMaterial) == 0 && material >= shape.materials.size()) {
-            list.broken("drawing run with a material that isn't there",
-                        [&] { return place("mesh", i, "material", material); });
+            list.add(problem::kMeshRunMaterial,
+                     [&] { return place(place("meshes", i) + ".primitives", p, "material", material); });
         }
         if ((primitive.material & Primitive::TypeMask) == Primitive::Triangles && primitive.numElements % 3 != 0) {
-            list.odd("triangle list with a part of a triangle", [&] { return place("mesh", i); });
+            list.add(problem::kMeshRunPart, [&] { return place("meshes", i); });
         }
     }
     // The indices count within a frame; a sorted mesh has its own table of frames and no vertsPerFrame.
     const auto perFrame = static_cast<size_t>(std::max(mesh.vertsPerFrame, 0));
     const size_t limit = mesh.type == MeshType::Sorted ? vertices : std::min(vertices, perFrame);
-    const auto isVertex = [&](uint32_t index) { return index < limit; };
-    if (!all(mesh.indices, isVertex) || !all(mesh.mindices, isVertex)) {
-        list.broken("vertex index that is out of range", [&] { return place("mesh", i); });
-    }
+    const auto check = [&](const std::vector<uint32_t>& indices, const char* table) {
+        for (size_t k = 0; k < indices.size(); ++k) {
+            if (indices[k] < limit) continue;
+            list.add(problem::kMeshIndexRange, [&] {
+                return place(place("meshes", i) + table, k) + ": " + std::to_string(indices[k]) + " of " +
+                       std::to_string(limit);
+            });
+        }
+    };
+    check(mesh.indices, ".indices");
+    check(mesh.mindices, ".mindices");
 }
 
 void checkWeights(const Mesh& mesh, size_t i, ProblemList& list) {
     assert(mesh.vbone.size() == mesh.vindex.size() && mesh.vweight.size() == mesh.vindex.size());
     if (mesh.vertexes.empty()) return;
-    if (mesh.vindex.empty()) return list.odd("skin without weights", [&] { return place("mesh", i); });
+    if (mesh.vindex.empty()) return list.add(problem::kSkinUnweighted, [&] { return place("meshes", i); });
     std::vector<float> sums(mesh.vertexes.size());
     for (size_t w = 0; w < mesh.vindex.size(); ++w) {
         if (hasIndex(sums, mesh.vindex[w])) at(sums, mesh.vindex[w]) += mesh.vweight[w];
     }
     if (!all(sums, [](float sum) { return std::fabs(sum - 1) <= kWeightTolerance; })) {
-        list.odd("skin with vertices whose weights don't add up to 1", [&] { return place("mesh", i); });
+        list.add(problem::kSkinWeightSum, [&] { return place("meshes", i); });
     }
 }
 
 void checkSkin(const Shape& shape, const Mesh& mesh, size_t i, ProblemList& list) {
     assert(mesh.initialTransforms.size() == mesh.nodeIndex.size());
     if (!all(mesh.nodeIndex, [&](int32_t node) { return hasIndex(shape.nodes, node); })) {
-        list.broken("skin with a bone that isn't there", [&] { return place("mesh", i); });
+        list.add(problem::kSkinBone, [&] { return place("meshes", i); });
     }
     if (!all(mesh.vindex, [&](int32_t vertex) { return hasIndex(mesh.vertexes, vertex); }) ||
         !all(mesh.vbone, [&](int32_t bone) { return hasIndex(mesh.nodeIndex, bone); })) {
-        list.broken("weight of a vertex or bone that isn't there", [&] { return place("mesh", i); });
+        list.add(problem::kSkinWeightLink, [&] { return place("meshes", i); });
     }
     checkWeights(mesh, i, list);
 }
@@ -110,19 +119,18 @@ bool hasCircle(const std::vector<Cluster>& clusters) {
 }
 
 void checkSorted(const Mesh& mesh, size_t i, ProblemList& list) {
-    const auto at = [&] { return place("mesh", i); };
+    const auto at = [&] { return place("meshes", i); };
     const auto good = [&](const Cluster& c) {
         return isRange(c.startPrimitive, int64_t{c.endPrimitive} - c.startPrimitive, mesh.primitives) &&
                isIndexOrNone(c.frontCluster, mesh.clusters) && isIndexOrNone(c.backCluster, mesh.clusters);
     };
-    if (!all(mesh.clusters, good)) list.broken("cluster with primitives or a next cluster that aren't there", at);
-    if (hasCircle(mesh.clusters)) list.broken("circle of clusters", at);
+    if (!all(mesh.clusters, good)) list.add(problem::kSortedClusterLink, at);
+    if (hasCircle(mesh.clusters)) list.add(problem::kSortedCircle, at);
 
-    if (mesh.clusters.empty() && !mesh.primitives.empty()) list.odd("sorted mesh with faces and no cluster", at);
+    if (mesh.clusters.empty() && !mesh.primitives.empty()) list.add(problem::kSortedNoCluster, at);
     const size_t unreached = mesh.clusters.size() - reachableClusters(mesh, SIZE_MAX).size();
     if (unreached > 0) {
-        list.odd("sorted mesh with clusters that no walk reaches",
-                 [&] { return place("mesh", i, "clusters", unreached); });
+        list.add(problem::kSortedUnreached, [&] { return place("meshes", i, "clusters", unreached); });
     }
 
     // A mesh without faces keeps no cluster, and its walk starts at the end.
@@ -134,7 +142,7 @@ void checkSorted(const Mesh& mesh, size_t i, ProblemList& list) {
         // The count is from before equal vertices were merged, so it may reach beyond the list.
         frames = isRange(mesh.frameFirstVertex[f], 0, mesh.vertexes) && mesh.frameVertexCount[f] >= 0;
     }
-    if (!frames) list.broken("sorted mesh whose frames lie outside its lists", at);
+    if (!frames) list.add(problem::kSortedFrames, at);
 }
 
 }  // namespace
@@ -144,20 +152,19 @@ void checkMeshes(const Shape& shape, ProblemList& list) {
         const Mesh& mesh = shape.meshes[i];
         if (mesh.type == MeshType::Null) continue;
         if (*meshTypeWord(mesh.type) == '\0') {
-            list.odd("mesh of an unknown type",
-                     [&] { return place("mesh", i, "type", static_cast<int32_t>(mesh.type)); });
+            list.add(problem::kMeshType, [&] { return place("meshes", i, "type", static_cast<int32_t>(mesh.type)); });
         }
         if (!isIndexOrNone(mesh.parent, shape.meshes)) {
-            list.broken("mesh with a parent that isn't there", [&] { return place("mesh", i, "parent", mesh.parent); });
+            list.add(problem::kMeshParent, [&] { return place("meshes", i, "parent", mesh.parent); });
         }
         if (!all(mesh.vertexes, isFinite) || !all(mesh.normals, isFinite)) {
-            list.odd("mesh with vertices or normals that aren't finite numbers", [&] { return place("mesh", i); });
+            list.add(problem::kMeshNumber, [&] { return place("meshes", i); });
         }
         const auto isNear = [](const Point2D& t) {
             return std::fabs(t.x) <= kFarTexture && std::fabs(t.y) <= kFarTexture;
         };
         if (!all(mesh.texturevertexes, isNear)) {
-            list.odd("mesh with texture coordinates beyond 1000", [&] { return place("mesh", i); });
+            list.add(problem::kMeshTextureFar, [&] { return place("meshes", i); });
         }
         checkFrames(mesh, i, list);
         checkPrimitives(shape, mesh, i, list);

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "ground/at.h"
+#include "shape/problem_kinds.h"
 #include "shape/shape_check.h"
 
 namespace marrowfen {
@@ -14,12 +15,10 @@ class ProblemList {
 public:
     // where is called for the first few only.
     template <class Where>
-    void broken(const char* what, Where where) {
-        add(what, true, where);
-    }
-    template <class Where>
-    void odd(const char* what, Where where) {
-        add(what, false, where);
+    void add(const MessageKind& kind, Where where) {
+        ShapeProblem& problem = find(kind);
+        if (++problem.count <= kShown) problem.where.push_back(where());
+        assert(!problem.where.empty());
     }
 
     std::vector<ShapeProblem> problems;
@@ -27,26 +26,19 @@ public:
 private:
     static constexpr size_t kShown = 3;
 
-    template <class Where>
-    void add(const char* what, bool isBroken, Where where) {
-        ShapeProblem& problem = find(what, isBroken);
-        if (++problem.count <= kShown) problem.where.push_back(where());
-        assert(problem.broken == isBroken && !problem.where.empty());
-    }
-
-    ShapeProblem& find(const char* what, bool isBroken) {
+    ShapeProblem& find(const MessageKind& kind) {
         for (ShapeProblem& problem : problems) {
-            if (problem.what == what) return problem;
+            if (problem.kind == &kind) return problem;
         }
-        return problems.emplace_back(ShapeProblem{what, isBroken, 0, {}});
+        return problems.emplace_back(ShapeProblem{&kind, 0, {}});
     }
 };
 
-// "node 3", or with the offending value "node 3 (parent 99)".
-inline std::string place(const char* record, size_t i) { return std::string(record) + " " + std::to_string(i); }
+// "nodes[3]", or with the offending value "nodes[3].parent: 99".
+inline std::string place(const std::string& table, size_t i) { return table + "[" + std::to_string(i) + "]"; }
 
 template <class Value>
-std::string place(const char* record, size_t i, const char* field, Value value) {
+std::string place(const std::string& table, size_t i, const char* field, Value value) {
     constexpr size_t kLongestNumber = 32;
     char text[kLongestNumber];
     std::to_chars_result end{};
@@ -56,7 +48,7 @@ std::string place(const char* record, size_t i, const char* field, Value value) 
         end = std::to_chars(text, text + sizeof text, value);
     }
     assert(end.ec == std::errc());
-    return place(record, i) + " (" + field + " " + std::string(text, end.ptr) + ")";
+    return place(table, i) + "." + field + ": " + std::string(text, end.ptr);
 }
 
 template <class Table>

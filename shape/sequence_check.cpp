@@ -66,24 +66,21 @@ bool hasOnlyMembersThatExist(const Shape& shape, const Shape::Sequence& s, Shape
 void checkSequences(const Shape& shape, ShapeFileKind kind, ProblemList& list) {
     for (size_t i = 0; i < shape.sequences.size(); ++i) {
         const Shape::Sequence& s = shape.sequences[i];
-        const auto at = [&] { return place("sequence", i); };
+        const auto at = [&] { return place("sequences", i); };
         if (!hasIndex(shape.names, s.nameIndex)) {
-            list.broken("sequence with a name that isn't there",
-                        [&] { return place("sequence", i, "name", s.nameIndex); });
+            list.add(problem::kSequenceName, [&] { return place("sequences", i, "name", s.nameIndex); });
         }
-        if (!hasOnlyMembersThatExist(shape, s, kind)) list.broken("sequence of nodes or objects that aren't there", at);
+        if (!hasOnlyMembersThatExist(shape, s, kind)) list.add(problem::kSequenceMembers, at);
         if (!(s.duration > 0) || !std::isfinite(s.duration)) {
-            list.odd("sequence whose duration isn't positive",
-                     [&] { return place("sequence", i, "duration", s.duration); });
+            list.add(problem::kSequenceDuration, [&] { return place("sequences", i, "duration", s.duration); });
         }
         if (s.numKeyFrames < 1) {
-            list.odd("sequence without key frames", at);
-            if (s.numKeyFrames < 0) list.broken("sequence with a negative number of key frames", at);
+            list.add(problem::kSequenceNoKeys, at);
+            if (s.numKeyFrames < 0) list.add(problem::kSequenceNegativeKeys, at);
             continue;
         }
         const auto bad = [&](const char* table) {
-            list.broken("sequence whose keys lie outside their table",
-                        [&] { return place("sequence", i) + " (" + table + "s)"; });
+            list.add(problem::kSequenceKeysRange, [&] { return place("sequences", i) + "." + table + "s"; });
         };
         forEachBadBlock(shape, s, bad);
         if (kind == ShapeFileKind::Dts) forEachBadStateBlock(shape, s, bad);

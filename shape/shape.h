@@ -241,6 +241,14 @@ public:
     // names and nothing else; a sequence's index sets have a member for each. (shape/dsq_file.cpp)
     void readDsq(std::istream& stream, std::string* surplus = nullptr);
 
+    // How many bytes of a DTS file each part takes, in the order of the file; without the file's header and the few
+    // bytes that fill up a block. (shape/dts_file.cpp)
+    struct PartSize {
+        std::string part;
+        size_t bytes = 0;
+    };
+    std::vector<PartSize> partSizes() const;
+
     // Writes every table as indented text, or the one that is called so in it. (shape/text_dump.cpp)
     void dumpText(std::ostream& stream, std::string_view only = {}) const;
 

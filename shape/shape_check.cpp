@@ -24,7 +24,7 @@ template <class Record>
 void checkNames(const Shape& shape, const char* record, const std::vector<Record>& records, ProblemList& list) {
     for (size_t i = 0; i < records.size(); ++i) {
         if (hasIndex(shape.names, records[i].name)) continue;
-        list.broken("record with a name that isn't there", [&] { return place(record, i, "name", records[i].name); });
+        list.add(problem::kRecordName, [&] { return place(record, i, "name", records[i].name); });
     }
 }
 
@@ -39,60 +39,60 @@ void checkCycles(const std::vector<Shape::Node>& nodes, ProblemList& list) {
             n = at(nodes, n).parent;
         }
         if (hasIndex(nodes, n) && at(walks, n) == start) {
-            list.broken("circle of parents", [&] { return place("node", static_cast<size_t>(n)); });
+            list.add(problem::kNodeCircle, [&] { return place("nodes", static_cast<size_t>(n)); });
         }
     }
 }
 
 void checkNodes(const Shape& shape, ProblemList& list) {
     assert(shape.nodeDefTranslations.size() == shape.nodes.size());
-    checkNames(shape, "node", shape.nodes, list);
+    checkNames(shape, "nodes", shape.nodes, list);
     for (size_t i = 0; i < shape.nodes.size(); ++i) {
         const Shape::Node& node = shape.nodes[i];
         if (!isIndexOrNone(node.parent, shape.nodes)) {
-            list.broken("node with a parent that isn't there", [&] { return place("node", i, "parent", node.parent); });
+            list.add(problem::kNodeParent, [&] { return place("nodes", i, "parent", node.parent); });
         }
         if (!isFinite(shape.nodeDefTranslations[i])) {
-            list.odd("default translation that isn't a finite number", [&] { return place("node", i); });
+            list.add(problem::kNodePlaceNumber, [&] { return place("nodes", i); });
         }
     }
     checkCycles(shape.nodes, list);
 }
 
-void checkRotations(const char* what, const char* record, const std::vector<Quaternion>& rotations, ProblemList& list) {
+void checkRotations(const MessageKind& kind, const char* record, const std::vector<Quaternion>& rotations,
+                    ProblemList& list) {
     for (size_t i = 0; i < rotations.size(); ++i) {
         const auto [x, y, z, w] = rotations[i];
         const float length = std::sqrt(x * x + y * y + z * z + w * w);
         if (!(std::fabs(length - 1) <= kUnitTolerance))
-            list.odd(what, [&] { return place(record, i, "length", length); });
+            list.add(kind, [&] { return place(record, i, "length", length); });
     }
 }
 
 void checkObjects(const Shape& shape, ProblemList& list) {
-    checkNames(shape, "object", shape.objects, list);
+    checkNames(shape, "objects", shape.objects, list);
     for (size_t i = 0; i < shape.objects.size(); ++i) {
         const Shape::Object& object = shape.objects[i];
         if (!isRange(object.firstMesh, object.numMeshes, shape.meshes)) {
-            list.broken("object with meshes that aren't there",
-                        [&] { return place("object", i, "first mesh", object.firstMesh); });
+            list.add(problem::kObjectMeshes, [&] { return place("objects", i, "firstMesh", object.firstMesh); });
         }
         if (!isIndexOrNone(object.node, shape.nodes)) {
-            list.broken("object on a node that isn't there", [&] { return place("object", i, "node", object.node); });
+            list.add(problem::kObjectNode, [&] { return place("objects", i, "node", object.node); });
         } else if (object.node < 0) {
-            list.odd("object without a node", [&] { return place("object", i); });
+            list.add(problem::kObjectWithoutNode, [&] { return place("objects", i); });
         }
     }
     if (shape.objectStates.size() < shape.objects.size()) {
-        list.odd("object without a default state", [&] { return place("object", shape.objectStates.size()); });
+        list.add(problem::kObjectState, [&] { return place("objects", shape.objectStates.size()); });
     }
 }
 
 void checkDecals(const Shape& shape, ProblemList& list) {
-    checkNames(shape, "decal", shape.decals, list);
+    checkNames(shape, "decals", shape.decals, list);
     for (size_t i = 0; i < shape.decals.size(); ++i) {
         const Shape::Decal& decal = shape.decals[i];
         if (!isRange(decal.firstMesh, decal.numMeshes, shape.meshes) || !isIndexOrNone(decal.object, shape.objects)) {
-            list.broken("decal with meshes or an object that aren't there", [&] { return place("decal", i); });
+            list.add(problem::kDecalLinks, [&] { return place("decals", i); });
         }
     }
 }
@@ -102,15 +102,14 @@ void checkMaterials(const Shape& shape, ProblemList& list) {
         const Shape::Material& material = shape.materials[i];
         for (const int32_t other : {material.reflectance, material.bump, material.detail}) {
             if (isIndexOrNone(other, shape.materials)) continue;
-            list.broken("material that names one that isn't there",
-                        [&] { return place("material", i, "material", other); });
+            list.add(problem::kMaterialLink, [&] { return place("materials", i, "material", other); });
         }
     }
-    checkNames(shape, "IFL material", shape.IFLmaterials, list);
+    checkNames(shape, "IFLmaterials", shape.IFLmaterials, list);
     for (size_t i = 0; i < shape.IFLmaterials.size(); ++i) {
         const int32_t slot = shape.IFLmaterials[i].slot;
         if (hasIndex(shape.materials, slot)) continue;
-        list.broken("IFL material for a slot that isn't there", [&] { return place("IFL material", i, "slot", slot); });
+        list.add(problem::kIflSlot, [&] { return place("IFLmaterials", i, "slot", slot); });
     }
 }
 
@@ -121,7 +120,7 @@ void checkSubShapes(const Shape& shape, ProblemList& list) {
             isRange(s.firstDecal, s.numDecals, shape.decals)) {
             continue;
         }
-        list.broken("subshape of nodes, objects or decals that aren't there", [&] { return place("subshape", i); });
+        list.add(problem::kSubshapeRange, [&] { return place("subshapes", i); });
     }
 }
 
@@ -132,65 +131,64 @@ void checkCollisionMeshes(const Shape& shape, ProblemList& list) {
         if (levelKind(shape, level) == LevelKind::Visible) continue;
         for (const LevelMesh& part : meshesOf(shape, level)) {
             if (at(shape.meshes, part.mesh).type != MeshType::Skin) continue;
-            list.odd("collision mesh of type skin", [&] { return place("mesh", static_cast<size_t>(part.mesh)); });
+            list.add(problem::kCollisionSkin, [&] { return place("meshes", static_cast<size_t>(part.mesh)); });
         }
     }
 }
 
 // Levels are tried in their order: one shows from its size up to where an earlier one takes over.
 void checkDetailLevels(const Shape& shape, ProblemList& list) {
-    checkNames(shape, "detail level", shape.detailLevels, list);
+    checkNames(shape, "detailLevels", shape.detailLevels, list);
     for (size_t i = 0; i < shape.detailLevels.size(); ++i) {
         const Shape::DetailLevel& level = shape.detailLevels[i];
         if (!hasIndex(shape.subshapes, level.subshape)) {
-            list.broken("detail level of a subshape that isn't there",
-                        [&] { return place("detail level", i, "subshape", level.subshape); });
+            list.add(problem::kLevelSubshape, [&] { return place("detailLevels", i, "subshape", level.subshape); });
         } else if (i < kLevelsLookedInto && !drawsAnything(shape, level)) {
-            list.odd("detail level without faces", [&] { return place("detail level", i); });
+            list.add(problem::kLevelEmpty, [&] { return place("detailLevels", i); });
         }
     }
     checkCollisionMeshes(shape, list);
     for (const size_t i : levelsThatNeverShow(shape)) {
-        list.odd("detail level that can never show",
-                 [&] { return place("detail level", i, "size", shape.detailLevels[i].size); });
+        list.add(problem::kLevelNeverShows,
+                 [&] { return place("detailLevels", i, "size", shape.detailLevels[i].size); });
     }
     if (shape.smallestDetailLevel < 0 || shape.smallestDetailLevel > static_cast<int64_t>(shape.detailLevels.size())) {
-        list.odd("smallest detail level that isn't there", [&] { return std::to_string(shape.smallestDetailLevel); });
+        list.add(problem::kLevelSmallest, [&] { return std::to_string(shape.smallestDetailLevel); });
     }
 }
 
 void checkBounds(const Shape& shape, ProblemList& list) {
-    if (drawsWithoutEnd(shape)) list.odd("more triangles than can be counted", [] { return std::string("shape"); });
+    if (drawsWithoutEnd(shape)) list.add(problem::kTooManyTriangles, [] { return std::string("shape"); });
     const auto [min, max] = shape.bounds;
     const bool whole = isFinite(min) && isFinite(max) && min.x <= max.x && min.y <= max.y && min.z <= max.z;
-    if (!whole) return list.odd("bounds that hold nothing", [] { return std::string("shape"); });
+    if (!whole) return list.add(problem::kBoundsEmpty, [] { return std::string("shape"); });
     const float reach = std::max({-min.x, -min.y, -min.z, max.x, max.y, max.z});
     if (reach > kFarBounds) {
-        list.odd("bounds beyond 1000000", [] { return std::string("shape"); });
+        list.add(problem::kBoundsFar, [] { return std::string("shape"); });
     }
 }
 
 }  // namespace
 
 std::string ShapeProblem::text() const {
-    std::string line = what + ": ";
+    std::string line = kind->headline + std::string(": ");
     for (size_t i = 0; i < where.size(); ++i) line += (i == 0 ? "" : ", ") + where[i];
     return count > where.size() ? line + " and " + std::to_string(count - where.size()) + " more" : line;
 }
 
 bool anyBroken(const std::vector<ShapeProblem>& problems) {
-    return std::any_of(problems.begin(), problems.end(), [](const ShapeProblem& problem) { return problem.broken; });
+    return std::any_of(problems.begin(), problems.end(), [](const ShapeProblem& problem) { return problem.isError(); });
 }
 
 std::vector<ShapeProblem> findProblems(const Shape& shape, ShapeFileKind kind) {
     ProblemList list;
     checkNodes(shape, list);
-    checkRotations("rotation key that isn't a unit quaternion", "node rotation", shape.nodeRotations, list);
-    checkRotations("ground rotation that isn't a unit quaternion", "ground rotation", shape.groundRotations, list);
+    checkRotations(problem::kKeyRotationUnit, "nodeRotations", shape.nodeRotations, list);
+    checkRotations(problem::kGroundRotationUnit, "groundRotations", shape.groundRotations, list);
     checkSequences(shape, kind, list);
     if (kind == ShapeFileKind::Dsq) return list.problems;
 
-    checkRotations("default rotation that isn't a unit quaternion", "node", shape.nodeDefRotations, list);
+    checkRotations(problem::kNodeRotationUnit, "nodes", shape.nodeDefRotations, list);
     checkObjects(shape, list);
     checkDecals(shape, list);
     checkMaterials(shape, list);

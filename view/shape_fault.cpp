@@ -50,7 +50,7 @@ std::string findKeyFault(const Shape& shape) {
 
 std::string findFault(const Shape& shape, ShapeFileKind kind) {
     for (const ShapeProblem& problem : findProblems(shape, kind)) {
-        if (problem.broken) return problem.text();
+        if (problem.isError()) return problem.text();
     }
     if (shape.detailLevels.size() * (shape.objects.size() + shape.nodes.size()) > kMostPlacedNodes) {
         return std::to_string(shape.detailLevels.size()) + " detail levels are too many to show";

@@ -88,8 +88,8 @@ Sequences (1)
   blink      11     0.44        25         1      1  cyclic
 
 Problems (2)
-  sequence whose keys lie outside their table: sequence 0 (rotations)
-  bytes that belong to nothing: offset 234: 2 bytes too many at the end of the file
+  error SEQUENCE_KEYS_RANGE sequences[0].rotations (sequence whose keys lie outside their table)
+  warning FILE_SURPLUS offset 234: 2 bytes too many at the end of the file (bytes that belong to nothing)
 )");
 }
 
@@ -108,8 +108,9 @@ TEST(Inspect, JsonHasTheSameFactsUnderStableKeys) {
     EXPECT_EQ(json["detailLevels"][0]["materials"], (nlohmann::json{0, 1}));
     EXPECT_EQ(json["meshes"][0]["flags"], nlohmann::json{"billboard"});
     EXPECT_EQ(json["sequences"][0]["seconds"], 0.44);
-    EXPECT_EQ(json["problems"][0]["where"], nlohmann::json{"node 0 (parent 9)"});
-    EXPECT_EQ(json["problems"][0]["broken"], true);
+    EXPECT_EQ(json["problems"][0]["where"], nlohmann::json{"nodes[0].parent: 9"});
+    EXPECT_EQ(json["problems"][0]["severity"], "error");
+    EXPECT_EQ(json["problems"][0]["code"], "NODE_PARENT");
     const char* keys[] = {"file",         "version", "versionWord",  "bytes",     "blocks",    "center",  "tubeRadius",
                           "smallestSize", "objects", "detailLevels", "materials", "sequences", "problems"};
     for (const char* key : keys) EXPECT_TRUE(json.contains(key)) << key;
@@ -122,7 +123,8 @@ TEST(Inspect, VersionWordsAreShownWhole) {
         const char *title, *problem;
     } cases[] = {{24, "version 24,", ""},
                  {0x00220018, "version 24 (version word 0x00220018),", ""},
-                 {25, "version 24 (version word 0x00000019),", "version that isn't known: version 25, read as 24"}};
+                 {25, "version 24 (version word 0x00000019),",
+                  "warning FILE_VERSION version 25, read as 24 (version that isn't known)"}};
     ShapeFile file = load(lamp(), "lamp.dts");
     for (const auto& [word, title, problem] : cases) {
         file.version.word = word;

@@ -152,7 +152,7 @@ TEST(FindFault, NamesTheFirstBrokenProblemOrTheLimit) {
     } kCases[] = {
         {AFTER(), ""},
         {AFTER(s.meshes[0].normals[0].x = NAN), ""},
-        {AFTER(s.nodes[1].parent = 9), "node with a parent that isn't there: node 1 (parent 9)"},
+        {AFTER(s.nodes[1].parent = 9), "node with a parent that isn't there: nodes[1].parent: 9"},
         {AFTER(s.meshes[0].nodeIndex[1] = s.meshes[0].nodeIndex[0]), "mesh 0: two bone slots name node 2"},
         {AFTER(s.detailLevels.resize(200'000, s.detailLevels[0])), "200000 detail levels are too many to show"},
         {AFTER(s.meshes[0].primitives.resize(13'000'000, s.meshes[0].primitives[0])), "too many triangles to show"},
@@ -203,7 +203,7 @@ TEST(AddSequences, KeysFindTheirNodesByName) {
     }
     dsq.nodeRotations.pop_back();
     EXPECT_EQ(view::appendSequences(merged, dsq, warnings),
-              "sequence whose keys lie outside their table: sequence 0 (rotations)");
+              "sequence whose keys lie outside their table: sequences[0].rotations");
 }
 
 TEST(EmbedInPage, FillsInModelAndEscapedTitle) {

@@ -43,7 +43,10 @@ function describeSequence(clip, json, mixer) {
   const action = mixer.clipAction(clip);
   action.setLoop(LoopRepeat, Infinity);
   const keysPerSecond = facts.frames && facts.duration ? facts.frames / facts.duration : 30;
-  return { clip, action, name: json.name ?? clip.name, facts, keysPerSecond };
+  // The clip ends with its last key; the sequence, one key's time later.
+  const seconds = facts.duration || clip.duration;
+  const keys = facts.frames || Math.round(clip.duration * keysPerSecond) + 1;
+  return { clip, action, name: json.name ?? clip.name, facts, keysPerSecond, seconds, keys };
 }
 
 export async function loadModel(base64) {

@@ -120,11 +120,11 @@ function addSequenceControls(model, stage) {
 
   function showTime() {
     const { sequence } = state;
-    const { clip, action, facts, keysPerSecond } = sequence;
+    const { action, facts, keysPerSecond, seconds, keys } = sequence;
     time.value = String(action.time);
     const words = [facts.cyclic ? 'cyclic' : 'once', facts.blend ? 'blend' : '', `priority ${facts.priority ?? 1}`];
-    element('clock').textContent = `${action.time.toFixed(2)} of ${clip.duration.toFixed(2)} s · key ${Math.round(
-      action.time * keysPerSecond)} of ${Math.round(clip.duration * keysPerSecond)} · ${words.filter(Boolean).join(', ')}`;
+    element('clock').textContent = `${action.time.toFixed(2)} of ${seconds.toFixed(2)} s · key ${1 + Math.round(
+      action.time * keysPerSecond)} of ${keys} · ${words.filter(Boolean).join(', ')}`;
   }
   function setPlaying(on) {
     state.playing = on;
@@ -138,7 +138,7 @@ function addSequenceControls(model, stage) {
     stage.invalidate();
   }
 
-  const items = model.sequences.map(({ name, clip }) => ({ text: name, detail: `${clip.duration.toFixed(2)} s` }));
+  const items = model.sequences.map(({ name, seconds }) => ({ text: name, detail: `${seconds.toFixed(2)} s` }));
   const choose = choice('sequences', [{ text: 'Default pose' }, ...items], (i) => {
     state.sequence?.action.stop();
     state.sequence = i === 0 ? null : model.sequences[i - 1];
