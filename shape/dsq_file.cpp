@@ -151,10 +151,9 @@ void Shape::readDsq(std::istream& stream, std::string* surplus) {
     const auto version = bytes.read<uint32_t>();
     if (version != kFormatVersion) {
         constexpr uint32_t kBelievable = 100;  // far more than there ever were
-        fault.report(0, version < kBelievable
-                            ? "version " + std::to_string(version) + ", only " + std::to_string(kFormatVersion) +
-                                  " can be read"
-                            : "this is no DSQ file: version word " + std::to_string(version));
+        fault.report(0, version < kBelievable ? "version " + std::to_string(version) + ", only " +
+                                                    std::to_string(kFormatVersion) + " can be read"
+                                              : "this is no DSQ file: version word " + std::to_string(version));
     }
     Shape shape;
     exchangeFile(bytes, shape);

@@ -10,8 +10,8 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <set>
-#include <sstream>
 #include <unordered_map>
 
 #include "ground/ascii.h"
@@ -492,9 +492,13 @@ SourceModel readWithAssimp(const std::string& path) {
 std::vector<std::string> otherEndings() {
     std::string list;
     Assimp::Importer().GetExtensionList(list);  // "*.3ds;*.obj"
+    if (list.empty()) throw std::bad_alloc();   // which the library keeps to itself
     std::vector<std::string> endings;
-    std::istringstream in(list);
-    for (std::string entry; std::getline(in, entry, ';');) endings.push_back(entry.substr(1));
+    for (size_t begin = 0; begin < list.size();) {
+        const size_t end = std::min(list.find(';', begin), list.size());
+        endings.push_back(list.substr(begin + 1, end - begin - 1));
+        begin = end + 1;
+    }
     std::sort(endings.begin(), endings.end());
     return endings;
 }
