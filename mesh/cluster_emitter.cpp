@@ -94,7 +94,7 @@ void Emitter::emitLeaf(const SortNode& node, int32_t first, int32_t next) {
 }
 
 void Emitter::emitWithout(const SortNode& node, const Point3& direction, int32_t next) {
-    const size_t outside = exclusionDirections_.size();
+    [[maybe_unused]] const size_t outside = exclusionDirections_.size();
     exclusionDirections_.push_back(direction);
     emitNode(node, next);
     exclusionDirections_.pop_back();
