@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <commctrl.h>
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -14,6 +15,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "builder/refusals.h"
 #include "cli/export_report.h"
 #include "cli/output_folder.h"
 #include "cli/plugin_session.h"
@@ -128,13 +130,17 @@ std::string writeFault(const std::vector<Message>& messages) {
 }
 
 Outcome deliverRefusal(OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
-                       const std::vector<Message>& messages, const Session& session) {
+                       const std::vector<Message>& messages, const std::string& wayToFewer, const Session& session) {
     if (const std::string fault = writeFault(messages); !fault.empty()) {
         return {UnwritableOutput, options.output + ".log: " + fault};
     }
+    const bool isTooLarge = std::any_of(messages.begin(), messages.end(), [](const Message& message) {
+        return message.kind == &kLayerTooLarge || message.kind == &kUnstrippedTooLarge;
+    });
     const Outcome delivered = options.dryRun ? Outcome() : folder.deliverOne(kLog);
     if (!delivered.good()) session.warning(delivered.error);
-    return {Refused, options.scene + ": " + excerpt(user.error(), kMostErrorText), refusalHint(messages)};
+    return {Refused, options.scene + ": " + excerpt(user.error(), kMostErrorText),
+            refusalHint(messages) + (isTooLarge ? wayToFewer : "")};
 }
 
 // Looks at the output as whoever loads it will, and says what it is.
@@ -170,8 +176,8 @@ Outcome deliver(standin::ImportResult& loaded, OutputFolder& folder, const Expor
                 const Session& session, ExportResult& result) {
     result.written = {options.output, options.output + ".log"};
     if (options.dryRun) return {};
-    const Outcome delivered = folder.deliverAll();
-    return delivered.good() ? writeTextures(loaded, options.output, session, result.written) : delivered;
+    const Outcome added = addTextures(loaded, options.output, session, folder, result.written);
+    return added.good() ? folder.deliverAll() : added;
 }
 
 const char* placeWord(Message::Place place) {
@@ -233,6 +239,7 @@ Outcome finish(standin::ImportResult& loaded, OutputFolder& folder, const Export
                const Session& session, ExportResult& result) {
     ExportUser user(session, folder.file(kOutput));
     std::vector<Message> messages;
+    const std::string wayToFewer = wayToFewerTriangles(options.scene, loaded);
     const Outcome pressed = pressExport(std::move(*loaded.scene), options, user, messages);
     user.endStep();
     if (!pressed.good()) return pressed;
@@ -240,7 +247,7 @@ Outcome finish(standin::ImportResult& loaded, OutputFolder& folder, const Export
     tellLog(folder, session);
     if (!user.error().empty()) {
         for (const Message& warning : loaded.warnings) session.warning(warning.text);
-        return deliverRefusal(folder, options, user, messages, session);
+        return deliverRefusal(folder, options, user, messages, wayToFewer, session);
     }
     const Outcome checked = check(folder, options, messages, result.summary);
     if (!checked.good()) return checked;

@@ -25,9 +25,10 @@ Outcome runImport(const Arguments& arguments, const Session& session) {
     if (!loaded.scene) return {UnreadableInput, loaded.error};
     for (const Message& warning : loaded.warnings) session.warning(warning.text);
     for (const std::string& text : loaded.details) session.detail(text);
-    const Outcome written = folder.deliverText(standin::sceneText(*loaded.scene));
     std::vector<std::string> textures;
-    return written.good() ? writeTextures(loaded, output, session, textures) : written;
+    Outcome added;
+    if (path != kStandardOutput) added = addTextures(loaded, output, session, folder, textures);
+    return added.good() ? folder.deliverText(standin::sceneText(*loaded.scene)) : added;
 }
 
 }  // namespace marrowfen::cli

@@ -105,6 +105,14 @@ Outcome OutputFolder::prepare(const std::vector<Output>& outputs, const std::vec
     return {};
 }
 
+Outcome OutputFolder::add(const std::string& path, const std::string& content) {
+    Place place{{path, "file" + std::to_string(places_.size())}, behindLinks(path)};
+    if (Outcome checked = checkPlace(path, {}, place.mode); !checked.good()) return checked;
+    if (Outcome added = addFolderOf(place); !added.good()) return added;
+    places_.push_back(std::move(place));
+    return faultIf(path, writeNewFile(file(places_.size() - 1), content));
+}
+
 Outcome OutputFolder::addFolderOf(Place& place) {
     const std::string parent = folderOf(place.target);
     for (const StagingFolder& folder : folders_) {

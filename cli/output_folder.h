@@ -33,6 +33,9 @@ public:
 
     const Outcome& made() const { return made_; }
 
+    // One more output, with this content.
+    Outcome add(const std::string& path, const std::string& content);
+
     // Where output i is written until it is delivered.
     std::string file(size_t i) const;
 
@@ -40,7 +43,7 @@ public:
     Outcome deliverAll() { return deliver(places_); }
     Outcome deliverOne(size_t i) { return deliver({places_[i]}); }
 
-    // The only output with this content.
+    // The first output with this content, and all others.
     Outcome deliverText(const std::string& content);
 
 private:

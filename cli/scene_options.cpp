@@ -12,6 +12,8 @@
 
 #include "cli/shape_file.h"
 #include "ground/at.h"
+#include "ground/whole_file.h"
+#include "standin/host/load_notices.h"
 #include "standin/host/scene_file.h"
 
 namespace marrowfen::cli {
@@ -69,9 +71,15 @@ bool exists(const std::string& path) {
 }
 
 bool holds(const std::filesystem::path& path, const std::string& content) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return false;
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()) == content;
+    std::error_code fault;
+    return std::filesystem::is_regular_file(path, fault) && readWholeFile(path.string()) == content;
+}
+
+void countTriangles(const std::vector<standin::Node>& nodes, std::map<int16_t, size_t>& counts) {
+    for (const standin::Node& node : nodes) {
+        counts[node.layer] += node.polyhedron.faces.size();
+        countTriangles(node.children, counts);
+    }
 }
 
 // A scene file says all by itself.
@@ -147,15 +155,29 @@ standin::ImportResult loadScene(const std::string& path, const SceneOptions& opt
     return result;
 }
 
-Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session,
-                      std::vector<std::string>& written) {
+std::string wayToFewerTriangles(const std::string& path, const standin::ImportResult& loaded) {
+    if (isSceneFile(path)) return {};
+    // Strips of a usual model take less than five indices for three triangles, and a mesh holds 65535.
+    constexpr size_t kUsuallyFit = 40000;
+    std::map<int16_t, size_t> triangles;
+    countTriangles(loaded.scene->nodes, triangles);
+    size_t most = 0;
+    for (const auto& [layer, count] : triangles) most = std::max(most, count);
+    const bool hasBacks = std::any_of(loaded.warnings.begin(), loaded.warnings.end(), [](const Message& warning) {
+        return warning.kind == &standin::load::kBackFaces;
+    });
+    return "; --max-triangles " + std::to_string(std::min(kUsuallyFit, most * 4 / 5)) + " does that" +
+           (hasBacks ? ", and --single-sided may be enough" : "");
+}
+
+Outcome addTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session,
+                    OutputFolder& outputs, std::vector<std::string>& written) {
     const std::filesystem::path folder = std::filesystem::path(output).parent_path();
     for (const auto& [name, content] : loaded.textures) {
         const std::filesystem::path path = folder / name;
         written.push_back(path.string());
         if (holds(path, content)) continue;
-        const Outcome done = writeWholeFile(path.string(), content);
-        if (!done.good()) return done;
+        if (const Outcome added = outputs.add(path.string(), content); !added.good()) return added;
         session.detail("texture " + path.string() + " is written");
     }
     return {};

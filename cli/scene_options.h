@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/arguments.h"
+#include "cli/output_folder.h"
 #include "standin/import/model_import.h"
 
 namespace marrowfen::cli {
@@ -25,9 +26,12 @@ Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, S
 // A scene file or a model.
 standin::ImportResult loadScene(const std::string& path, const SceneOptions& options);
 
-// Writes a model's textures beside the output, those only that aren't there or are others. written: gets the paths of
-// all.
-Outcome writeTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session,
-                      std::vector<std::string>& written);
+// What makes a model's levels small enough for a file, to stand behind a hint; empty for a scene file.
+std::string wayToFewerTriangles(const std::string& path, const standin::ImportResult& loaded);
+
+// Puts a model's textures among the outputs, beside the given one, those only that aren't there or are others. written:
+// gets the paths of all.
+Outcome addTextures(const standin::ImportResult& loaded, const std::string& output, const Session& session,
+                    OutputFolder& outputs, std::vector<std::string>& written);
 
 }  // namespace marrowfen::cli

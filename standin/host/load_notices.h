@@ -20,7 +20,6 @@ inline constexpr MessageKind kBackFaces = {"BACK_FACES", Severity::Warning, "fac
 inline constexpr MessageKind kMorph = {"MORPH", Severity::Warning, "animations of vertices"};
 inline constexpr MessageKind kVertexColor = {"VERTEX_COLOR", Severity::Warning, "vertex colours"};
 inline constexpr MessageKind kMoreUvs = {"MORE_UVS", Severity::Warning, "further texture coordinates"};
-inline constexpr MessageKind kTooLarge = {"TOO_LARGE", Severity::Warning, "meshes larger than a file holds"};
 inline constexpr MessageKind kFewerTriangles = {"FEWER_TRIANGLES", Severity::Warning, "meshes that were simplified"};
 inline constexpr MessageKind kSeveralWeights = {"SEVERAL_WEIGHTS", Severity::Warning, "vertices on several bones"};
 inline constexpr MessageKind kBoneLost = {"BONE_LOST", Severity::Warning, "bones that hold nothing"};
@@ -44,13 +43,12 @@ inline constexpr MessageKind kPatternUnused = {"PATTERN_UNUSED", Severity::Warni
 
 // All, which are found by their codes where they come from another process.
 inline constexpr const MessageKind* kKinds[] = {
-    &kFarPlace,         &kReaderLoss,   &kStickFigure,    &kNoMeshes,       &kFlatTriangle,
-    &kLineOrPoint,      &kMeshTurned,   &kBackFaces,      &kMorph,          &kVertexColor,
-    &kMoreUvs,          &kTooLarge,     &kFewerTriangles, &kSeveralWeights, &kBoneLost,
-    &kBindConflict,     &kRestPose,     &kBoneScale,      &kStillCollision, &kOtherNodes,
-    &kAnimationSkipped, &kMaterialTint, &kMaterialGlow,   &kMaterialMask,   &kColorOnly,
-    &kMissingFile,      &kBadImage,     &kExtension,      &kMoreScenes,     &kLevelsFound,
-    &kLevelSize,        &kPatternUnused};
+    &kFarPlace,       &kReaderLoss,       &kStickFigure,  &kNoMeshes,     &kFlatTriangle, &kLineOrPoint,
+    &kMeshTurned,     &kBackFaces,        &kMorph,        &kVertexColor,  &kMoreUvs,      &kFewerTriangles,
+    &kSeveralWeights, &kBoneLost,         &kBindConflict, &kRestPose,     &kBoneScale,    &kStillCollision,
+    &kOtherNodes,     &kAnimationSkipped, &kMaterialTint, &kMaterialGlow, &kMaterialMask, &kColorOnly,
+    &kMissingFile,    &kBadImage,         &kExtension,    &kMoreScenes,   &kLevelsFound,  &kLevelSize,
+    &kPatternUnused};
 
 }  // namespace load
 

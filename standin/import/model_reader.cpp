@@ -33,36 +33,6 @@ void dropMeshes(SourceModel& source) {
     for (SourceNode& node : source.nodes) node.meshes.clear();
 }
 
-void countVertices(const std::vector<Node>& nodes, std::map<int16_t, size_t>& counts) {
-    for (const Node& node : nodes) {
-        std::vector<std::pair<int32_t, int32_t>> corners;
-        for (const Face& face : node.polyhedron.faces) {
-            for (const Corner& corner : face.corners) corners.emplace_back(corner.vertex, corner.uv);
-        }
-        std::sort(corners.begin(), corners.end());
-        const auto end = std::unique(corners.begin(), corners.end());
-        counts[node.layer] += static_cast<size_t>(end - corners.begin());
-        countVertices(node.children, counts);
-    }
-}
-
-// Says how to get a mesh through that the exporter will refuse.
-void noteTooLarge(Model& model) {
-    constexpr size_t kMostVertices = 65535;
-    if (triangleCount(model.scene.nodes) * 3 <= kMostVertices) return;
-    std::map<int16_t, size_t> counts;
-    countVertices(model.scene.nodes, counts);
-    for (const auto& [layer, count] : counts) {
-        if (count <= kMostVertices || !isDetailLayer(model, layer)) continue;
-        const std::string& name = *at(model.scene.layers, layer);
-        model.notes.others.push_back(
-            {&load::kTooLarge, Message::Place::Layer, name,
-             "layer " + name + " comes to " + std::to_string(count) +
-                 " vertices, and a mesh holds 65535, and no more indices: --max-triangles N makes it smaller" +
-                 (model.notes.backs > 0 ? ", and so does --single-sided" : "")});
-    }
-}
-
 float frameRateOf(const Model& model) {
     if (model.options.frameRate > 0) return model.options.frameRate;
     return model.source.frameRate > 0 ? static_cast<float>(model.source.frameRate) : kUsualFrameRate;
@@ -86,7 +56,6 @@ void runPasses(Model& model) {
         model.fail("the file holds no triangles");
     }
     if (model.error.empty()) addLevels(model, held);
-    if (model.error.empty()) noteTooLarge(model);
     if (model.error.empty()) addSkeletons(model, held);
     if (model.error.empty()) convertAnimations(model);
     if (model.error.empty()) shortenIds(model.scene);

@@ -37,7 +37,8 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
     ASSERT_EQ(runIn(folder,
                     "mkfifo fifo; ln -s t.obj link; ln t.obj hard.scene.json; ln -s loop loop; mkdir dir; "
                     "ln -s t.dts.log both.dts; echo old > ro; chmod 400 ro; cp t.scene.json ro.scene.json; "
-                    "chmod 444 ro.scene.json; ln -s fifo f.dts; mknod null c 1 3; true")
+                    "chmod 444 ro.scene.json; ln -s fifo f.dts; mknod null c 1 3; mkdir textured_0.png; "
+                    "cp /usr/share/assimp/models/glTF2/BoxTextured-glTF-Embedded/BoxTextured.gltf textured.gltf; true")
                   .code,
               0);
     struct Case {
@@ -63,6 +64,7 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
              {"import --help > /dev/full", "standard output: No space left on device"},
              {"ulimit -f 0; COMMAND -q import t.obj n.scene.json", "n.scene.json: File too large"},
              {"ulimit -f 0; COMMAND view t.dts n.glb", "n.glb: File too large"},
+             {"export textured.gltf textured.dts", "textured_0.png: Is a directory"},
              {"ulimit -f 0; COMMAND add-node t.scene.json eye", "t.scene.json: File too large"},
          }) {
         const std::string before = files();
