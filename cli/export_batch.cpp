@@ -16,6 +16,7 @@
 #include "cli/export_child.h"
 #include "cli/export_record.h"
 #include "ground/comma_list.h"
+#include "ground/pieces.h"
 
 namespace marrowfen::cli {
 
@@ -120,9 +121,8 @@ private:
     void tell(size_t number, const std::string& lines) {
         clearBar();
         const Outcome& outcome = rows_[number].result.outcome;
-        std::istringstream in(lines);
         std::string text;
-        for (std::string line; std::getline(in, line);) text += (options_.namesRows ? "  " : "") + line + "\n";
+        for (const std::string& line : piecesOf(lines, '\n')) text += (options_.namesRows ? "  " : "") + line + "\n";
         if (options_.namesRows && !text.empty()) text = exports_[number].scene + ":\n" + text;
         std::fwrite(text.data(), 1, text.size(), stderr);
         session_.tell(outcome);

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <sstream>
 #include <thread>
 
 #include "cli/commands.h"
@@ -12,6 +11,7 @@
 #include "cli/export_record.h"
 #include "cli/export_watch.h"
 #include "ground/at.h"
+#include "ground/pieces.h"
 
 namespace marrowfen::cli {
 
@@ -185,8 +185,7 @@ Outcome runThese(const Request& request, const std::vector<size_t>& numbers, boo
 }
 
 void tellTable(const std::string& table, const Session& session) {
-    std::istringstream lines(table);
-    for (std::string line; std::getline(lines, line);) session.note(line);
+    for (const std::string& line : piecesOf(table, '\n')) session.note(line);
 }
 
 }  // namespace

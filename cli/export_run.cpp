@@ -13,7 +13,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "builder/refusals.h"
 #include "cli/export_report.h"
@@ -22,6 +21,7 @@
 #include "cli/scene_options.h"
 #include "ground/ascii.h"
 #include "ground/excerpt.h"
+#include "ground/pieces.h"
 #include "ground/whole_file.h"
 #include "plugin/export_messages.h"
 #include "plugin/resources/resource.h"
@@ -230,8 +230,8 @@ void tellDetails(const standin::ImportResult& loaded, const Session& session) {
 
 void tellLog(const OutputFolder& folder, const Session& session) {
     if (session.verbosity < 2) return;
-    std::istringstream lines(readWholeFile(folder.file(kLog)));
-    for (std::string line; std::getline(lines, line);) session.detail("log: " + line.substr(0, line.find('\r')));
+    for (const std::string& line : piecesOf(readWholeFile(folder.file(kLog)), '\n'))
+        session.detail("log: " + line.substr(0, line.find('\r')));
 }
 
 // Does what is left once the scene is loaded.

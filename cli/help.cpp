@@ -1,7 +1,8 @@
 #include "cli/help.h"
 
 #include <algorithm>
-#include <sstream>
+
+#include "ground/pieces.h"
 
 namespace marrowfen::cli {
 
@@ -12,10 +13,9 @@ constexpr size_t kWidestForm = 26;  // of an option that shares a line with its 
 
 // The words in lines that begin with an indent.
 std::string wrapped(const std::string& text, size_t indent, size_t used) {
-    std::istringstream words(text);
     std::string all, line(used < indent ? indent - used : 0, ' ');
     size_t column = std::max(used, indent);
-    for (std::string word; words >> word;) {
+    for (const std::string& word : piecesOf(text, ' ')) {
         if (column + word.size() > kColumns && column > indent) {
             all += line + "\n";
             line = std::string(indent, ' ');
@@ -41,9 +41,8 @@ std::string groupText(std::string_view title, const std::vector<OptionRow>& rows
 }
 
 std::string usageLines(const VerbRow& verb) {
-    std::istringstream lines(verb.usage);
     std::string text;
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : piecesOf(verb.usage, '\n')) {
         text += "  marrowfen " + std::string(verb.name) + " " + line + "\n";
     }
     return text.empty() ? "  marrowfen " + std::string(verb.name) + "\n" : text;

@@ -1,8 +1,7 @@
 #include "cli/option_table.h"
 
-#include <sstream>
-
 #include "cli/commands.h"
+#include "ground/pieces.h"
 
 namespace marrowfen::cli {
 
@@ -231,11 +230,6 @@ const std::vector<ExitRow>& exitTable() {
     return table;
 }
 
-std::vector<std::string> choicesOf(const char* choices) {
-    std::istringstream list(choices);
-    std::vector<std::string> words;
-    for (std::string one; list >> one;) words.push_back(one);
-    return words;
-}
+std::vector<std::string> choicesOf(const char* choices) { return piecesOf(choices, ' '); }
 
 }  // namespace marrowfen::cli

@@ -7,11 +7,11 @@
 #include <iterator>
 #include <map>
 #include <set>
-#include <sstream>
 #include <string_view>
 
 #include "cli/shape_file.h"
 #include "ground/at.h"
+#include "ground/pieces.h"
 #include "ground/whole_file.h"
 #include "standin/host/load_notices.h"
 #include "standin/host/scene_file.h"
@@ -47,8 +47,7 @@ std::string addLayer(const std::string& text, std::vector<standin::LayerOption>&
 std::string readLevels(const std::string& text, std::vector<standin::LevelOption>& levels) {
     const std::string fault = text + " isn't a list of sizes and parts: 64,32:50%,16:25%";
     levels.clear();
-    std::istringstream list(text);
-    for (std::string entry; std::getline(list, entry, ',');) {
+    for (const std::string& entry : piecesOf(text, ',')) {
         standin::LevelOption level;
         char* rest = nullptr;
         level.size = static_cast<int>(std::strtol(entry.c_str(), &rest, 10));

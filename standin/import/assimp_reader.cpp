@@ -15,6 +15,7 @@
 #include <unordered_map>
 
 #include "ground/ascii.h"
+#include "ground/pieces.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/assimp_files.h"
 #include "standin/import/model_import.h"
@@ -494,11 +495,7 @@ std::vector<std::string> otherEndings() {
     Assimp::Importer().GetExtensionList(list);  // "*.3ds;*.obj"
     if (list.empty()) throw std::bad_alloc();   // which the library keeps to itself
     std::vector<std::string> endings;
-    for (size_t begin = 0; begin < list.size();) {
-        const size_t end = std::min(list.find(';', begin), list.size());
-        endings.push_back(list.substr(begin + 1, end - begin - 1));
-        begin = end + 1;
-    }
+    for (const std::string& entry : piecesOf(list, ';')) endings.push_back(entry.substr(1));
     std::sort(endings.begin(), endings.end());
     return endings;
 }
