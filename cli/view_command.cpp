@@ -14,6 +14,7 @@ namespace marrowfen::cli {
 namespace {
 
 constexpr const char* kPageName = "viewer.html";  // beside the executable
+constexpr const char* kInstalledPage = "../share/marrowfen/viewer.html";
 
 struct ViewOptions {
     std::string input;
@@ -23,12 +24,13 @@ struct ViewOptions {
 
 Outcome writePage(OutputFolder& folder, const std::string& glb, const std::string& title) {
     std::error_code failure;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
-    const std::filesystem::path pagePath = program.parent_path() / kPageName;
-    const std::string page = readWholeFile(pagePath);
+    const std::filesystem::path place = std::filesystem::read_symlink("/proc/self/exe", failure).parent_path();
+    std::string page = readWholeFile(place / kPageName);
+    if (page.empty()) page = readWholeFile(place / kInstalledPage);
+    const std::filesystem::path pagePath = place / kPageName;
     if (failure || page.empty()) {
         return {UnwritableOutput, pagePath.string() + ": the viewer page isn't built; run scripts/build-viewer " +
-                                      program.parent_path().string() + ", or write a .glb"};
+                                      place.string() + ", or write a .glb"};
     }
     const std::string filled = view::embedInPage(page, glb, title);
     if (filled.empty()) return {UnwritableOutput, pagePath.string() + ": not a viewer page"};
