@@ -14,7 +14,7 @@ import sys
 import tempfile
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
-UNLISTED = ("bench/", "fuzz/", "tests/")  # may include anything
+UNLISTED = ("bench/", "examples/", "fuzz/", "tests/")  # may include anything
 WINDOWS = "<windows.h>"  # stands in the table for all of Windows' headers
 
 
