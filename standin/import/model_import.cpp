@@ -2,10 +2,15 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
+#include "ground/ascii.h"
+#include "ground/excerpt.h"
 #include "standin/import/isolated_run.h"
 #include "standin/import/model.h"
 #include "standin/import/scene_transfer.h"
@@ -63,6 +68,22 @@ std::string pack(const ImportResult& result) {
     return std::move(parts.bytes);
 }
 
+ImportResult failed(const std::string& error) { return {{{}, error, {}}, {}, {}, {}}; }
+
+// Whatever the other process says, nothing but a picture is written, and nowhere but beside the output.
+bool isPictureName(const std::string& name) {
+    static const std::vector<std::string> kEndings = {"png", "jpg",  "jpeg", "bmp",  "tga", "dds", "gif", "tif", "tiff",
+                                                      "psd", "webp", "ktx",  "ktx2", "hdr", "exr", "pcx", "ppm", "pgm"};
+    const size_t dot = name.find('.');
+    const auto isPlain = [](char c) {
+        return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '-';
+    };
+    return dot != std::string::npos && dot > 0 &&
+           std::all_of(name.begin(), name.begin() + static_cast<ptrdiff_t>(dot), isPlain) &&
+           std::any_of(kEndings.begin(), kEndings.end(),
+                       [&](const std::string& ending) { return equalIgnoringCase(ending, name.substr(dot + 1)); });
+}
+
 ImportResult unpack(std::string bytes, const std::string& path) {
     Parts parts{std::move(bytes)};
     ImportResult result{unpackResult(parts.get(), path), {}, {}, {}};
@@ -74,12 +95,12 @@ ImportResult unpack(std::string bytes, const std::string& path) {
     for (size_t left = parts.count(); left > 0 && parts.ok; --left) result.details.push_back(parts.get());
     while (parts.ok && parts.at < parts.bytes.size()) {
         std::string name = parts.get();
+        if (!isPictureName(name))
+            return failed(path + ": a texture called " + excerpt(name) + " isn't a picture's file");
         result.textures.emplace_back(std::move(name), parts.get());
     }
     return result;
 }
-
-ImportResult failed(const std::string& error) { return {{{}, error, {}}, {}, {}, {}}; }
 
 }  // namespace
 
