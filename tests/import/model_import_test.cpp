@@ -757,8 +757,8 @@ TEST(ModelImport, NodesWithoutNamesAreVisible) {
     Gltf gltf;
     const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
     gltf.json["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", points}}}}}}}};
-    gltf.json["nodes"] = {{{"mesh", 0}}, {{"mesh", 0}}};
-    gltf.json["scenes"] = {{{"nodes", {0, 1}}}};
+    gltf.json["nodes"] = {{{"mesh", 0}}, {{"mesh", 0}, {"name", "nodes_1"}}, {{"mesh", 0}, {"name", "nodes[2]"}}};
+    gltf.json["scenes"] = {{{"nodes", {0, 1, 2}}}};
     const Scene scene = importText("a.gltf", gltf.text());
     ASSERT_EQ(scene.layers.size(), 2U);
     EXPECT_EQ(scene.layers[1], "Detail:size=1");
