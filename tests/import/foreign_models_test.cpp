@@ -12,12 +12,12 @@
 // Models that nobody here made, of Debian's package assimp-testmodels, a few of every format and with every option
 // (behind " -- "), and examples/creature as gltfpack writes it, against what is known of their scenes. Where another
 // reader knows the format, scripts/compare-models has shown that these facts are right. After a change that is meant,
-// MARROWFEN_FACTS=tests/import/foreign_models.txt writes them anew, to be reviewed.
+// MARROWFEN_FACTS=tests/import/foreign_models.facts writes them anew, to be reviewed.
 
 namespace marrowfen::standin {
 namespace {
 
-const std::string kExpected = MARROWFEN_SOURCE_DIR "/tests/import/foreign_models.txt";
+const std::string kExpected = MARROWFEN_SOURCE_DIR "/tests/import/foreign_models.facts";
 
 // A sum, and what is rounding in it.
 struct Sum {
