@@ -213,12 +213,16 @@ void addKeys(const Model& model, int32_t node, std::vector<Key> keys, Clip& clip
         clip.keys.emplace_back(nodeId(node), std::move(keys));
         return;
     }
-    for (const std::string& id : bones->second) clip.keys.emplace_back(id, keys);
+    // Most bones have one skeleton, and its list needn't be copied.
+    const std::vector<std::string>& ids = bones->second;
+    for (size_t i = 0; i + 1 < ids.size(); ++i) clip.keys.emplace_back(ids[i], keys);
+    clip.keys.emplace_back(ids.back(), std::move(keys));
 }
 
 void recordFrames(const Model& model, Player& player, double seconds, Clip& clip, std::set<int32_t>& scaled) {
     std::vector<std::vector<Key>> keys(player.recorded.size());
     const auto lastFrame = static_cast<int32_t>(clip.end);
+    for (std::vector<Key>& list : keys) list.reserve(static_cast<size_t>(lastFrame) + 1);
     for (int32_t frame = 0; frame <= lastFrame; ++frame) {
         const double time = frame / static_cast<double>(model.scene.host.frameRate);
         // The last frame has the last pose, even if it is a little early.
