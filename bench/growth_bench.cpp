@@ -87,7 +87,8 @@ const bool isRegistered = [] {
     for (const auto& [passName, pass] : kPasses) {
         for (const auto& [meshName, make] : kMeshes) {
             const std::string name = std::string("growth/") + passName + "/" + meshName;
-            benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { grow(state, make, pass); })
+            benchmark::RegisterBenchmark(
+                name.c_str(), [make = make, pass = pass](benchmark::State& state) { grow(state, make, pass); })
                 ->UseManualTime()
                 ->Iterations(1)
                 ->Unit(benchmark::kMillisecond);
