@@ -15,6 +15,7 @@
 
 #include "cli/export_record.h"
 #include "cli/staging_folder.h"
+#include "ground/write_all.h"
 
 namespace marrowfen::cli {
 
@@ -36,12 +37,7 @@ ExportResult runHere(const ExportOptions& options, const Session& session) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
     dup2(said, STDERR_FILENO);
     const std::string bytes = packExport(runHere(options, session));
-    for (size_t done = 0; done < bytes.size();) {
-        const ssize_t n = write(toParent, bytes.data() + done, bytes.size() - done);
-        if (n < 0 && errno != EINTR) _exit(OurFault);
-        if (n > 0) done += static_cast<size_t>(n);
-    }
-    _exit(0);
+    _exit(writeAll(toParent, bytes) ? Done : OurFault);
 }
 
 }  // namespace

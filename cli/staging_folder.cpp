@@ -15,6 +15,7 @@
 #include <memory>
 
 #include "ground/whole_file.h"
+#include "ground/write_all.h"
 
 namespace marrowfen::cli {
 
@@ -189,13 +190,7 @@ int syncFile(const std::string& path) {
 int writeNewFile(const std::string& path, const std::string& content) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file < 0) return errno;
-    bool good = true;
-    for (size_t written = 0; good && written < content.size();) {
-        const ssize_t n = write(file, content.data() + written, content.size() - written);
-        good = n > 0 || (n < 0 && errno == EINTR);
-        if (n > 0) written += static_cast<size_t>(n);
-    }
-    return closeAfter(file, good && sync(file));
+    return closeAfter(file, writeAll(file, content) && sync(file));
 }
 
 }  // namespace marrowfen::cli

@@ -19,6 +19,7 @@
 #include <new>
 #include <vector>
 
+#include "ground/write_all.h"
 #include "standin/import/cell.h"
 
 namespace marrowfen::standin {
@@ -68,16 +69,6 @@ void enterChild(int toParent, const RunLimits& limits) {
     if (toParent != kToParent) dup2(toParent, kToParent);
     close_range(kToParent + 1, ~0U, 0);
     closeCell();
-}
-
-bool writeAll(int file, const std::string& bytes) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = write(file, bytes.data() + done, bytes.size() - done);
-        if (n < 0 && errno != EINTR) return false;
-        if (n > 0) done += static_cast<size_t>(n);
-    }
-    return true;
 }
 
 // The library's readers take buffers of 16 MB for the smallest file. Their pages come one by one, which takes longer
