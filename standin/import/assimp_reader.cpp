@@ -16,6 +16,7 @@
 
 #include "ground/ascii.h"
 #include "ground/pieces.h"
+#include "ground/whole_file.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/assimp_files.h"
 #include "standin/import/model_import.h"
@@ -383,8 +384,7 @@ double frameRateOf(const aiScene& scene) {
 
 // The reader passes over the unit of an AMF file, and over all volumes of a mesh but one.
 void checkAmf(AssimpReading& reading) {
-    std::ifstream file(reading.path, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string text = readWholeFile(reading.path);
     const std::pair<const char*, double> kUnits[] = {
         {"millimeter", 0.001}, {"inch", 0.0254}, {"feet", 0.3048}, {"meter", 1}, {"micrometer", 1e-6}};
     const size_t head = std::min(text.find("<amf"), text.size());

@@ -8,6 +8,7 @@
 #include "ground/ascii.h"
 #include "ground/at.h"
 #include "ground/comma_list.h"
+#include "ground/whole_file.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/gltf_document.h"
 #include "standin/import/gltf_primitives.h"
@@ -501,9 +502,7 @@ bool isGltf2(const std::string& path) {
     std::string head(8, '\0');
     file.read(head.data(), static_cast<std::streamsize>(head.size()));
     if (head.starts_with("glTF")) return head[4] != 1;
-    file.clear();
-    file.seekg(0);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string text = readWholeFile(path);
     return text.find("\"version\":\"1.") == std::string::npos && text.find("\"version\": \"1.") == std::string::npos;
 }
 
