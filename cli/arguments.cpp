@@ -26,11 +26,6 @@ const OptionRow* findOption(const VerbRow* verb, const auto& isIt) {
     return nullptr;
 }
 
-std::string didYouMean(const std::string& word, const std::vector<std::string_view>& candidates) {
-    const std::string_view near = nearWord(word, candidates);
-    return near.empty() ? "" : "did you mean " + std::string(near) + "?";
-}
-
 std::string numberText(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.9g", value);
@@ -57,6 +52,11 @@ std::string valueFault(const std::string& value, Takes takes, const char* choice
 bool needsPlaces(const Arguments& arguments) { return !arguments.has("--help") && !arguments.has("--version"); }
 
 }  // namespace
+
+std::string didYouMean(const std::string& word, const std::vector<std::string_view>& candidates) {
+    const std::string_view near = nearWord(word, candidates);
+    return near.empty() ? "" : "did you mean " + std::string(near) + "?";
+}
 
 size_t Arguments::count(const char* option) const { return all(option).size(); }
 

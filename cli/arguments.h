@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/option_table.h"
@@ -41,5 +42,8 @@ struct CommandLine {
 
 // words: without the program's name.
 CommandLine readCommandLine(const std::vector<std::string>& words);
+
+// A hint at the candidate that a word was probably meant to be; empty when none is near.
+std::string didYouMean(const std::string& word, const std::vector<std::string_view>& candidates);
 
 }  // namespace marrowfen::cli

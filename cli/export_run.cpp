@@ -194,10 +194,6 @@ const char* placeWord(Message::Place place) {
     return "scene";
 }
 
-const char* severityWord(Severity severity) {
-    return severity == Severity::Error ? "error" : severity == Severity::Warning ? "warning" : "note";
-}
-
 ToldMessage toldAs(const Message& message, const std::string& text) {
     return {message.kind->code, severityWord(message.kind->severity), placeWord(message.place), message.name, text};
 }

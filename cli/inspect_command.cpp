@@ -3,7 +3,6 @@
 #include "cli/commands.h"
 #include "cli/inspect_report.h"
 #include "cli/terminal_text.h"
-#include "ground/near_word.h"
 #include "shape/problem_kinds.h"
 
 namespace marrowfen::cli {
@@ -25,9 +24,7 @@ Outcome checkCodes(const std::vector<std::string>& codes) {
     for (const MessageKind* kind : problem::kAll) known.emplace_back(kind->code);
     for (const std::string& code : codes) {
         if (std::find(known.begin(), known.end(), code) != known.end()) continue;
-        const std::string_view near = nearWord(code, known);
-        return {WrongUsage, "inspect: --ignore: there is no finding " + code,
-                near.empty() ? "" : "did you mean " + std::string(near) + "?"};
+        return {WrongUsage, "inspect: --ignore: there is no finding " + code, didYouMean(code, known)};
     }
     return {};
 }

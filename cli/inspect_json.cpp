@@ -118,7 +118,7 @@ Json sizes(const Shape& shape) {
 Json problemList(const std::vector<ShapeProblem>& problems) {
     return listOf(problems, [](const ShapeProblem& problem, size_t) {
         return Json{{"code", problem.kind->code},
-                    {"severity", severityWord(problem)},
+                    {"severity", severityWord(problem.kind->severity)},
                     {"what", problem.kind->headline},
                     {"count", problem.count},
                     {"where", problem.where}};

@@ -9,7 +9,7 @@
 
 namespace marrowfen::cli {
 
-// Aligned for a terminal. Control characters in names are shown as '?'.
+// Aligned for a terminal, with names as a terminal may show them.
 std::string inspectText(const ShapeFile& file, const std::vector<ShapeProblem>& problems);
 
 // One JSON object; docs/for-loaders.md lists its keys. Bytes of names that aren't UTF-8 become U+FFFD, numbers that
@@ -18,7 +18,6 @@ std::string inspectJson(const ShapeFile& file, const std::vector<ShapeProblem>& 
 
 // One line: "error MESH_INDEX_RANGE meshes[2].indices[17]: 512 of 300 (vertex index that is out of range)".
 std::string findingText(const ShapeProblem& problem);
-const char* severityWord(const ShapeProblem& problem);
 
 // Detail levels that are listed; a file may hold any number.
 inline constexpr size_t kMostLevels = 256;

@@ -180,10 +180,8 @@ std::string sizesText(const Shape& shape) {
 
 }  // namespace
 
-const char* severityWord(const ShapeProblem& problem) { return problem.isError() ? "error" : "warning"; }
-
 std::string findingText(const ShapeProblem& problem) {
-    std::string text = severityWord(problem) + std::string(" ") + problem.kind->code + " ";
+    std::string text = severityWord(problem.kind->severity) + std::string(" ") + problem.kind->code + " ";
     for (size_t i = 0; i < problem.where.size(); ++i) text += (i == 0 ? "" : ", ") + shown(problem.where[i]);
     if (problem.count > problem.where.size())
         text += " and " + std::to_string(problem.count - problem.where.size()) + " more";

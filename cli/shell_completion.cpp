@@ -109,7 +109,7 @@ std::string zshAction(Takes takes, const char* choices) {
     }
 }
 
-// A text inside an _arguments specification.
+// A text inside what _arguments is told of an option.
 std::string zshEscaped(const std::string& text) {
     std::string result;
     for (const char c : text) {

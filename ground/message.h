@@ -10,6 +10,10 @@ namespace marrowfen {
 
 enum class Severity { Note, Warning, Error };
 
+constexpr const char* severityWord(Severity severity) {
+    return severity == Severity::Error ? "error" : severity == Severity::Warning ? "warning" : "note";
+}
+
 // The kind of a message. Each is one constant; two messages are of one kind if they point at the same.
 struct MessageKind {
     const char* code;  // stable, for programs: "UNKNOWN_TAG"
