@@ -100,7 +100,7 @@ BENCHMARK(stripPatchedTorus)->Apply(sides);
 BENCHMARK(stripClosedFan)->Apply(triangles);
 BENCHMARK(stripLooseFan)->Apply(triangles);
 BENCHMARK(stripSoup)->Apply(triangles);
-BENCHMARK(stripBook)->Arg(1000)->Arg(5000)->Arg(20000)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(stripBook)->Apply(triangles);
 
 }  // namespace
 }  // namespace marrowfen

@@ -11,46 +11,37 @@ namespace marrowfen {
 
 namespace {
 
-constexpr int32_t kNone = -1;
-
-// Numbers the vertices of one group of faces from 0 on, in the order of their first use.
+// Vertices as numbers below about eight times as many as there are indices: themselves, or their ranks where they are
+// far apart, so that tables of them follow the list's length.
 class VertexNumbers {
 public:
     explicit VertexNumbers(const std::vector<uint32_t>& indices) {
-        const uint32_t highest = *std::max_element(indices.begin(), indices.end());
-        if (highest / 8 > indices.size()) {  // far-off numbers: go by rank, so that the table follows the list's length
-            ranks_ = indices;
-            std::sort(ranks_.begin(), ranks_.end());
-            ranks_.erase(std::unique(ranks_.begin(), ranks_.end()), ranks_.end());
-        }
-        numbers_.assign(ranks_.empty() ? size_t{highest} + 1 : ranks_.size(), kNone);
+        uint32_t highest = 0;
+        for (const uint32_t v : indices) highest = std::max(highest, v);
+        count_ = highest + 1;
+        if (highest / 8 <= indices.size()) return;
+        byRank_ = indices;
+        std::sort(byRank_.begin(), byRank_.end());
+        byRank_.erase(std::unique(byRank_.begin(), byRank_.end()), byRank_.end());
+        count_ = static_cast<uint32_t>(byRank_.size());
     }
 
-    void startGroup() {
-        for (const uint32_t vertex : vertices_) numbers_[slotOf(vertex)] = kNone;
-        vertices_.clear();
+    uint32_t count() const { return count_; }
+
+    uint32_t numberOf(uint32_t vertex) const {
+        if (byRank_.empty()) return vertex;
+        return static_cast<uint32_t>(std::lower_bound(byRank_.begin(), byRank_.end(), vertex) - byRank_.begin());
     }
 
-    uint32_t numberOf(uint32_t vertex) {
-        int32_t& number = numbers_[slotOf(vertex)];
-        if (number == kNone) {
-            number = static_cast<int32_t>(vertices_.size());
-            vertices_.push_back(vertex);
-        }
-        return static_cast<uint32_t>(number);
+    // Puts vertices for their numbers.
+    void restore(std::vector<uint32_t>& numbers) const {
+        if (byRank_.empty()) return;
+        for (uint32_t& number : numbers) number = byRank_[number];
     }
-
-    const std::vector<uint32_t>& vertices() const { return vertices_; }  // of the group, by number
 
 private:
-    size_t slotOf(uint32_t vertex) const {
-        if (ranks_.empty()) return vertex;
-        return static_cast<size_t>(std::lower_bound(ranks_.begin(), ranks_.end(), vertex) - ranks_.begin());
-    }
-
-    std::vector<uint32_t> ranks_;  // empty when vertices are table positions themselves
-    std::vector<int32_t> numbers_;
-    std::vector<uint32_t> vertices_;
+    uint32_t count_ = 0;
+    std::vector<uint32_t> byRank_;
 };
 
 // Position after the run of faces of one material and polyhedron that starts at first.
@@ -63,11 +54,13 @@ size_t groupEnd(const std::vector<Primitive>& primitives, size_t first) {
     return end;
 }
 
-Corners cornersOf(const Primitive& face, const std::vector<uint32_t>& indices, VertexNumbers& numbers) {
-    const uint32_t* v = &indices[face.firstElement];
-    Corners corners;
-    for (size_t i = 0; i < 3; ++i) corners[i] = numbers.numberOf(v[i]);
-    return corners;
+StripFaces facesOf(const Mesh& mesh, const VertexNumbers& numbers) {
+    StripFaces faces(mesh.primitives.size());
+    for (size_t f = 0; f < faces.size(); ++f) {
+        const uint32_t* v = &mesh.indices[mesh.primitives[f].firstElement];
+        faces[f].corners = {numbers.numberOf(v[0]), numbers.numberOf(v[1]), numbers.numberOf(v[2])};
+    }
+    return faces;
 }
 
 std::string whyNotStripped(const Mesh& mesh) {
@@ -95,34 +88,22 @@ void Mesh::strip() {
         return;
     }
 
-    std::vector<Primitive> strips;
-    std::vector<uint32_t> stripIndices;
-    VertexNumbers numbers(indices);
+    const VertexNumbers numbers(indices);
+    StripFaces faces = facesOf(*this, numbers);
+    Stripper stripper(std::move(faces), numbers.count(), std::move(indices));
     for (size_t first = 0, end = 0; first < primitives.size(); first = end) {
-        // Strip the faces of one group.
         end = groupEnd(primitives, first);
-        numbers.startGroup();
-        std::vector<Corners> faces;
-        faces.reserve(end - first);
-        for (size_t f = first; f < end; ++f) faces.push_back(cornersOf(primitives[f], indices, numbers));
-        const auto vertexCount = static_cast<uint32_t>(numbers.vertices().size());
-        assert(0 < vertexCount && vertexCount <= 3 * faces.size());
-        Stripper stripper(std::move(faces), vertexCount, primitives[first]);
-        stripper.run();
+        const size_t finished = stripper.strips.size();
+        if (stripper.stripGroup(static_cast<uint32_t>(first), static_cast<uint32_t>(end), primitives[first])) continue;
 
         // A failed group leaves nothing, except where it is the whole mesh.
         setError(stripper.error);
-        if (!stripper.error.empty() && end - first < primitives.size()) break;
-
-        const auto firstIndex = static_cast<uint32_t>(stripIndices.size());
-        for (Primitive strip : stripper.primitives) {
-            strip.firstElement += firstIndex;
-            strips.push_back(strip);
-        }
-        for (const uint32_t number : stripper.indices) stripIndices.push_back(numbers.vertices()[number]);
+        if (end - first < primitives.size()) stripper.dropStrips(finished);
+        break;
     }
-    primitives = std::move(strips);
-    indices = std::move(stripIndices);
+    primitives = std::move(stripper.strips);
+    indices = stripper.takeIndices();
+    numbers.restore(indices);
 }
 
 }  // namespace marrowfen

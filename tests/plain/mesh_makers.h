@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -19,6 +20,12 @@ using Triangle = std::array<uint32_t, 3>;
 
 // A whole number from 0 to n - 1. (The distributions of <random> differ between standard libraries.)
 inline uint32_t pick(std::mt19937& random, uint32_t n) { return static_cast<uint32_t>(random() % n); }
+
+// How many random inputs a test tries: the environment's MARROWFEN_ROUNDS, for a long run, or so many.
+inline uint32_t rounds(uint32_t usual) {
+    const char* text = std::getenv("MARROWFEN_ROUNDS");
+    return text == nullptr ? usual : static_cast<uint32_t>(std::atoi(text));
+}
 
 // A number from -1 to 1.
 inline float signedUnit(std::mt19937& random) { return static_cast<float>(random() % 20001) / 10000.0F - 1; }

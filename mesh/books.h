@@ -1,0 +1,80 @@
+#pragma once
+
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "mesh/book_side.h"
+#include "mesh/edge_table.h"
+
+namespace marrowfen {
+
+// Edges with so many faces that a face that is used isn't told to each one across: the books of a group. Its pages,
+// the faces that are on no other such edge and have none of the same corners across, are adjacent to all that is
+// across, which is counted once for all of them.
+class Books {
+public:
+    // The faces and the table must outlive this.
+    Books(StripFaces& faces, EdgeTable& edges) : faces_(faces), edges_(edges) {}
+
+    // Finds the books of the linked group: takes the pages out of its lists and their neighbours across out of their
+    // counts.
+    void startGroup();
+
+    // All free faces adjacent to the face.
+    int32_t freeNeighbors(const StripFace& face) const { return face.freeNeighbors + across_[face.book]; }
+
+    // A face adjacent to this free one was used, which wasn't counted for all pages.
+    void dropNeighbor(StripFace& face) {
+        assert(face.freeNeighbors > 0);
+        if (face.book != 0) sides_[face.book].moveDown(numberOf(face), face.freeNeighbors);
+        --face.freeNeighbors;
+    }
+
+    void use(StripFace& face) {
+        if (face.book != 0) sides_[face.book].remove(numberOf(face), face.freeNeighbors);
+        face.freeNeighbors = StripFace::kUsed;
+    }
+
+    // A face across a list was used. Gives the page with the fewest free neighbours that stood in the list, the lowest
+    // among equals, kNone for none.
+    int32_t dropNeighborOfPages(int32_t list) {
+        const uint32_t book = sides_.size() == 1 ? 0 : bookOfList_[EdgeTable::listNumber(list)];
+        if (book == 0) return HalfEdge::kNone;
+        --across_[book];
+        return sides_[book].withFewest();
+    }
+
+    // Calls visit(face) for one free page of each side of a book: that with the most free neighbours, the lowest among
+    // equals.
+    template <class Visit>
+    void visitBestPages(Visit visit) const {
+        for (size_t book = 1; book < sides_.size(); ++book) {
+            const int32_t page = sides_[book].withMost();
+            if (page != HalfEdge::kNone) visit(HalfEdge::face(page));
+        }
+    }
+
+    // Is it a page of a book on whose edge the vertex lies?
+    bool isPageAt(const StripFace& face, uint32_t vertex) const {
+        return face.book != 0 && (ends_[face.book].first == vertex || ends_[face.book].second == vertex);
+    }
+
+private:
+    static constexpr size_t kFewPairs = 4096;  // of faces across an edge: they are told one by one
+
+    void makeBook(int32_t there, int32_t back, const std::vector<bool>& isOnMore);
+    void makeSide(int32_t list, const std::vector<uint32_t>& thirdsAcross, const std::vector<bool>& isOnMore);
+    std::vector<uint32_t> thirdsOf(int32_t list) const;
+    uint32_t numberOf(const StripFace& face) const { return static_cast<uint32_t>(&face - faces_.data()); }
+
+    StripFaces& faces_;
+    EdgeTable& edges_;
+    // By StripFace::book, 0 for no book.
+    std::vector<BookSide> sides_ = std::vector<BookSide>(1);
+    std::vector<int32_t> across_{0};  // free faces across, to all of which each page is adjacent
+    std::vector<std::pair<uint32_t, uint32_t>> ends_{{0, 0}};  // of the edge
+    std::vector<uint32_t> bookOfList_;                         // by list number; 0 for none
+};
+
+}  // namespace marrowfen

@@ -1,0 +1,166 @@
+#include "mesh/edge_table.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace marrowfen {
+
+EdgeTable::EdgeTable(StripFaces& faces, uint32_t vertexCount) : faces_(faces), ends_(vertexCount) {
+    for (const StripFace& face : faces) {
+        for (const uint32_t v : face.corners) ++ends_[v].valence;
+    }
+    edges_.reserve(faces.size() + faces.size() / 2);
+}
+
+// Adds a half-edge, which is above all before. The second one of an edge is linked with the first at once.
+inline void EdgeTable::add(int32_t halfEdge, uint32_t from, uint32_t to) {
+    const Place place = placeOf(from, to);
+    const int32_t number = find(place);
+    if (number == kNoEdge) {
+        addEdge(halfEdge, place);
+        return;
+    }
+    auto& halves = edgeAt(number).halves;
+    if (halves[place.half] != HalfEdge::kNone || halves[1 - place.half] < 0) {
+        addToChain(number, place.half, halfEdge);
+        return;
+    }
+    halves[place.half] = halfEdge;
+    pair(halves[1 - place.half], halfEdge);
+}
+
+void EdgeTable::linkGroup(uint32_t first, uint32_t end) {
+    groupStart_ += static_cast<int32_t>(edges_.size());
+    edges_.clear();
+    crowdedEdges_.clear();
+    lists_.clear();
+    listed_.clear();
+    for (uint32_t f = first; f < end; ++f) {
+        const auto [a, b, c] = faces_[f].corners;
+        add(HalfEdge::of(f, 0), a, b);
+        if (faces_[f].sideCount() == 1) continue;
+        add(HalfEdge::of(f, 1), b, c);
+        add(HalfEdge::of(f, 2), c, a);
+    }
+    for (const int32_t number : crowdedEdges_) linkThroughLists(edgeAt(number));
+}
+
+int32_t EdgeTable::edge(uint32_t from, uint32_t to) const {
+    const Place place = placeOf(from, to);
+    const int32_t number = find(place);
+    return number == kNoEdge ? HalfEdge::kNone : edgeAt(number).halves[place.half];
+}
+
+void EdgeTable::addEdge(int32_t halfEdge, const Place& place) {
+    End& end = ends_[place.end];
+    end.others = (end.lastEdge < groupStart_ ? 0 : end.others) | bitOf(place.other);
+    edges_.push_back({place.other, end.lastEdge, {HalfEdge::kNone, HalfEdge::kNone}});
+    edges_.back().halves[place.half] = halfEdge;
+    end.lastEdge = groupStart_ + static_cast<int32_t>(edges_.size()) - 1;
+}
+
+void EdgeTable::pair(int32_t a, int32_t b) {
+    if (!isAdjacentToLater(a, b)) return;
+    across(a) = b;
+    across(b) = a;
+    ++faces_[HalfEdge::face(a)].freeNeighbors;
+    ++faces_[HalfEdge::face(b)].freeNeighbors;
+}
+
+void EdgeTable::unpair(int32_t a, int32_t b) {
+    if (a == HalfEdge::kNone || b == HalfEdge::kNone || across(a) != b) return;
+    across(a) = across(b) = HalfEdge::kNone;
+    --faces_[HalfEdge::face(a)].freeNeighbors;
+    --faces_[HalfEdge::face(b)].freeNeighbors;
+}
+
+// The half-edges of an edge with many are chained until all are known.
+void EdgeTable::addToChain(int32_t number, uint32_t half, int32_t halfEdge) {
+    if (chained_.empty()) chained_.resize(4 * faces_.size());
+    auto& halves = edgeAt(number).halves;
+    if (!isList(halves[0]) && !isList(halves[1])) {
+        unpair(halves[0], halves[1]);
+        for (int32_t& only : halves) {
+            if (only == HalfEdge::kNone) continue;
+            chained_[static_cast<size_t>(only)] = HalfEdge::kNone;
+            only = chainFrom(only);
+        }
+        crowdedEdges_.push_back(number);
+    }
+    chained_[static_cast<size_t>(halfEdge)] = halves[half];
+    halves[half] = chainFrom(halfEdge);
+}
+
+void EdgeTable::linkThroughLists(Edge& edge) {
+    for (int32_t& half : edge.halves) half = listOfChain(half);
+    const auto [there, back] = edge.halves;
+    const int32_t any = halfEdges(there == HalfEdge::kNone ? back : there).front();
+    const StripFace& face = faces_[HalfEdge::face(any)];
+    if (face.from(HalfEdge::side(any)) == face.to(HalfEdge::side(any))) {
+        linkAcross(halfEdges(edge.halves[0]), there);
+        return;
+    }
+    linkAcross(halfEdges(edge.halves[0]), back);
+    linkAcross(halfEdges(edge.halves[1]), there);
+}
+
+// The half-edges of a chain, which descend, as a list.
+int32_t EdgeTable::listOfChain(int32_t chain) {
+    const List list{static_cast<uint32_t>(listed_.size()), 0};
+    for (; chain != HalfEdge::kNone; chain = chained_[static_cast<size_t>(listed_.back())]) {
+        listed_.push_back(chainFrom(chain));
+    }
+    const size_t length = listed_.size() - list.first;
+    if (length <= 1) {
+        const int32_t only = length == 0 ? HalfEdge::kNone : listed_.back();
+        listed_.resize(list.first);
+        return only;
+    }
+    std::reverse(listed_.begin() + list.first, listed_.end());
+    lists_.push_back({list.first, static_cast<uint32_t>(length)});
+    return listAcross(lists_.size() - 1);
+}
+
+// One way only: the faces here get what is across.
+void EdgeTable::linkAcross(std::span<const int32_t> here, const int32_t& across) {
+    const std::span<const int32_t> there = halfEdges(across);
+    const bool areFew = here.size() * there.size() <= kFewPairs;
+    for (const int32_t halfEdge : here) {
+        StripFace& face = faces_[HalfEdge::face(halfEdge)];
+        const bool isNeighbor = isList(across) || (across != HalfEdge::kNone && areAdjacent(halfEdge, across));
+        face.across[HalfEdge::side(halfEdge)] = isNeighbor ? across : HalfEdge::kNone;
+        if (!areFew) continue;
+        for (const int32_t other : there) face.freeNeighbors += areAdjacent(halfEdge, other) ? 1 : 0;
+    }
+    if (!areFew) countByThirds(here, there);
+}
+
+// A face with a third corner is adjacent to those with another one, and to degenerate ones after it; a degenerate one
+// to all before it that aren't.
+void EdgeTable::countByThirds(std::span<const int32_t> here, std::span<const int32_t> across) {
+    const auto thirdOf = [&](int32_t h) { return faces_[HalfEdge::face(h)].third(HalfEdge::side(h)); };
+    const StripFace& any = faces_[HalfEdge::face(here.front())];
+    const uint32_t side = HalfEdge::side(here.front());
+    const auto isDegenerate = [&, from = any.from(side), to = any.to(side)](int32_t h) {
+        return thirdOf(h) == from || thirdOf(h) == to;
+    };
+    std::vector<int32_t> regular, degenerate;  // half-edges, ascending
+    std::vector<uint32_t> thirds;              // of the regular ones
+    for (const int32_t other : across) {
+        (isDegenerate(other) ? degenerate : regular).push_back(other);
+        if (!isDegenerate(other)) thirds.push_back(thirdOf(other));
+    }
+    std::sort(thirds.begin(), thirds.end());
+    const auto before = [](const std::vector<int32_t>& list, int32_t h) {
+        return std::lower_bound(list.begin(), list.end(), h) - list.begin();
+    };
+    for (const int32_t h : here) {
+        const auto same = std::equal_range(thirds.begin(), thirds.end(), thirdOf(h));
+        const auto count = isDegenerate(h) ? before(regular, h)
+                                           : std::ssize(regular) - (same.second - same.first) + std::ssize(degenerate) -
+                                                 before(degenerate, h);
+        faces_[HalfEdge::face(h)].freeNeighbors += static_cast<int32_t>(count);
+    }
+}
+
+}  // namespace marrowfen

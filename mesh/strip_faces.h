@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "mesh/corners.h"
+
+namespace marrowfen {
+
+// An edge of a face as that face goes round it: from corner `side` to the next.
+struct HalfEdge {
+    static constexpr int32_t kNone = -1;
+
+    static int32_t of(uint32_t face, uint32_t side) { return static_cast<int32_t>(4 * face + side); }
+    static uint32_t face(int32_t halfEdge) { return static_cast<uint32_t>(halfEdge) / 4; }
+    static uint32_t side(int32_t halfEdge) { return static_cast<uint32_t>(halfEdge) % 4; }
+};
+
+// What stripping keeps of a face, together in half a cache line.
+struct alignas(32) StripFace {
+    static constexpr int32_t kUsed = -1;
+
+    Corners corners{};
+    int32_t freeNeighbors = 0;  // faces adjacent to it that are not yet in a strip; kUsed once it is in one itself.
+                                // Without those across the edge of its book.
+    // Per side: the half-edge of the only face adjacent across it, kNone, or below that a list, see EdgeTable.
+    std::array<int32_t, 3> across{HalfEdge::kNone, HalfEdge::kNone, HalfEdge::kNone};
+    uint32_t book = 0;  // of Books; 0 for none
+
+    bool isFree() const { return freeNeighbors != kUsed; }
+    uint32_t from(uint32_t side) const { return corners[side]; }
+    uint32_t to(uint32_t side) const { return corners[side == 2 ? 0 : side + 1]; }
+    uint32_t third(uint32_t side) const { return corners[side == 0 ? 2 : side - 1]; }  // the corner off that edge
+
+    // Sides to look across: all three, but one where they are one and the same.
+    uint32_t sideCount() const { return corners[0] == corners[1] && corners[1] == corners[2] ? 1 : 3; }
+};
+
+using StripFaces = std::vector<StripFace>;
+
+}  // namespace marrowfen
