@@ -1,5 +1,6 @@
 #include "host/materials.h"
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 #include <utility>
@@ -91,6 +92,15 @@ bool serves(const Shape::Material& entry, const Shape::Material& wanted) {
            std::fabs(entry.reflection - wanted.reflection) < kValueTolerance;
 }
 
+bool isMap(const Shape::Material& material) { return (material.flags & kMapFlags) != 0; }
+
+// Reflections within the tolerance of each other are at most two steps apart.
+int32_t reflectionStep(float reflection) {
+    constexpr double kMost = 1e9;
+    const double steps = std::floor(static_cast<double>(reflection) / kValueTolerance);
+    return std::isnan(steps) ? 0 : static_cast<int32_t>(std::clamp(steps, -kMost, kMost));
+}
+
 }  // namespace
 
 std::string_view reducedFileName(std::string_view fileName) {
@@ -102,7 +112,17 @@ std::string_view reducedFileName(std::string_view fileName) {
 MaterialConversion::MaterialConversion(std::vector<Shape::Material>& materials, std::ostream& log,
                                        const TextureOptions& options)
     : materials_(materials), log_(log), options_(options) {
-    for (int32_t i = 0; i < count32(materials); ++i) byName_[at(materials, i).name].push_back(i);
+    for (int32_t i = 0; i < count32(materials); ++i) enter(i);
+}
+
+void MaterialConversion::enter(int32_t index) {
+    const Shape::Material& material = at(materials_, index);
+    SameName& sameName = byName_[material.name];
+    if (!isMap(material)) {
+        sameName.byReflection[reflectionStep(material.reflection)].push_back(index);
+    } else if (sameName.firstMap < 0) {
+        sameName.firstMap = index;
+    }
 }
 
 const MaterialConversion::HostMaterial& MaterialConversion::hostMaterial(const SceneNode& polyhedron,
@@ -151,28 +171,41 @@ uint32_t MaterialConversion::faceMaterial(const SceneNode& polyhedron, int16_t m
 }
 
 int32_t MaterialConversion::findOrAddMaterial(Shape::Material wanted) {
-    const bool isMap = (wanted.flags & kMapFlags) != 0;
     const bool isTranslucent = (wanted.flags & Shape::Translucent) != 0;
     if (options_.noMipmap || (options_.noMipmapTrans && isTranslucent)) wanted.flags |= Shape::NoMipMap;
     // The smaller levels of a cut-out texture bleed its border colour into the edge: that is what the option is for,
     // and opaque textures have no such edge.
     if (options_.noBlackBorder && isTranslucent) wanted.flags |= Shape::MipMapZeroBorder;
 
-    std::vector<int32_t>& sameName = byName_[wanted.name];
-    for (const int32_t index : sameName) {
-        Shape::Material& entry = at(materials_, index);
-        if (isMap && (entry.flags & kMapFlags) != 0) {
-            entry.flags |= kMapFlags;
-            return index;
-        }
-        if (serves(entry, wanted)) return index;
+    const int32_t found = find(wanted);
+    if (found >= 0) {
+        if (isMap(wanted)) at(materials_, found).flags |= kMapFlags;
+        return found;
     }
-
     const int32_t added = count32(materials_);
-    if (wanted.reflectance == -1 && !isMap) wanted.reflectance = added;
+    if (wanted.reflectance == -1 && !isMap(wanted)) wanted.reflectance = added;
     materials_.push_back(std::move(wanted));
-    sameName.push_back(added);
+    enter(added);
     return added;
+}
+
+// The first entry that serves, -1 for none. Every map of a name serves for all of them.
+int32_t MaterialConversion::find(const Shape::Material& wanted) const {
+    const auto sameName = byName_.find(wanted.name);
+    if (sameName == byName_.end()) return -1;
+    if (isMap(wanted)) return sameName->second.firstMap;
+    int32_t first = -1;
+    const int32_t step = reflectionStep(wanted.reflection);
+    for (int32_t s = step - 2; s <= step + 2; ++s) {
+        const auto alike = sameName->second.byReflection.find(s);
+        if (alike == sameName->second.byReflection.end()) continue;
+        for (const int32_t index : alike->second) {
+            if ((first >= 0 && index > first) || !serves(at(materials_, index), wanted)) continue;
+            first = index;
+            break;
+        }
+    }
+    return first;
 }
 
 }  // namespace marrowfen

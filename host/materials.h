@@ -62,13 +62,22 @@ private:
         std::string logText;  // the lines that reading it writes
     };
 
+    // Indices into materials_ of the entries of one name: the first map, and the others rising by about what they
+    // reflect.
+    struct SameName {
+        int32_t firstMap = -1;
+        std::unordered_map<int32_t, std::vector<int32_t>> byReflection;
+    };
+
     const HostMaterial& hostMaterial(const SceneNode& polyhedron, int16_t materialNumber);
+    void enter(int32_t index);
+    int32_t find(const Shape::Material& wanted) const;
 
     std::vector<Shape::Material>& materials_;
     std::ostream& log_;
     TextureOptions options_;
-    std::unordered_map<std::string, std::vector<int32_t>> byName_;  // indices into materials_, rising
-    std::unordered_map<int16_t, HostMaterial> hostMaterials_;       // of the current polyhedron, by number
+    std::unordered_map<std::string, SameName> byName_;
+    std::unordered_map<int16_t, HostMaterial> hostMaterials_;  // of the current polyhedron, by number
 };
 
 }  // namespace marrowfen
