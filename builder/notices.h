@@ -27,6 +27,10 @@ inline constexpr MessageKind kNormalsNotTurned = {
     "layers on a turned bone, whose vertices are turned and whose normals aren't"};
 inline constexpr MessageKind kSortedAreaLost = {"SORTED_AREA_LOST", Severity::Warning,
                                                 "sorted layers that lose some of their faces' area"};
+inline constexpr MessageKind kNotFinite = {"NOT_FINITE", Severity::Warning,
+                                           "layers with positions or normals that aren't finite numbers"};
+inline constexpr MessageKind kFarFromOrigin = {"FAR_FROM_ORIGIN", Severity::Warning,
+                                               "a shape that reaches beyond 1000000 units, where positions are coarse"};
 inline constexpr MessageKind kSeveralBones = {"SEVERAL_BONES", Severity::Warning,
                                               "vertices held by several bones follow the first"};
 inline constexpr MessageKind kSharedName = {"SHARED_NAME", Severity::Warning, "nodes that share a name"};
@@ -44,10 +48,10 @@ inline constexpr MessageKind kClipLeftOut = {"CLIP_LEFT_OUT", Severity::Warning,
 
 // All kinds, in the order in which a person wants to read them.
 inline constexpr const MessageKind* kExportMessageKinds[] = {
-    &kUnknownTag,    &kTagOfOtherRole, &kTagValue,        &kNearRole,         &kLayerDropped,
-    &kNodeOnNoLayer, &kNeverShows,     &kSortWithAutoLod, &kNormalsNotTurned, &kSortedAreaLost,
-    &kSeveralBones,  &kSharedName,     &kSharedClipName,  &kEmptyCollision,   &kOverruledCollision,
-    &kNoTexture,     &kFrameRate,      &kClipSkipped,     &kClipLeftOut};
+    &kUnknownTag,   &kTagOfOtherRole,  &kTagValue,         &kNearRole,       &kLayerDropped,       &kNodeOnNoLayer,
+    &kNeverShows,   &kSortWithAutoLod, &kNormalsNotTurned, &kSortedAreaLost, &kNotFinite,          &kFarFromOrigin,
+    &kSeveralBones, &kSharedName,      &kSharedClipName,   &kEmptyCollision, &kOverruledCollision, &kNoTexture,
+    &kFrameRate,    &kClipSkipped,     &kClipLeftOut};
 
 // The export log and the listener to messages, both borrowed.
 class Notices {

@@ -107,7 +107,8 @@ void ObjectPass::createMesh(size_t level) {
         tellFault(kNotStripped, layer);
     }
     if (!mesh.hasError()) mesh.setError(fileLimitError(mesh, layer, LayerRole::Detail, notices_));
-    if (mesh.hasError()) shape_.setError(mesh.error());
+    if (mesh.hasError()) return shape_.setError(mesh.error());
+    if (!isFinite(mesh)) notices_.tell({&kNotFinite, Message::Place::Layer, layer.name, layer.name});
 }
 
 // All copies are made at once: the fewer triangles of one go on from the more of another.

@@ -1,6 +1,7 @@
 #include "builder/shape_builder.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "builder/passes.h"
 #include "builder/refusals.h"
@@ -8,6 +9,7 @@
 #include "ground/at.h"
 #include "host/animation.h"
 #include "host/polyhedron.h"
+#include "shape/shape_questions.h"
 
 namespace marrowfen {
 
@@ -33,6 +35,14 @@ void tellFacesWithoutTexture(const Shape& shape, Notices& notices) {
     const bool hasAny = std::any_of(shape.materials.begin(), shape.materials.end(),
                                     [](const Shape::Material& material) { return material.name == kNoTextureName; });
     if (hasAny) notices.tell({&kNoTexture, Message::Place::Scene, "", kNoTextureName});
+}
+
+void tellFarBounds(const Shape& shape, Notices& notices) {
+    const float reach = reachOf(shape.bounds);
+    if (!(reach > kFarReach)) return;
+    std::ostringstream text;
+    text << reach << " units";
+    notices.tell({&kFarFromOrigin, Message::Place::Scene, "", text.str()});
 }
 
 // The box around the object where it stands in the scene.
@@ -71,6 +81,7 @@ void createGeometry(const SceneScan& scan, Shape& shape, Notices& notices) {
         shape.computeBounds();
     }
     measure(shape);
+    tellFarBounds(shape, notices);
     shape.setSmallestSize(0);
 }
 

@@ -1,5 +1,6 @@
-// Makes the seeds of the fuzz targets from scene files: make_seeds FOLDER SCENE... writes a folder a target below
-// FOLDER from small versions of the scenes, the shapes through the exporter itself.
+// Makes the seeds of the fuzz targets: make_seeds FOLDER SCENE|GLTF... writes a folder a target below FOLDER from small
+// versions of the scenes, the shapes through the exporter itself and glTF of the shapes, a shape with every record, and
+// glTF files that hold their own buffers.
 
 #include <algorithm>
 #include <cstdio>
@@ -8,9 +9,15 @@
 #include <sstream>
 
 #include "builder/shape_builder.h"
+#include "ground/ascii.h"
+#include "ground/byte_order.h"
+#include "ground/whole_file.h"
 #include "standin/host/host.h"
+#include "standin/host/load_notices.h"
 #include "standin/host/scene_file.h"
-#include "standin/import/scene_transfer.h"
+#include "standin/import/model_import.h"
+#include "tests/shape/every_record.h"
+#include "view/shape_gltf.h"
 
 using namespace marrowfen;
 
@@ -66,15 +73,29 @@ standin::Scene thinned(standin::Scene scene) {
     return scene;
 }
 
+// As fuzz_gltf takes it: the text, a zero byte and the buffer.
+void addGltf(const std::string& file, Seeds& seeds) {
+    if (!file.starts_with("glTF") || file.size() < 20) return seeds.write("fuzz_gltf", file);
+    const size_t end = std::min<size_t>(file.size(), 20 + get32(&file[12]));
+    seeds.write("fuzz_gltf", file.substr(20, end - 20) + '\0' + file.substr(std::min(end + 8, file.size())));
+}
+
+void addFiles(const Shape& shape, Seeds& seeds) {
+    std::ostringstream geometry, sequences;
+    shape.writeDts(geometry, true);
+    shape.writeDsq(sequences);
+    seeds.write("fuzz_dts", geometry.str());
+    seeds.write("fuzz_dsq", sequences.str());
+}
+
 void addShapes(const standin::Scene& scene, Seeds& seeds) {
     standin::Host host(scene);
-    std::ostringstream log, shape, sequences;
+    std::ostringstream log;
     const ShapeBuilder animated(log, ExportMode::ShapeWithAnimation);
-    if (!animated.hasError()) animated.writeDts(shape, true);
-    const ShapeBuilder moves(log, ExportMode::SequencesOnly);
-    if (!moves.hasError()) moves.writeDsq(sequences);
-    if (!shape.str().empty()) seeds.write("fuzz_dts", shape.str());
-    if (!sequences.str().empty()) seeds.write("fuzz_dsq", sequences.str());
+    if (animated.hasError()) return;
+    addFiles(animated, seeds);
+    const std::string glb = view::shapeToGltf(animated, "seed").glb;
+    if (!glb.empty()) addGltf(glb, seeds);
 }
 
 void addTags(const standin::Scene& scene, Seeds& seeds) {
@@ -88,11 +109,16 @@ void addTags(const standin::Scene& scene, Seeds& seeds) {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: make_seeds FOLDER SCENE...\n");
+        std::fprintf(stderr, "usage: make_seeds FOLDER SCENE|GLTF...\n");
         return 2;
     }
     Seeds seeds(argv[1]);
+    addFiles(everyRecord(), seeds);
     for (int i = 2; i < argc; ++i) {
+        if (!endsWithIgnoringCase(argv[i], ".json")) {
+            addGltf(readWholeFile(argv[i]), seeds);
+            continue;
+        }
         const standin::LoadResult loaded = standin::readSceneFile(argv[i]);
         if (!loaded.scene) {
             std::fprintf(stderr, "error: %s\n", loaded.error.c_str());
@@ -100,7 +126,10 @@ int main(int argc, char** argv) {
         }
         const standin::Scene scene = thinned(*loaded.scene);
         seeds.write("fuzz_scene", standin::sceneText(scene));
-        seeds.write("fuzz_transfer", standin::packResult({scene, {}, {}}));
+        standin::ImportResult import{{scene, {}, {}}, {"a unit is 1 m"}, {{"a.png", "bytes"}}, {{"a.obj", true}}};
+        for (const MessageKind* kind : standin::load::kKinds)
+            import.warnings.push_back(standin::aboutScene(*kind, "a"));
+        seeds.write("fuzz_transfer", standin::packImport(import));
         addShapes(scene, seeds);
         addTags(*loaded.scene, seeds);
     }

@@ -3,6 +3,7 @@
 #include "mesh/mesh_words.h"
 #include "shape/drawn_triangles.h"
 #include "shape/problem_list.h"
+#include "shape/shape_questions.h"
 
 namespace marrowfen {
 
@@ -157,9 +158,7 @@ void checkMeshes(const Shape& shape, ProblemList& list) {
         if (!isIndexOrNone(mesh.parent, shape.meshes)) {
             list.add(problem::kMeshParent, [&] { return place("meshes", i, "parent", mesh.parent); });
         }
-        if (!all(mesh.vertexes, isFinite) || !all(mesh.normals, isFinite)) {
-            list.add(problem::kMeshNumber, [&] { return place("meshes", i); });
-        }
+        if (!isFinite(mesh)) list.add(problem::kMeshNumber, [&] { return place("meshes", i); });
         const auto isNear = [](const Point2D& t) {
             return std::fabs(t.x) <= kFarTexture && std::fabs(t.y) <= kFarTexture;
         };

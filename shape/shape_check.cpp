@@ -13,9 +13,6 @@ namespace {
 // Each packed component is cut by less than one step of 1/32767.
 constexpr float kUnitTolerance = 4.0F / 32767;
 
-// Coordinates of which 32-bit floats tell no more than sixteenths apart.
-constexpr float kFarBounds = 1e6F;
-
 // A level's objects are looked through for this many levels only, far more than an engine can tell apart, so that a
 // file of nothing but levels and objects takes no longer than others.
 constexpr size_t kLevelsLookedInto = 256;
@@ -162,10 +159,7 @@ void checkBounds(const Shape& shape, ProblemList& list) {
     const auto [min, max] = shape.bounds;
     const bool whole = isFinite(min) && isFinite(max) && min.x <= max.x && min.y <= max.y && min.z <= max.z;
     if (!whole) return list.add(problem::kBoundsEmpty, [] { return std::string("shape"); });
-    const float reach = std::max({-min.x, -min.y, -min.z, max.x, max.y, max.z});
-    if (reach > kFarBounds) {
-        list.add(problem::kBoundsFar, [] { return std::string("shape"); });
-    }
+    if (reachOf(shape.bounds) > kFarReach) list.add(problem::kBoundsFar, [] { return std::string("shape"); });
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "ground/ascii.h"
 #include "ground/at.h"
@@ -56,6 +57,19 @@ std::vector<size_t> levelsThatNeverShow(const Shape& shape) {
         }
     }
     return hidden;
+}
+
+float reachOf(const Box& bounds) {
+    const auto [min, max] = bounds;
+    if (!isFinite(min) || !isFinite(max)) return std::numeric_limits<float>::infinity();
+    return std::max({-min.x, -min.y, -min.z, max.x, max.y, max.z});
+}
+
+bool isFinite(const Mesh& mesh) {
+    const auto areFinite = [](const std::vector<Point3>& points) {
+        return std::all_of(points.begin(), points.end(), [](const Point3& point) { return isFinite(point); });
+    };
+    return areFinite(mesh.vertexes) && areFinite(mesh.normals);
 }
 
 bool drawsWithoutEnd(const Shape& shape) {

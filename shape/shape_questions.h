@@ -31,6 +31,14 @@ bool drawsAnything(const Shape& shape, const Shape::DetailLevel& level);
 // from its size up to where an earlier one takes over.
 std::vector<size_t> levelsThatNeverShow(const Shape& shape);
 
+// The largest coordinate of bounds, infinite if one isn't a number. Beyond kFarReach 32-bit floats tell no more than
+// sixteenths of a unit apart.
+inline constexpr float kFarReach = 1e6F;
+float reachOf(const Box& bounds);
+
+// Whether the positions and normals of a mesh are numbers that can be drawn.
+bool isFinite(const Mesh& mesh);
+
 // Whether the shape draws more elements than any model has. Drawing runs may overlap, so that a small file can ask for
 // any number of triangles.
 bool drawsWithoutEnd(const Shape& shape);

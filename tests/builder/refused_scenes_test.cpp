@@ -1,6 +1,7 @@
 // Scenes that the builder refuses, each with the error that an artist reads. Whatever the error, the host is left as it
 // was found.
 
+#include "builder/passes.h"
 #include "tests/builder/build_scene.h"
 
 namespace marrowfen {
@@ -85,6 +86,17 @@ TEST(AcceptedScene, SkipsAClipOfMoreKeysThanAnExportHolds) {
     EXPECT_EQ(build.shape->sequences.size(), 2U);
     EXPECT_EQ(build.shape->nodeRotations.size(), 4U);
     EXPECT_TRUE(build.host.scene() == scene);
+}
+
+TEST(AcceptedScene, HoldsAMillionKeysOfAllClips) {
+    std::ostringstream log;
+    const MessageListener nobody;
+    Notices notices(log, nobody);
+    ClipInfo half, rest;
+    half.length = 1 << 19, rest.length = half.length + 1;
+    EXPECT_EQ(playableClips({half, half}, 1, notices).size(), 2U);
+    EXPECT_EQ(playableClips({half, rest, half}, 1, notices).size(), 2U);
+    EXPECT_EQ(playableClips({half, half}, 2, notices).size(), 1U);
 }
 
 TEST(AcceptedScene, NeedsNoMeshInADsqExport) {

@@ -91,6 +91,8 @@ TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
         {AFTER(s.objects[0].node = -1), "odd object without a node: objects[0]"},
         {AFTER(s.objectStates.clear()), "odd object without a default state: objects[0]"},
         {AFTER(s.decals = {{0, 1, 2, 5}}), "broken decal with meshes or an object that aren't there: decals[0]"},
+        {AFTER(s.decals = {{0, 1, 2, 0}}), ""},
+        {AFTER(s.decals = {{0, 1, 3, 0}}), "broken decal with meshes or an object that aren't there: decals[0]"},
         {AFTER(s.materials[0].bump = 1), "broken material that names one that isn't there: materials[0].material: 1"},
         {AFTER(s.IFLmaterials = {{0, 9}}), "broken IFL material for a slot that isn't there: IFLmaterials[0].slot: 9"},
         {AFTER(s.subshapes[0].numNodes = 3),
