@@ -13,9 +13,6 @@
 namespace marrowfen::standin {
 namespace {
 
-// Deep enough for any scene; a limit because jsonText works recursively.
-constexpr size_t kDeepestNesting = 4096;
-
 // A syntax error quotes what was read; a runaway string would quote the rest of the file.
 constexpr size_t kLongestMessage = 240;
 
@@ -111,8 +108,8 @@ private:
     }
 
     bool open(JsonValue::Kind kind) {
-        if (open_.size() == kDeepestNesting) {
-            error = "arrays and objects are nested more than " + std::to_string(kDeepestNesting) + " deep";
+        if (open_.size() == kDeepestJson) {
+            error = "arrays and objects are nested more than " + std::to_string(kDeepestJson) + " deep";
             return false;
         }
         add(kind);
@@ -138,7 +135,7 @@ size_t tooDeepAt(const std::string& text) {
             continue;
         }
         if (text[i] == ']' || text[i] == '}') --depth;
-        if ((text[i] == '[' || text[i] == '{') && ++depth > kDeepestNesting) return i + 1;
+        if ((text[i] == '[' || text[i] == '{') && ++depth > kDeepestJson) return i + 1;
     }
     return text.size();
 }

@@ -5,24 +5,32 @@
 // a 32-bit float twice, and its keys in alphabetical order, where materials and clips' nodes have that of the file. The
 // list also costs few allocations, and no depth of nesting costs stack.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace marrowfen::standin {
 
+// Arrays and objects around a value: deep enough for any scene; a limit because readers work recursively.
+inline constexpr size_t kDeepestJson = 4096;
+
 struct JsonValue {
     enum Kind : uint8_t { Null, Flag, Number, Text, Array, Object };
 
+    double number = 0;  // of a Number
+    union {
+        float single;        // of a Number: rounded once from its decimal digits, infinite when it is too large
+        uint32_t text;       // of a Text: index into JsonDocument::texts
+        uint32_t count = 0;  // of an Array or Object: its entries
+    };
+    uint32_t key = 0;  // of an object's member: its key, index into JsonDocument::texts
+    uint32_t end = 0;  // index past this value and everything in it
     Kind kind = Null;
-    bool flag = false;   // of a Flag
-    float single = 0;    // of a Number: rounded once from its decimal digits, infinite when it is too large
-    double number = 0;   // of a Number
-    uint32_t text = 0;   // of a Text: index into JsonDocument::texts
-    uint32_t key = 0;    // of an object's member: its key, index into JsonDocument::texts
-    uint32_t count = 0;  // of an Array or Object: its entries
-    uint32_t end = 0;    // index past this value and everything in it
+    bool flag = false;  // of a Flag
 };
+
+static_assert(sizeof(JsonValue) == 24);  // most of what a large file takes
 
 struct JsonDocument {
     // In the order of the text: the first is the whole text; an Array or Object stands before its entries.

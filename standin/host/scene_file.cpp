@@ -9,6 +9,7 @@
 
 #include "ground/whole_file.h"
 #include "standin/host/json_reader.h"
+#include "standin/host/large_pages.h"
 #include "standin/host/scene_check.h"
 #include "standin/host/scene_fields.h"
 
@@ -182,7 +183,9 @@ std::string readFile(const std::string& path, std::string& error) {
 }  // namespace
 
 LoadResult parseScene(const std::string& text, const std::string& name) {
+    constexpr size_t kGrowth = 16;  // of a text, on its way to a host's scene
     LoadResult result;
+    useLargePages(text.size() * kGrowth);
     JsonDocument document;
     const std::string syntaxError = parseJson(text, document);
     if (!syntaxError.empty()) {

@@ -1,6 +1,7 @@
 #include "standin/host/scene_place.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "standin/host/json_document.h"
 
@@ -19,19 +20,21 @@ bool isPlainKey(std::string_view key) {
 }  // namespace
 
 std::string ScenePlace::path() const {
+    std::vector<const Step*> steps;
+    for (const Step* step = last_; step != nullptr; step = step->before_) steps.insert(steps.begin(), step);
     std::string text;
-    for (size_t i = 0; i < steps_.size(); ++i) {
-        if (steps_.size() > kLongestPath && i == kLongestPath / 2) {
+    for (size_t i = 0; i < steps.size(); ++i) {
+        if (steps.size() > kLongestPath && i == kLongestPath / 2) {
             text += "...";
-            i = steps_.size() - kLongestPath / 2;
+            i = steps.size() - kLongestPath / 2;
         }
-        const Part& step = steps_[i];
-        if (step.key.data() == nullptr) {
-            text += "[" + std::to_string(step.index) + "]";
-        } else if (isPlainKey(step.key)) {
-            text += (text.empty() ? "" : ".") + std::string(step.key);
+        const Step& step = *steps[i];
+        if (step.key_.data() == nullptr) {
+            text += "[" + std::to_string(step.index_) + "]";
+        } else if (isPlainKey(step.key_)) {
+            text += (text.empty() ? "" : ".") + std::string(step.key_);
         } else {
-            text += "[" + jsonQuoted(std::string(step.key)) + "]";
+            text += "[" + jsonQuoted(std::string(step.key_)) + "]";
         }
     }
     return text;

@@ -4,7 +4,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "standin/host/scene_words.h"
 
@@ -15,14 +14,24 @@ public:
     // Goes into a member or an entry, and out again when it is destroyed.
     class Step {
     public:
-        Step(ScenePlace& place, std::string_view key) : place_(place) { place_.steps_.push_back({key, 0}); }
-        Step(ScenePlace& place, size_t index) : place_(place) { place_.steps_.push_back({{}, index}); }
-        ~Step() { place_.steps_.pop_back(); }
+        Step(ScenePlace& place, std::string_view key) : Step(place, key, 0) {}
+        Step(ScenePlace& place, size_t index) : Step(place, {}, index) {}
+        ~Step() { place_.last_ = before_; }
         Step(const Step&) = delete;
         Step& operator=(const Step&) = delete;
 
     private:
+        friend class ScenePlace;
+
+        Step(ScenePlace& place, std::string_view key, size_t index)
+            : place_(place), before_(place.last_), key_(key), index_(index) {
+            place.last_ = this;
+        }
+
         ScenePlace& place_;
+        const Step* before_;
+        std::string_view key_;  // null of an entry
+        size_t index_;
     };
 
     // Keeps "path: what" unless there is a fault already.
@@ -34,12 +43,7 @@ public:
     const std::string& error() const { return error_; }
 
 private:
-    struct Part {
-        std::string_view key;  // null of an entry
-        size_t index;
-    };
-
-    std::vector<Part> steps_;
+    const Step* last_ = nullptr;
     std::string error_;
 };
 

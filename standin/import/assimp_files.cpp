@@ -8,21 +8,15 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "ground/ascii.h"
+#include "standin/import/own_files.h"
 
 namespace marrowfen::standin {
 
 namespace {
 
 constexpr std::string_view kBigEndianMark = "\xFE\xFF", kLittleEndianMark = "\xFF\xFE";
-
-// Anything but a file may never end, such as a pipe that a model names its materials' file.
-bool isFile(const char* path) {
-    std::error_code fault;
-    return std::filesystem::is_regular_file(path, fault);
-}
 
 std::string contentOf(Assimp::IOStream& stream) {
     std::string bytes(stream.FileSize(), '\0');
@@ -96,15 +90,16 @@ Assimp::IOStream* streamOf(const std::string& bytes) {
 
 }  // namespace
 
-bool ModelFiles::Exists(const char* path) const {
-    const bool found = isFile(path) && DefaultIOSystem::Exists(path);
-    lookedFor_.push_back({path, found});
-    return found;
+bool ModelFiles::finds(const char* path) const {
+    const FilePlace place = placeOfFile(model_, path);
+    if (place != FilePlace::Outside) lookedFor_.push_back({path, place == FilePlace::There});
+    return place == FilePlace::There;
 }
 
+bool ModelFiles::Exists(const char* path) const { return finds(path); }
+
 Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
-    std::unique_ptr<Assimp::IOStream> stream(isFile(path) ? DefaultIOSystem::Open(path, mode) : nullptr);
-    lookedFor_.push_back({path, stream != nullptr});
+    std::unique_ptr<Assimp::IOStream> stream(finds(path) ? DefaultIOSystem::Open(path, mode) : nullptr);
     if (stream == nullptr) return nullptr;
     const bool isCollada = equalIgnoringCase(std::filesystem::path(path).extension().string(), ".dae");
     const bool isWide = beginsWith16BitMark(*stream);

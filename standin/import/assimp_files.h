@@ -5,20 +5,27 @@
 
 #include <assimp/DefaultIOSystem.h>
 
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "standin/host/scene.h"
 
 namespace marrowfen::standin {
 
+// Files that aren't the model's own aren't there.
 class ModelFiles : public Assimp::DefaultIOSystem {
 public:
+    explicit ModelFiles(std::string model) : model_(std::move(model)) {}
     bool Exists(const char* path) const override;
     Assimp::IOStream* Open(const char* path, const char* mode) override;
 
     const std::vector<LookedFor>& lookedFor() const { return lookedFor_; }
 
 private:
+    bool finds(const char* path) const;
+
+    std::string model_;
     mutable std::vector<LookedFor> lookedFor_;
 };
 

@@ -11,15 +11,18 @@
 #include <filesystem>
 #include <fstream>
 #include <new>
+#include <optional>
 #include <set>
 #include <unordered_map>
 
 #include "ground/ascii.h"
 #include "ground/pieces.h"
 #include "ground/whole_file.h"
+#include "standin/host/large_pages.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/assimp_files.h"
 #include "standin/import/model_import.h"
+#include "standin/import/own_files.h"
 #include "standin/import/polygon_cut.h"
 #include "standin/import/source_model.h"
 
@@ -410,10 +413,11 @@ void noteMissingLibraries(AssimpReading& reading) {
         if (begin == std::string::npos) continue;
         std::string name = line.substr(begin);
         while (!name.empty() && std::isspace(static_cast<unsigned char>(name.back())) != 0) name.pop_back();
-        std::error_code fault;
-        if (std::filesystem::exists(reading.path.parent_path() / name, fault) || !told.insert(name).second) continue;
-        reading.model.remarks.push_back(
-            aboutScene(load::kMissingFile, "material library " + cleanText(name) + " isn't found beside the model"));
+        const FilePlace place = placeOfFile(reading.path, reading.path.parent_path() / name);
+        if (place == FilePlace::There || !told.insert(name).second) continue;
+        const char* why = place == FilePlace::Missing ? " isn't found beside the model"
+                                                      : " lies outside the model's folder and isn't opened";
+        reading.model.remarks.push_back(aboutScene(load::kMissingFile, "material library " + cleanText(name) + why));
     }
 }
 
@@ -438,7 +442,7 @@ void convert(AssimpReading& reading) {
 }
 
 const aiScene* readFile(Assimp::Importer& importer, const std::string& path) {
-    importer.SetIOHandler(new ModelFiles);
+    importer.SetIOHandler(new ModelFiles(path));
     return importer.ReadFile(path, 0);
 }
 
@@ -466,7 +470,9 @@ const aiScene* readNames(Assimp::Importer& importer, const std::string& path) {
 }  // namespace
 
 SourceModel readWithAssimp(const std::string& path) {
-    Assimp::Importer importer, names;
+    useLargePages(24 << 20);  // its readers take buffers of 16 MB for the smallest file
+    Assimp::Importer importer;
+    std::optional<Assimp::Importer> names;
     SourceModel model;
     const aiScene* scene = readFile(importer, path);
     if (scene == nullptr) {
@@ -484,7 +490,7 @@ SourceModel readWithAssimp(const std::string& path) {
         importer.ApplyPostProcessing(aiProcess_GenUVCoords | aiProcess_TransformUVCoords) == nullptr) {
         reading.model.fail(oneLine(importer.GetErrorString()));
     }
-    if (format == kColladaReader) reading.named = readNames(names, path);
+    if (format == kColladaReader) reading.named = readNames(names.emplace(), path);
     if (reading.model.error.empty()) convert(reading);
     reading.model.files = filesOf(importer);
     return std::move(reading.model);

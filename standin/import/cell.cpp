@@ -1,12 +1,16 @@
 #include "standin/import/cell.h"
 
 #include <fcntl.h>
+#include <linux/landlock.h>
 #include <seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 
 namespace marrowfen::standin {
 
@@ -89,15 +93,43 @@ bool addRules(scmp_filter_ctx filter) {
     return good;
 }
 
+// Landlock's rights are bits in the order of its versions; the last one of the first version, which every kernel with
+// Landlock knows, is to make symbolic links. What came later, the filter forbids.
+constexpr uint64_t kAllRights = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1;
+
+void allowReading(int rules, const std::string& path) {
+    const int place = open(path.c_str(), O_PATH | O_CLOEXEC);
+    if (place < 0) return;  // then it can't be read either
+    struct stat found {};
+    const bool isFolder = fstat(place, &found) == 0 && S_ISDIR(found.st_mode);
+    landlock_path_beneath_attr beneath{};
+    beneath.allowed_access = LANDLOCK_ACCESS_FS_READ_FILE | (isFolder ? LANDLOCK_ACCESS_FS_READ_DIR : 0);
+    beneath.parent_fd = place;
+    syscall(SYS_landlock_add_rule, rules, LANDLOCK_RULE_PATH_BENEATH, &beneath, 0);
+    close(place);
+}
+
+// No right to any file but the named ones, whatever way leads there.
+void keepToFiles(const std::vector<std::string>& readable) {
+    landlock_ruleset_attr handled{};
+    handled.handled_access_fs = kAllRights;
+    const int rules = static_cast<int>(syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0));
+    if (rules < 0) return;
+    for (const std::string& path : readable) allowReading(rules, path);
+    syscall(SYS_landlock_restrict_self, rules, 0);
+    close(rules);
+}
+
 }  // namespace
 
-void closeCell() {
+void closeCell(const std::vector<std::string>& readable) {
     // What holds where the kernel has no filters, or was built without: no file grows, and no process of root's
     // gets its rights back.
     const rlimit nothing{0, 0};
     setrlimit(RLIMIT_FSIZE, &nothing);
     setrlimit(RLIMIT_NPROC, &nothing);
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    keepToFiles(readable);
 
     // A reader that tries something else is told that it may not, and goes on.
     const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ERRNO(EPERM));

@@ -9,6 +9,10 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "ground/whole_file.h"
+#include "standin/host/json_document.h"
+#include "standin/import/own_files.h"
+
 // The glTF library would open whatever a URI names and decode images; both lists are taken out of its hands. They are
 // found in the text by a scan of the top level, so that the rest is parsed only once.
 
@@ -36,7 +40,11 @@ uint32_t numberAt(std::string_view bytes, size_t at) {
 }
 
 // Empty on success.
-std::string splitGlb(std::string_view file, Glb& glb) {
+std::string split(std::string_view file, Glb& glb) {
+    if (!file.starts_with("glTF")) {
+        glb.json = file;
+        return {};
+    }
     if (file.size() < kGlbHeader) return "the GLB header is cut off";
     if (numberAt(file, 4) != 2) return "GLB version " + std::to_string(numberAt(file, 4)) + " isn't 2";
     if (numberAt(file, 8) > file.size()) return "the file is shorter than its GLB header says";
@@ -64,11 +72,16 @@ size_t stringEnd(std::string_view text, size_t at) {
     return std::min(at + 1, text.size());
 }
 
-// The members of the top-level object. What isn't JSON gives members without sense, which the parsers refuse.
-std::vector<Member> topMembers(std::string_view text) {
+struct TopLevel {
     std::vector<Member> members;
+    int64_t depth = 0;  // of the deepest value
+};
+
+// The members of the top-level object. What isn't JSON gives members without sense, which the parsers refuse.
+TopLevel topLevel(std::string_view text) {
+    TopLevel top;
     Member member;
-    int depth = 0;
+    int64_t depth = 0;
     bool inValue = false;
     for (size_t at = 0; at < text.size();) {
         const char c = text[at];
@@ -81,7 +94,7 @@ std::vector<Member> topMembers(std::string_view text) {
         const bool endsMember = depth == 1 && inValue && (c == ',' || c == '}');
         if (endsMember) {
             member.end = at;
-            members.push_back(member);
+            top.members.push_back(member);
             inValue = false;
         }
         if (c == ':' && depth == 1 && !inValue) {
@@ -90,9 +103,10 @@ std::vector<Member> topMembers(std::string_view text) {
         }
         if (c == '{' || c == '[') ++depth;
         if (c == '}' || c == ']') --depth;
+        top.depth = std::max(top.depth, depth);
         ++at;
     }
-    return members;
+    return top;
 }
 
 std::string decodedBase64(std::string_view text) {
@@ -147,18 +161,11 @@ std::optional<DataUri> parseDataUri(std::string_view uri) {
                    head.ends_with(";base64") ? decodedBase64(data) : decodedPercent(data)};
 }
 
-// True for a path that stays in the folder it starts from.
-bool staysInFolder(const std::filesystem::path& path) {
-    const std::filesystem::path normal = path.lexically_normal();
-    const std::string text = normal.generic_string();
-    const bool hasScheme = text.find("://") != std::string::npos || text.find(":/") != std::string::npos;
-    return !normal.has_root_path() && !hasScheme && !normal.empty() && *normal.begin() != "..";
-}
+// "http://..." and "C:/...".
+bool leadsElsewhere(const std::string& path) { return path.find(":/") != std::string::npos; }
 
 bool readFile(const std::filesystem::path& path, std::string& bytes) {
     std::error_code fault;
-    // Anything but a file may never end.
-    if (!std::filesystem::is_regular_file(path, fault)) return false;
     std::ifstream file(path, std::ios::binary);
     bytes.resize(static_cast<size_t>(std::filesystem::file_size(path, fault)));
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -173,16 +180,18 @@ std::string textOf(const Json& object, const char* key) {
                                                                              : std::string();
 }
 
-std::string externalBytes(const std::filesystem::path& folder, const std::string& uri, GltfBytes& result,
+std::string externalBytes(const std::filesystem::path& model, const std::string& uri, GltfBytes& result,
                           std::string& bytes) {
-    const std::string path = decodedPercent(uri);
-    if (!staysInFolder(path)) return "buffer " + uri + " lies outside the model's folder and isn't opened";
-    const bool isRead = readFile(folder / path, bytes);
-    result.files.push_back({(folder / path).string(), isRead});
+    const std::string name = decodedPercent(uri);
+    const std::filesystem::path path = model.parent_path() / name;
+    const FilePlace place = leadsElsewhere(name) ? FilePlace::Outside : placeOfFile(model, path);
+    if (place == FilePlace::Outside) return "buffer " + uri + " lies outside the model's folder and isn't opened";
+    const bool isRead = place == FilePlace::There && readFile(path, bytes);
+    result.files.push_back({path.string(), isRead});
     return isRead ? std::string() : "buffer " + uri + " can't be read";
 }
 
-void readBuffers(const Json& list, const std::filesystem::path& folder, std::optional<std::string_view> binary,
+void readBuffers(const Json& list, const std::filesystem::path& model, std::optional<std::string_view> binary,
                  GltfBytes& result) {
     for (size_t b = 0; b < list.size() && result.error.empty(); ++b) {
         const std::string uri = textOf(list[b], "uri");
@@ -190,7 +199,7 @@ void readBuffers(const Json& list, const std::filesystem::path& folder, std::opt
         if (std::optional<DataUri> data = parseDataUri(uri)) {
             buffer.bytes = std::move(data->bytes);
         } else if (!uri.empty()) {
-            result.error = externalBytes(folder, uri, result, buffer.bytes);
+            result.error = externalBytes(model, uri, result, buffer.bytes);
         } else if (b == 0 && binary) {
             buffer.bytes = *binary;
         } else {
@@ -237,6 +246,14 @@ Json listOf(std::string_view text) {
 
 }  // namespace
 
+std::string gltfTextFault(const std::string& path) {
+    const std::string file = readWholeFile(path);
+    Glb glb;
+    split(file, glb);
+    JsonDocument document;
+    return parseJson(std::string(glb.json), document);
+}
+
 GltfBytes readGltfBytes(const std::string& path) {
     GltfBytes result;
     std::string file;
@@ -244,23 +261,25 @@ GltfBytes readGltfBytes(const std::string& path) {
         result.error = "can't be read";
         return result;
     }
-    Glb glb{file, std::nullopt};
-    if (file.starts_with("glTF")) {
-        glb.json = {};
-        result.error = splitGlb(file, glb);
-    }
+    Glb glb;
+    result.error = split(file, glb);
     if (!result.error.empty()) return result;
 
     const std::string_view text = glb.json;
     const bool lacksViews = text.find("KHR_draco_mesh_compression") != std::string_view::npos ||
                             text.find("\"sparse\"") != std::string_view::npos;
-    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
     size_t copied = 0;
-    for (const Member& member : topMembers(text)) {
+    const TopLevel top = topLevel(text);
+    // The parsers would go as deep.
+    if (top.depth > static_cast<int64_t>(kDeepestJson)) {
+        result.error = gltfTextFault(path);
+        return result;
+    }
+    for (const Member& member : top.members) {
         const std::string_view value = text.substr(member.begin, member.end - member.begin);
         std::string instead;
         if (member.key == "buffers" && result.buffers.empty()) {
-            readBuffers(listOf(value), folder, glb.binary, result);
+            readBuffers(listOf(value), path, glb.binary, result);
             for (size_t b = 0; b < result.buffers.size(); ++b)
                 instead += (b > 0 ? "," : "") + std::string(kEmptyBuffer);
             instead = "[" + instead + "]";

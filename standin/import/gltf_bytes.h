@@ -35,6 +35,9 @@ struct GltfBytes {
 // The byte offset that marks an accessor without a buffer view.
 inline constexpr uint64_t kNoViewOffset = uint64_t{1} << 52;
 
+// What is wrong with the text of a glTF file, behind "line:column: "; empty for nothing.
+std::string gltfTextFault(const std::string& path);
+
 // Reads the file and the buffers beside it. What lies outside the model's folder isn't opened, and images aren't at
 // all.
 GltfBytes readGltfBytes(const std::string& path);

@@ -14,6 +14,8 @@ namespace marrowfen::standin {
 namespace {
 
 constexpr size_t kMostElements = size_t{1} << 28;
+constexpr size_t kMostZeros = size_t{1} << 20;  // elements without data, most of which are replaced
+constexpr size_t kMostGrowth = 256;             // times the compressed bytes, more than any of its codecs has
 constexpr const char* kMeshopt = "EXT_meshopt_compression";
 
 constexpr std::string_view kKnownExtensions[] = {
@@ -124,7 +126,10 @@ GltfDocument::GltfDocument(const std::string& path) : bytes_(readGltfBytes(path)
     const bool good =
         reader.LoadASCIIFromString(&model_, &fault, &warning, bytes_.json.data(),
                                    static_cast<unsigned>(bytes_.json.size()), "", tinygltf::REQUIRE_VERSION);
-    if (!good) error_ = fault.empty() ? "isn't glTF 2.0" : oneLine(fault);
+    if (!good) {
+        error_ = gltfTextFault(path);
+        if (error_.empty()) error_ = fault.empty() ? "isn't glTF 2.0" : oneLine(fault);
+    }
     for (const std::string& extension : model_.extensionsRequired) {
         if (!isKnown(extension))
             error_ = "needs the glTF extension " + cleanText(extension) + ", which isn't known here";
@@ -137,6 +142,7 @@ std::string GltfDocument::decompressView(const tinygltf::BufferView& view, std::
     const size_t offset = numberOf(extension, "byteOffset"), size = numberOf(extension, "byteLength");
     const size_t stride = numberOf(extension, "byteStride"), count = numberOf(extension, "count");
     if (buffer == kNone || count > kMostElements || stride > 256) return "a compressed view doesn't hold";
+    if (count * stride > (size + 64) * kMostGrowth) return "a compressed view is damaged";
     const std::string& source = at(bytes_.buffers, buffer).bytes;
     if (offset > source.size() || size > source.size() - offset) return "a compressed view ends beyond its buffer";
     bytes.resize(count * stride);
@@ -190,7 +196,9 @@ std::string GltfDocument::findElements(int32_t index, size_t components, Element
     }
     if (size <= 0 || accessor.count > kMostElements) return "has more elements than can be";
     elements.count = accessor.count;
-    if (accessor.bufferView < 0 || accessor.byteOffset == kNoViewOffset) return {};
+    if (accessor.bufferView < 0 || accessor.byteOffset == kNoViewOffset) {
+        return accessor.count > kMostZeros ? "has more elements than can be" : std::string();
+    }
     std::string_view bytes;
     std::string fault;
     if (!viewBytes(accessor.bufferView, bytes, fault)) return fault;

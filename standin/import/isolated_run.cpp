@@ -1,23 +1,20 @@
 #include "standin/import/isolated_run.h"
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <vector>
 
 #include "ground/write_all.h"
 #include "standin/import/cell.h"
@@ -41,8 +38,10 @@ enum class Answer { Whole, TooLate, TooLarge };
 // A sanitizer's runtime reserves terabytes of address space, which a limit on it would forbid.
 #ifdef MARROWFEN_SANITIZED
 constexpr bool kLimitsAddressSpace = false;
+constexpr unsigned kSlowness = 5;
 #else
 constexpr bool kLimitsAddressSpace = true;
+constexpr unsigned kSlowness = 1;
 #endif
 
 void limit(int resource, rlim_t soft, rlim_t hard) {
@@ -55,39 +54,24 @@ void enterChild(int toParent, const RunLimits& limits) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     prctl(PR_SET_DUMPABLE, 0);
     limit(RLIMIT_CORE, 0, 0);
-    limit(RLIMIT_CPU, limits.cpuSeconds, limits.cpuSeconds + 1);
+    limit(RLIMIT_CPU, limits.cpuSeconds * kSlowness, limits.cpuSeconds * kSlowness + 1);
     if (kLimitsAddressSpace) {
         const rlim_t bytes = static_cast<rlim_t>(limits.memoryMegabytes) << 20;
         limit(RLIMIT_AS, bytes, bytes);
     }
-    for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGINT, SIGPIPE, SIGTERM, SIGXCPU}) {
-        std::signal(signal, SIG_DFL);
-    }
+    for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGPIPE, SIGXCPU}) std::signal(signal, SIG_DFL);
+    // Those that are sent to a whole group are the parent's, which might take them for a crash of the reader.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) std::signal(signal, SIG_IGN);
     const int nowhere = open("/dev/null", O_RDWR);
     if (nowhere < 0) return;
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nowhere, stream);
     if (toParent != kToParent) dup2(toParent, kToParent);
     close_range(kToParent + 1, ~0U, 0);
-    closeCell();
-}
-
-// The library's readers take buffers of 16 MB for the smallest file. Their pages come one by one, which takes longer
-// than the reading, unless they lie in a heap of large ones.
-void useLargePages() {
-    constexpr int kRoom = 40 << 20;
-    constexpr size_t kLargePage = 2 << 20;
-    mallopt(M_MMAP_THRESHOLD, kRoom);
-    mallopt(M_TRIM_THRESHOLD, kRoom);
-    mallopt(M_TOP_PAD, kRoom);
-    void* volatile grown = std::malloc(1 << 20);  // more than there is, so that the heap grows by the room
-    std::free(grown);
-    const auto end = reinterpret_cast<uintptr_t>(sbrk(0)) / kLargePage * kLargePage;
-    madvise(reinterpret_cast<void*>(end - (kRoom - kLargePage)), kRoom - kLargePage, MADV_HUGEPAGE);
+    closeCell(limits.readable);
 }
 
 // Ends the process without running destructors or exit handlers: they belong to the parent's state.
 [[noreturn]] void runChild(int toParent, const RunLimits& limits, const std::function<std::string()>& work) {
-    useLargePages();
     enterChild(toParent, limits);
     // Told apart from a crash even where the library would catch bad_alloc or fail while unwinding.
     std::set_new_handler([] { _exit(kOutOfMemory); });
@@ -102,7 +86,7 @@ void useLargePages() {
 
 // Reads until the other end is closed, the deadline comes or the bytes are more than may be.
 Answer readUntil(int file, Clock::time_point deadline, size_t mostBytes, std::string& bytes) {
-    std::vector<char> block(kPipeSize);
+    std::array<char, 1 << 16> block;
     for (;;) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
         if (left <= 0) return Answer::TooLate;
@@ -113,6 +97,7 @@ Answer readUntil(int file, Clock::time_point deadline, size_t mostBytes, std::st
         if (n == 0 || (n < 0 && errno != EINTR)) return Answer::Whole;
         if (n < 0) continue;
         if (static_cast<size_t>(n) > mostBytes - bytes.size()) return Answer::TooLarge;
+        if (!bytes.empty() && bytes.capacity() < kUsualAnswer) bytes.reserve(kUsualAnswer);
         bytes.append(block.data(), static_cast<size_t>(n));
     }
 }
@@ -130,14 +115,17 @@ std::string failureOf(Answer answer, int status, const RunLimits& limits) {
     if (answer == Answer::TooLarge) return "comes to more than " + std::to_string(limits.memoryMegabytes) + " MB";
     if (WIFSIGNALED(status)) {
         const int signal = WTERMSIG(status);
-        if (signal == SIGXCPU) return "needs more than " + std::to_string(limits.cpuSeconds) + " s of processor time";
+        if (signal == SIGXCPU)
+            return "needs more than " + std::to_string(limits.cpuSeconds) +
+                   " s of processor time; --max-seconds allows more";
         return std::string("makes the reader crash (") + strsignal(signal) + ")";
     }
     switch (WEXITSTATUS(status)) {
         case kFinished:
             return {};
         case kOutOfMemory:
-            return "needs more than " + std::to_string(limits.memoryMegabytes) + " MB of memory";
+            return "needs more than " + std::to_string(limits.memoryMegabytes) +
+                   " MB of memory; --max-memory allows more";
         default:
             return "makes the reader crash";
     }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace marrowfen::standin {
 
@@ -9,7 +11,11 @@ struct RunLimits {
     unsigned memoryMegabytes = 0;
     unsigned cpuSeconds = 0;
     unsigned wallSeconds = 0;
+    std::vector<std::string> readable{};  // files and folders
 };
+
+// Room to reserve for a large answer, in bytes. It is addresses at first; memory comes with what is written there.
+inline constexpr size_t kUsualAnswer = 16 << 20;
 
 struct RunOutcome {
     std::string output;   // what the work returned

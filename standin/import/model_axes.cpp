@@ -50,7 +50,7 @@ double unitOf(const Model& model) {
     return model.source.unit > 0 ? model.source.unit : 1;
 }
 
-std::string numberText(double value) {
+std::string shortNumber(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%g", value);
     return text;
@@ -79,10 +79,10 @@ std::string axesText(const Model& model) {
     const Matrix upright = uprightOf(model);
     const char* up = std::fabs(upright.c1) > 0.5 ? "X" : std::fabs(upright.c2) > 0.5 ? "Y" : "Z";
     std::string text = std::string("the file's ") + (upright.c1 + upright.c2 + upright.c3 < 0 ? "-" : "") + up +
-                       " is up; turned by " + numberText(frontTurn(model)) + " degrees about it; ";
+                       " is up; turned by " + shortNumber(frontTurn(model)) + " degrees about it; ";
     const bool known = model.options.unit > 0 || model.source.unit > 0;
-    text += known ? "a unit is " + numberText(unitOf(model)) + " m" : "the file has no unit, so one is taken for 1 m";
-    if (model.options.scale != 1) text += "; scaled by " + numberText(static_cast<double>(model.options.scale));
+    text += known ? "a unit is " + shortNumber(unitOf(model)) + " m" : "the file has no unit, so one is taken for 1 m";
+    if (model.options.scale != 1) text += "; scaled by " + shortNumber(static_cast<double>(model.options.scale));
     return text;
 }
 

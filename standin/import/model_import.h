@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -37,9 +38,9 @@ struct ImportOptions {
     bool singleSided = false;             // leaves out the backs of double-sided materials
     bool noTextures = false;              // hands over no textures
     bool plainTextures = false;           // hands over a plain one for materials that have a colour only
-    unsigned memoryMegabytes = 4096;      // limits of the child process that reads the model
-    unsigned cpuSeconds = 30;
-    unsigned wallSeconds = 60;
+    unsigned memoryMegabytes = 0;         // limits of the child process that reads the model; 0 to go by the file
+    unsigned cpuSeconds = 0;
+    unsigned wallSeconds = 0;
 };
 
 struct ImportResult : LoadResult {
@@ -50,6 +51,12 @@ struct ImportResult : LoadResult {
 
 // Loads a 3D model (glTF, or what Assimp reads) in a child process, so that a crash or a runaway there is one error.
 ImportResult importModel(const std::string& path, const ImportOptions& options);
+
+// An import as bytes, for the way from that process. Whatever the bytes are, what is taken from them is an error, or a
+// scene as unpackResult gives it, with textures that are pictures without a folder; no path but the model's has a line
+// end in it.
+std::string packImport(const ImportResult& result);
+ImportResult unpackImport(std::string_view bytes, const std::string& path);
 
 // The endings of all files that Assimp reads, ".3ds" and so on.
 std::vector<std::string> otherEndings();

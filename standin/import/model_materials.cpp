@@ -7,6 +7,7 @@
 #include "ground/ascii.h"
 #include "ground/at.h"
 #include "standin/import/model.h"
+#include "standin/import/own_files.h"
 #include "standin/import/plain_png.h"
 
 namespace marrowfen::standin {
@@ -42,10 +43,9 @@ bool isThere(Model& model, const std::string& texture) {
     std::replace(path.begin(), path.end(), '\\', '/');
     const std::filesystem::path folder = std::filesystem::path(model.path).parent_path();
     for (const std::filesystem::path& place : {folder / path, folder / lastPartOf(path)}) {
-        std::error_code fault;
-        const bool found = std::filesystem::exists(place, fault);
-        model.source.files.push_back({place.string(), found});
-        if (found) return true;
+        const FilePlace there = placeOfFile(model.path, place);
+        if (there != FilePlace::Outside) model.source.files.push_back({place.string(), there == FilePlace::There});
+        if (there == FilePlace::There) return true;
     }
     return false;
 }

@@ -30,13 +30,17 @@ Vector anyPerpendicular(const Vector& v) {
 
 // Unit axes, with axes of no length made perpendicular to the others. False when all three have none.
 bool makeUnit(Axes& axes) {
+    std::array<double, 3> lengths;
     double longest = 0;
-    for (const Vector& axis : axes) longest = std::max(longest, axis.Length());
+    for (size_t k = 0; k < 3; ++k) {
+        lengths[k] = axes[k].Length();
+        longest = std::max(longest, lengths[k]);
+    }
     if (!(longest > 0)) return false;
     std::array<bool, 3> flat;
     for (size_t k = 0; k < 3; ++k) {
-        flat[k] = axes[k].Length() <= kFlatAxis * longest;
-        if (!flat[k]) axes[k] /= axes[k].Length();
+        flat[k] = lengths[k] <= kFlatAxis * longest;
+        if (!flat[k]) axes[k] /= lengths[k];
     }
     // The other two decide; where one of them is flat as well, any direction across the third will do.
     for (size_t k = 0; k < 3; ++k) {
@@ -64,13 +68,13 @@ void makeOrthogonal(Axes& axes) {
         // The columns of the inverse transpose are the cross products over the volume.
         const Axes dual = {cross(axes[1], axes[2]) / size, cross(axes[2], axes[0]) / size,
                            cross(axes[0], axes[1]) / size};
-        double moved = 0;
+        double moved = 0;  // squared
         for (size_t k = 0; k < 3; ++k) {
             const Vector mean = (axes[k] + dual[k]) * 0.5;
-            moved = std::max(moved, (mean - axes[k]).Length());
+            moved = std::max(moved, (mean - axes[k]).SquareLength());
             axes[k] = mean;
         }
-        if (moved < 1e-15) break;
+        if (moved < 1e-30) break;
     }
     // Whatever rounding or a degenerate shear left is straightened out.
     axes[0].Normalize();

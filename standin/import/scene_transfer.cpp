@@ -113,7 +113,7 @@ struct Fewest<Record> {
 // After the first fault nothing more is taken.
 class Unpacker {
 public:
-    explicit Unpacker(const std::string& bytes) : bytes_(bytes) {}
+    explicit Unpacker(std::string_view bytes) : bytes_(bytes) {}
 
     bool isWhole() const { return ok_ && at_ == bytes_.size(); }
     bool isTooDeep() const { return isTooDeep_; }
@@ -191,7 +191,7 @@ public:
     }
 
 private:
-    const std::string& bytes_;
+    const std::string_view bytes_;
     size_t at_ = 0;
     int depth_ = 0;  // nodes around the next one
     bool ok_ = true;
@@ -224,15 +224,15 @@ LoadResult failed(const std::string& name, const std::string& error) { return {{
 
 }  // namespace
 
-std::string packResult(const LoadResult& result) {
-    Packer packer;
+std::string packResult(const LoadResult& result, std::string bytes) {
+    Packer packer{std::move(bytes)};
     packer.put(result.scene);
     packer.put(result.error);
     packer.put(result.warnings);
     return std::move(packer.bytes);
 }
 
-LoadResult unpackResult(const std::string& bytes, const std::string& name) {
+LoadResult unpackResult(std::string_view bytes, const std::string& name) {
     Unpacker unpacker(bytes);
     LoadResult result;
     unpacker.take(result.scene);

@@ -4,15 +4,17 @@
 // same program on the same machine, so numbers are their bytes in memory.
 
 #include <string>
+#include <string_view>
 
 #include "standin/host/scene.h"
 
 namespace marrowfen::standin {
 
-std::string packResult(const LoadResult& result);
+// Behind the bytes given.
+std::string packResult(const LoadResult& result, std::string bytes = {});
 
 // Whatever the bytes are, the scene holds what checkScene asks of one, or there is an error; name stands for the model
 // in it. Memory stays within a small multiple of the bytes.
-LoadResult unpackResult(const std::string& bytes, const std::string& name);
+LoadResult unpackResult(std::string_view bytes, const std::string& name);
 
 }  // namespace marrowfen::standin

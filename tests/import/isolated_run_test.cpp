@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/landlock.h>
 #include <linux/openat2.h>
 #include <sys/ptrace.h>
 #include <sys/socket.h>
@@ -73,16 +74,29 @@ TEST(IsolatedRun, EveryEndIsToldApart) {
     }
 }
 
+// Landlock is there; a kernel without it can't keep a process from reading.
+bool kernelKeepsToFiles() {
+    return syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) > 0;
+}
+
 // What a reader that a model has taken over would try.
 TEST(IsolatedRun, ChildCanReadAndNothingElse) {
-    const std::string own = testing::TempDir() + "marrowfen-cell-" + std::to_string(getpid());
+    const std::string folder = testing::TempDir() + "marrowfen-cell-" + std::to_string(getpid());
+    const std::string readable = folder + "/readable", own = readable + "/own";
+    std::filesystem::create_directories(readable);
+    std::ofstream(folder + "/outside") << "secret";
+    std::filesystem::create_symlink("../outside", readable + "/link");
     std::ofstream(own) << "untouched";
     const pid_t parent = getpid();
-    const RunOutcome outcome = runIsolated({2048, 5, 60}, [&]() -> std::string {
+    const RunOutcome outcome = runIsolated({2048, 5, 60, {readable}}, [&]() -> std::string {
         std::string done;
         const auto attempt = [&](const char* what, long result) {
             if (result >= 0) done += std::string(what) + " ";
         };
+        for (const std::string& outside : {folder + "/outside", readable + "/link", readable + "/../outside", folder,
+                                           std::string("/etc/passwd"), std::string("/proc/self/environ")}) {
+            if (kernelKeepsToFiles()) attempt(outside.c_str(), open(outside.c_str(), O_RDONLY));
+        }
         attempt("open", open(own.c_str(), O_WRONLY));
         attempt("append", open(own.c_str(), O_RDWR | O_APPEND));
         attempt("create", open((own + "2").c_str(), O_CREAT | O_RDONLY, 0600));
@@ -105,7 +119,7 @@ TEST(IsolatedRun, ChildCanReadAndNothingElse) {
         return done + text;
     });
     EXPECT_EQ(outcome.output, "untouched") << outcome.failure;
-    std::filesystem::remove(own);
+    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

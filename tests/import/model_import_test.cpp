@@ -360,10 +360,10 @@ TEST(ModelImport, Materials) {
     folder.write("a.mtl",
                  "newmtl board\nKd 1 0.5 0\nmap_Kd textures\\wood.grain.png\n"
                  "newmtl glass.001\nd 0.5\nNs 500\nnewmtl lamp\nKe 0 0.75 0\nmap_Kd gone.png\nnewmtl unused\n");
-    const std::string model = folder.write(
-        "a.obj",
-        "mtllib a.mtl\nmtllib gone.mtl \nmtllib gone.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nusemtl board\nf 1 2 3\n"
-        "usemtl glass.001\nf 1 2 4\nusemtl lamp\nf 2 3 4\n");
+    const std::string model = folder.write("a.obj",
+                                           "mtllib a.mtl\nmtllib gone.mtl \nmtllib gone.mtl\nmtllib ../out.mtl\nv 0 0 "
+                                           "0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nusemtl board\nf 1 2 3\n"
+                                           "usemtl glass.001\nf 1 2 4\nusemtl lamp\nf 2 3 4\n");
     const LoadResult result = importModel(model, {});
     ASSERT_TRUE(result.scene.has_value()) << result.error;
     std::map<std::string, HostMaterial> found(result.scene->materials.begin(), result.scene->materials.end());
@@ -377,8 +377,10 @@ TEST(ModelImport, Materials) {
     ASSERT_TRUE(found["lamp"].shader.has_value());
     EXPECT_EQ(found["lamp"].shader->name, "c_envr_map");
     EXPECT_EQ(found["lamp"].shader->parameters, (std::vector<ShaderParameter>{{"ambient factor", 7, 0.75F}}));
-    EXPECT_EQ(warningsOf(result), (std::vector<std::string>{"1 texture isn't found beside the model: gone.png",
-                                                            "material library gone.mtl isn't found beside the model"}));
+    EXPECT_EQ(warningsOf(result), (std::vector<std::string>{
+                                      "1 texture isn't found beside the model: gone.png",
+                                      "material library gone.mtl isn't found beside the model",
+                                      "material library ../out.mtl lies outside the model's folder and isn't opened"}));
 }
 
 TEST(ModelImport, MaterialsOfGltf) {
@@ -634,6 +636,31 @@ std::string bumps(const std::vector<std::string>& nodes) {
     return text;
 }
 
+// Levels of detail that a glTF node has by its extension: the node itself is the first.
+TEST(ModelImport, LevelsOfAGltfNode) {
+    Gltf gltf;
+    for (const float size : {3.0F, 2.0F, 1.0F}) {
+        const int places = gltf.points({0, 0, 0, size, 0, 0, 0, size, 0});
+        gltf.json["meshes"].push_back(
+            {{"primitives", nlohmann::json::array({{{"attributes", {{"POSITION", places}}}}})}});
+    }
+    gltf.json["nodes"] = {{{"name", "hut"}, {"mesh", 0}, {"extensions", {{"MSFT_lod", {{"ids", {1, 2}}}}}}},
+                          {{"name", "small"}, {"mesh", 1}},
+                          {{"name", "tiny"}, {"mesh", 2}}};
+    gltf.json["extensionsUsed"] = {"MSFT_lod"};
+    gltf.json["scenes"] = {{{"nodes", {0}}}};
+    ImportOptions options;
+    options.levels = {{90, 100}, {30, 50}, {10, 25}};
+    const Scene scene = importText("a.gltf", gltf.text(), options);
+    std::map<std::string, float> sizes;
+    for (const Node& node : scene.nodes) {
+        float& size = sizes[*scene.layers[static_cast<size_t>(node.layer)]];
+        for (const Vec3& vertex : node.polyhedron.vertices) size = std::max(size, std::fabs(vertex[0]));
+    }
+    EXPECT_EQ(sizes,
+              (std::map<std::string, float>{{"Detail1:size=90", 3}, {"Detail2:size=30", 2}, {"Detail3:size=10", 1}}));
+}
+
 TEST(ModelImport, LayersAndLevelsThatTheOptionsAskFor) {
     const struct {
         std::vector<std::string> nodes;
@@ -706,6 +733,9 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
         std::string content;
         const char* says;
     } kCases[] = {
+        {"deep.gltf", gltfWith("extras", 1).replace(0, 1, "{\n\"extras\":" + std::string(100000, '[')),
+         ": 2:4105: arrays"},
+        {"range.gltf", R"({"asset": {"version": "2.0"}, "nodes": [{"translation": [1e999, 0, 0]}]})", ": 1:"},
         {"extension.gltf", gltfWith("extensionsRequired", {"ACME_shapes"}), "needs the glTF extension ACME_shapes"},
         {"outside.gltf", gltfWith("buffers", {{{"byteLength", 36}, {"uri", "../b.bin"}}}),
          "outside the model's folder"},
@@ -748,6 +778,20 @@ TEST(ModelImport, DamagedFilesAreOneErrorThatNamesThem) {
         EXPECT_EQ(result.error.find('\n'), std::string::npos) << result.error;
         EXPECT_NE(result.error.find(entry.says), std::string::npos) << result.error;
     }
+    // No line of a depfile comes out of a name.
+    const std::string forger =
+        folder.write("forger.gltf", gltfWith("buffers", {{{"byteLength", 36}, {"uri", "a%0Aall:"}}}));
+    EXPECT_EQ(importModel(forger, {}).files.size(), 1U);
+    // A link is where it leads, but for the model's own.
+    const ModelFolder links;
+    const auto link = [&](const std::string& to, const char* from) {
+        std::filesystem::create_symlink(to, links.pathOf(from));
+    };
+    link(folder.write("b.bin", std::string(36, '\0')), "b.bin");
+    link(folder.write("a.obj", triangle + "f 1 2 3\n"), "a.obj");
+    const std::string linked = links.write("a.gltf", gltfWith("buffers", {{{"byteLength", 36}, {"uri", "b.bin"}}}));
+    EXPECT_NE(importModel(linked, {}).error.find("outside the model's folder"), std::string::npos);
+    EXPECT_EQ(importModel(links.pathOf("a.obj"), {}).error, "");
     EXPECT_EQ(importModel("/nowhere/a.obj", {}).error, "/nowhere/a.obj: No such file or directory");
     EXPECT_EQ(importModel("/tmp", {}).error, "/tmp: is a folder");
 }

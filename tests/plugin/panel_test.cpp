@@ -261,6 +261,9 @@ TEST_F(PanelFixture, MarkerIsATwoColouredCubeOnItsLayer) {
     EXPECT_EQ(marker.name + scene.nodes[3].name, "eyeeye");
     EXPECT_EQ(marker.layer, 3);
     EXPECT_EQ(marker.location, (standin::Vec3{1, 1, 1}));
+    for (const standin::Vec3& corner : marker.polyhedron.vertices) {
+        for (const float c : corner) EXPECT_EQ(std::abs(c), 0.0625F);
+    }
     ASSERT_EQ(marker.polyhedron.faces.size(), 6U);
     const std::map<std::string, standin::HostMaterial> materials(scene.materials.begin(), scene.materials.end());
     for (size_t i = 0; i < 6; ++i) {

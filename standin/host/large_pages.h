@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstddef>
+
+namespace marrowfen::standin {
+
+// Gives the heap addresses for so many bytes more, in pages of 2 MB. What becomes large has its memory sooner: pages of
+// 4 KB come one by one, each by a fault, which takes as long as filling it. Nothing is done for less than 16 MB.
+void useLargePages(size_t bytes);
+
+}  // namespace marrowfen::standin
