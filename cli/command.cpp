@@ -39,7 +39,9 @@ void Session::detail(const std::string& text) const {
     if (verbosity > 0 && !quiet) line(false, "", "", text);
 }
 
-Outcome printResult(const std::string& text) {
+Outcome printResult(const std::string& result) {
+    // A terminal would obey what a name says.
+    const std::string text = isatty(STDOUT_FILENO) != 0 ? forTerminal(result, true) : result;
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return {};
     return {UnwritableOutput, std::string("standard output: ") + std::strerror(errno)};
 }

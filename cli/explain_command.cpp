@@ -1,7 +1,9 @@
 // `marrowfen explain`: how the exporter reads the names of a scene. Nothing is made of it.
 
+#include <algorithm>
 #include <set>
 
+#include "builder/notices.h"
 #include "builder/scene_reading.h"
 #include "builder/tags.h"
 #include "cli/commands.h"
@@ -18,12 +20,26 @@ namespace marrowfen::cli {
 
 namespace {
 
-std::string tagLines(const std::string& fullName, TagRole role) {
+// What is said, a line at a time: a name may hold anything, but no second line.
+class Said {
+public:
+    void line(const std::string& line) { text_ += forTerminal(line) + "\n"; }
+    void list(const std::string& what, const std::vector<std::string>& names) {
+        if (!names.empty()) line("  " + what + ": " + commaList(names));
+    }
+    void lines(const std::vector<std::string>& lines) {
+        for (const std::string& each : lines) line(each);
+    }
+    const std::string& text() const { return text_; }
+
+private:
+    std::string text_;
+};
+
+void sayTags(const std::string& fullName, TagRole role, Said& said) {
     const TagSplit tags = splitTags(fullName, role);
-    std::string text;
-    if (!tags.understood.empty()) text += "  tags understood: " + commaList(tags.understood) + "\n";
-    if (!tags.unknown.empty()) text += "  tags not understood: " + commaList(tags.unknown) + "\n";
-    return text;
+    said.list("tags understood", tags.understood);
+    said.list("tags not understood", tags.unknown);
 }
 
 // The warnings about a layer, node or clip, each once: things of one name share them.
@@ -31,26 +47,30 @@ class Warnings {
 public:
     explicit Warnings(const std::vector<Message>& messages) : messages_(messages), isSaid_(messages.size()) {}
 
-    std::string about(Message::Place place, const std::string& name) {
+    std::vector<std::string> about(Message::Place place, const std::string& name) {
         return linesOf([&](const Message& m) { return m.place == place && m.name == excerpt(name); }, "  ");
     }
-    std::string others() {
+    bool has(const MessageKind& kind, const std::string& name) const {
+        return std::any_of(messages_.begin(), messages_.end(),
+                           [&](const Message& m) { return m.kind == &kind && m.name == excerpt(name); });
+    }
+    std::vector<std::string> others() {
         return linesOf([&](const Message& m) { return !at(isSaid_, &m - messages_.data()); }, "");
     }
 
 private:
     template <class Wanted>
-    std::string linesOf(Wanted isWanted, const char* indent) {
-        std::string text;
-        std::set<std::string> lines;
+    std::vector<std::string> linesOf(Wanted isWanted, const char* indent) {
+        std::vector<std::string> lines;
+        std::set<std::string> known;
         for (size_t i = 0; i < messages_.size(); ++i) {
             const Message& message = messages_[i];
             if (message.kind->severity != Severity::Warning || !isWanted(message)) continue;
             isSaid_[i] = true;
             const std::string line = std::string(indent) + "warning: " + message.kind->headline + ": " + message.text;
-            if (lines.insert(line).second) text += line + "\n";
+            if (known.insert(line).second) lines.push_back(line);
         }
-        return text;
+        return lines;
     }
 
     const std::vector<Message>& messages_;
@@ -104,48 +124,56 @@ TagRole tagRole(LayerRole role) {
     return TagRole::DetailLayer;
 }
 
-std::string layerText(const LayerReading& layer, Warnings& warnings) {
+void sayLayer(const LayerReading& layer, Warnings& warnings, Said& said) {
     const std::string& name = layer.info.name;
-    std::string text = "layer " + std::to_string(layer.slot) + " \"" + name + "\": " + roleText(layer) + "\n";
+    said.line("layer " + std::to_string(layer.slot) + " \"" + name + "\": " + roleText(layer));
     std::vector<std::string> polyhedra, skeletons;
     for (const PolyInfo& poly : layer.info.polys) polyhedra.push_back(poly.name);
     for (const SceneNode& skeleton : layer.info.skeletons) skeletons.push_back(skeleton.name());
-    if (!polyhedra.empty()) text += "  polyhedra: " + commaList(polyhedra) + "\n";
-    if (!skeletons.empty()) text += "  skeletons: " + commaList(skeletons) + "\n";
-    return text + tagLines(name, tagRole(layer.role)) + warnings.about(Message::Place::Layer, name);
+    said.list("polyhedra", polyhedra);
+    said.list("skeletons", skeletons);
+    sayTags(name, tagRole(layer.role), said);
+    said.lines(warnings.about(Message::Place::Layer, name));
 }
 
-std::string nodesText(const SceneScan& scan, Warnings& warnings) {
-    std::string text;
+void sayNodes(const SceneScan& scan, Warnings& warnings, Said& said) {
     for (const BoneInfo& bone : scan.bones) {
-        text += "node \"" + bone.name + "\": bone";
-        if (bone.parent >= 0) text += " on \"" + at(scan.bones, bone.parent).name + "\"";
-        text += "\n" + warnings.about(Message::Place::Node, bone.name);
+        const std::string parent = bone.parent < 0 ? "" : " on \"" + at(scan.bones, bone.parent).name + "\"";
+        said.line("node \"" + bone.name + "\": bone" + parent);
+        said.lines(warnings.about(Message::Place::Node, bone.name));
     }
     for (const MarkerInfo& marker : scan.markers) {
-        text += "node \"" + marker.name + "\": marker\n" + warnings.about(Message::Place::Node, marker.name);
+        said.line("node \"" + marker.name + "\": marker");
+        said.lines(warnings.about(Message::Place::Node, marker.name));
     }
+}
+
+std::string clipText(const ClipInfo& clip) {
+    std::string text = "sequence \"" + clip.name + "\", " + std::to_string(truncatedToInt32(clip.length)) +
+                       " keys at " + std::to_string(clip.fps) + " a second, priority " + std::to_string(clip.priority);
+    for (const std::string& word : flagWords(clip.flags, kSequenceFlagWords)) text += ", " + word;
     return text;
 }
 
-std::string clipText(const ClipInfo& clip, Warnings& warnings) {
-    std::string text = "clip \"" + clip.fullName + "\": sequence \"" + clip.name + "\", " +
-                       std::to_string(truncatedToInt32(clip.length)) + " keys at " + std::to_string(clip.fps) +
-                       " a second, priority " + std::to_string(clip.priority);
-    for (const std::string& word : flagWords(clip.flags, kSequenceFlagWords)) text += ", " + word;
-    return text + "\n" + tagLines(clip.fullName, TagRole::Clip) + warnings.about(Message::Place::Clip, clip.name);
+void sayClip(const ClipInfo& clip, Warnings& warnings, Said& said) {
+    const bool isSkipped = warnings.has(kClipSkipped, clip.name);
+    said.line("clip \"" + clip.fullName + "\": " + (isSkipped ? "left out" : clipText(clip)));
+    sayTags(clip.fullName, TagRole::Clip, said);
+    said.lines(warnings.about(Message::Place::Clip, clip.name));
 }
 
 std::string explanation(const SceneReading& reading) {
     Warnings warnings(reading.messages);
-    std::string text;
-    for (const LayerReading& layer : reading.scan.layers) text += layerText(layer, warnings);
-    text += nodesText(reading.scan, warnings);
-    for (const ClipInfo& clip : reading.scan.clips) text += clipText(clip, warnings);
-    text += warnings.others();
-    if (reading.error.empty()) return text;
-    return text + "an export of the shape is refused: " + reading.error + "\n  hint: " + refusalHint(reading.messages) +
-           "\n";
+    Said said;
+    for (const LayerReading& layer : reading.scan.layers) sayLayer(layer, warnings, said);
+    sayNodes(reading.scan, warnings, said);
+    for (const ClipInfo& clip : reading.scan.clips) sayClip(clip, warnings, said);
+    said.lines(warnings.others());
+    if (!reading.error.empty()) {
+        said.line("an export of the shape is refused: " + reading.error);
+        said.line("  hint: " + refusalHint(reading.messages));
+    }
+    return said.text();
 }
 
 }  // namespace
@@ -160,7 +188,7 @@ Outcome runExplain(const Arguments& arguments, const Session& session) {
     MessageUser user;
     PluginSession plugin(std::move(*loaded.scene), user);
     if (!plugin.openPanel()) return {Refused, path + ": " + user.message()};
-    return printResult(forTerminal(explanation(readScene()), true));
+    return printResult(explanation(readScene()));
 }
 
 }  // namespace marrowfen::cli

@@ -1,7 +1,6 @@
 #include "cli/export_batch.h"
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -13,8 +12,12 @@
 #include <set>
 #include <sstream>
 
-#include "cli/export_child.h"
 #include "cli/export_record.h"
+#include "cli/export_worker.h"
+#include "cli/folder_lock.h"
+#include "cli/progress_bar.h"
+#include "cli/staging_folder.h"
+#include "cli/terminal_text.h"
 #include "ground/comma_list.h"
 #include "ground/pieces.h"
 
@@ -22,8 +25,8 @@ namespace marrowfen::cli {
 
 namespace {
 
-constexpr int kLookMilliseconds = 50;  // between looks at what takes too long
-constexpr double kGraceSeconds = 0.1;  // for an export that is ended to remove what it has begun
+constexpr int kLookMilliseconds = 50;             // between looks at what takes too long
+constexpr std::chrono::milliseconds kGrace{100};  // for an export that is ended to remove what it has begun
 constexpr size_t kNamesOnBar = 3;
 
 volatile std::sig_atomic_t theSignal = 0;
@@ -61,9 +64,9 @@ public:
           numbers_(numbers),
           options_(options),
           session_(session),
-          childSession_(session),
+          workerSession_(session),
           rows_(rows),
-          hasBar_(isatty(STDERR_FILENO) != 0 && !session.quiet && numbers.size() > 1) {}
+          bar_(session, numbers.size() > 1) {}
 
     void run() {
         const Interruption interruption;
@@ -73,25 +76,35 @@ public:
             wait();
             endLate();
         }
-        clearBar();
+        bar_.clear();
         if (theSignal != 0) endAll();
     }
 
 private:
     void start(size_t number) {
-        const std::filesystem::path folder = std::filesystem::path(exports_[number].output).parent_path();
-        std::error_code ignored;  // the export says what it can't write
-        if (!exports_[number].dryRun && !folder.empty()) std::filesystem::create_directories(folder, ignored);
-        std::fflush(nullptr);  // or the child would write it again
-        running_[number] = std::make_unique<ExportChild>(exports_[number], childSession_);
+        if (!exports_[number].dryRun) prepareFolder(folderOf(exports_[number].output));
+        if (idle_.empty()) idle_.push_back(std::make_unique<ExportWorker>(exports_, workerSession_));
+        idle_.back()->start(number);
+        running_[number] = std::move(idle_.back());
+        idle_.pop_back();
+        if (!running_[number]->isAlive()) finish(number);
+    }
+
+    // What can't be done here, the export says. Looking for what dead runs left, it would read the folder each time.
+    void prepareFolder(const std::string& folder) {
+        if (!folders_.insert(folder).second) return;
+        std::error_code ignored;
+        std::filesystem::create_directories(folder, ignored);
+        FolderLock lock;
+        if (lock.tryTake(folder)) clearUpOnce(folder);
     }
 
     // Until one has something to say.
     void wait() {
         std::vector<pollfd> files;
         std::vector<size_t> owners;
-        for (const auto& [number, child] : running_) {
-            files.push_back({child->pipe(), POLLIN, 0});
+        for (const auto& [number, worker] : running_) {
+            files.push_back({worker->pipe(), POLLIN, 0});
             owners.push_back(number);
         }
         if (poll(files.data(), files.size(), kLookMilliseconds) <= 0) return;
@@ -101,17 +114,18 @@ private:
     }
 
     void finish(size_t number) {
-        ExportChild& child = *running_[number];
+        ExportWorker& worker = *running_[number];
         BatchRow& row = rows_[number];
-        row.result = child.end();
-        row.seconds = child.seconds();
+        row.result = worker.end();
+        row.seconds = worker.seconds();
         if (late_.count(number) > 0) {
             std::ostringstream limit;
             limit << options_.seconds;
             row.result.outcome = {OurFault,
                                   exports_[number].scene + ": given up after " + limit.str() + " s (--timeout)"};
         }
-        tell(number, child.lines());
+        tell(number, worker.lines());
+        if (worker.isAlive() && next_ < numbers_.size()) idle_.push_back(std::move(running_[number]));
         running_.erase(number);
         late_.erase(number);
         ++done_;
@@ -119,75 +133,61 @@ private:
 
     // All that is said about one export, in one piece.
     void tell(size_t number, const std::string& lines) {
-        clearBar();
+        bar_.clear();
         const Outcome& outcome = rows_[number].result.outcome;
         std::string text;
         for (const std::string& line : piecesOf(lines, '\n')) text += (options_.namesRows ? "  " : "") + line + "\n";
-        if (options_.namesRows && !text.empty()) text = exports_[number].scene + ":\n" + text;
+        if (options_.namesRows && !text.empty()) text = forTerminal(exports_[number].scene) + ":\n" + text;
         std::fwrite(text.data(), 1, text.size(), stderr);
         session_.tell(outcome);
     }
 
     void endLate() {
-        for (const auto& [number, child] : running_) {
-            if (child->seconds() < options_.seconds) continue;
-            child->ask(late_.insert(number).second ? SIGTERM : 0);
-            if (child->seconds() > options_.seconds + kGraceSeconds) child->ask(SIGKILL);
+        for (const auto& [number, worker] : running_) {
+            if (worker->seconds() < options_.seconds) continue;
+            worker->ask(late_.insert(number).second ? SIGTERM : 0);
+            const double grace = std::chrono::duration<double>(kGrace).count();
+            if (worker->seconds() > options_.seconds + grace) worker->ask(SIGKILL);
         }
     }
 
     // They remove what they have begun; this process then ends as if nobody had been asked.
     void endAll() {
-        for (const auto& [number, child] : running_) child->ask(SIGTERM);
-        const auto began = std::chrono::steady_clock::now();
-        for (const auto& [number, child] : running_) {
-            pollfd file{child->pipe(), POLLIN, 0};
-            while (true) {
-                const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - began;
-                const int left = static_cast<int>((kGraceSeconds - waited.count()) * 1000);
-                if (left <= 0 || (poll(&file, 1, left) > 0 && !child->take())) break;
-            }
-            child->ask(SIGKILL);
-            child->end();
-        }
+        // Those that are idle keep a folder for the next export.
+        for (auto& [number, worker] : running_) idle_.push_back(std::move(worker));
+        for (const auto& worker : idle_) worker->ask(SIGTERM);
+        const auto killedAt = ExportWorker::Clock::now() + kGrace;
+        for (const auto& worker : idle_) worker->awaitDeath(killedAt, killedAt + kGrace * 4 / 5);
+        for (const auto& worker : idle_) worker->clearUp({});
         std::signal(theSignal, SIG_DFL);
         raise(theSignal);
     }
 
     void showBar() {
-        if (!hasBar_ || running_.empty()) return;
-        constexpr size_t kBarWidth = 30;
+        if (running_.empty()) return;
         std::string names;
         size_t shown = 0;
-        for (const auto& [number, child] : running_) {
+        for (const auto& [number, worker] : running_) {
             if (shown++ == kNamesOnBar) break;
             addToList(names, fileNameOf(exports_[number].scene));
         }
-        const std::string bar(done_ * kBarWidth / numbers_.size(), '#');
         const std::string text = std::to_string(done_) + "/" + std::to_string(numbers_.size()) + " " + names;
-        if (text == barText_) return;
-        barText_ = text;
-        std::fprintf(stderr, "\r\033[K[%-*s] %s", static_cast<int>(kBarWidth), bar.c_str(), text.c_str());
-        std::fflush(stderr);
-    }
-
-    void clearBar() {
-        if (!barText_.empty()) std::fputs("\r\033[K", stderr);
-        barText_.clear();
+        bar_.show(static_cast<double>(done_) / static_cast<double>(numbers_.size()), text);
     }
 
     const std::vector<ExportOptions>& exports_;
     const std::vector<size_t>& numbers_;
     const BatchOptions& options_;
     const Session& session_;
-    const Session childSession_;
+    const Session workerSession_;
     std::vector<BatchRow>& rows_;
-    const bool hasBar_;
-    std::map<size_t, std::unique_ptr<ExportChild>> running_;
-    std::set<size_t> late_;  // asked to end
+    ProgressBar bar_;
+    std::map<size_t, std::unique_ptr<ExportWorker>> running_;
+    std::vector<std::unique_ptr<ExportWorker>> idle_;
+    std::set<std::string> folders_;  // seen
+    std::set<size_t> late_;          // asked to end
     size_t next_ = 0;
     size_t done_ = 0;
-    std::string barText_;
 };
 
 }  // namespace
@@ -205,11 +205,12 @@ std::string batchTable(const std::vector<ExportOptions>& exports, const std::vec
         char head[48];
         std::snprintf(head, sizeof head, "%-10s %8.2f  ", resultWord(result), rows[i].seconds);
         const bool isMade = result.outcome.good() || result.outcome.code == StrictWarnings;
-        text += head + (isMade ? exports[i].scene + " -> " + exports[i].output : result.outcome.error) + "\n";
+        text +=
+            head + forTerminal(isMade ? exports[i].scene + " -> " + exports[i].output : result.outcome.error) + "\n";
         ++counts[resultWord(result)];
     }
-    text += std::to_string(rows.size()) + " scenes:";
-    const char* separator = " ";
+    text += std::to_string(rows.size()) + (rows.size() == 1 ? " scene" : " scenes");
+    const char* separator = ": ";
     for (const auto& [word, count] : counts) {
         text += separator + std::to_string(count) + " " + word;
         separator = ", ";

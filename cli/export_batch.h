@@ -1,6 +1,6 @@
 #pragma once
 
-// Many exports, each in a process of its own: one that crashes or runs away is one failed row.
+// Many exports, in processes other than this one: one that crashes or runs away is one failed row.
 
 #include <string>
 #include <vector>

@@ -117,8 +117,9 @@ Outcome readRequest(const Arguments& arguments, Request& request) {
         if (read.good()) read = readSceneOptions(arguments, options.scene, options.loading);
     }
     request.words = decidingWords(arguments);
-    request.batch.jobs =
-        static_cast<size_t>(arguments.number("--jobs", std::max(1U, std::thread::hardware_concurrency())));
+    // One more, as there is always one that waits for the disk.
+    const unsigned jobs = std::thread::hardware_concurrency() + 1;
+    request.batch.jobs = static_cast<size_t>(arguments.number("--jobs", jobs));
     request.batch.seconds = arguments.number("--timeout", request.batch.seconds);
     request.batch.namesRows = request.isMany;
     request.onlyIfChanged = arguments.has("--if-changed");
@@ -135,7 +136,8 @@ Outcome writeRecords(const Request& request, const std::vector<BatchRow>& rows) 
     std::vector<ExportResult> results;
     results.reserve(rows.size());
     for (const BatchRow& row : rows) results.push_back(row.result);
-    if (!request.depfile.empty() && !request.exports.front().dryRun) {
+    const bool isDry = !request.exports.empty() && request.exports.front().dryRun;
+    if (!request.depfile.empty() && !isDry) {
         const std::string text = depfileText(request.exports, results);
         const Outcome written = text.empty() ? Outcome() : writeWholeFile(request.depfile, text);
         if (!written.good()) return written;
@@ -193,8 +195,7 @@ void tellTable(const std::string& table, const Session& session) {
 Outcome runExport(const Arguments& arguments, const Session& session) {
     Request request;
     if (const Outcome read = readRequest(arguments, request); !read.good()) return read;
-    if (request.exports.empty()) return {};
-    const bool watches = arguments.has("--watch");
+    const bool watches = arguments.has("--watch") && !request.exports.empty();
     std::vector<BatchRow> rows(request.exports.size());
 
     std::vector<size_t> numbers = findChanged(request, session, rows);

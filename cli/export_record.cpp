@@ -53,6 +53,13 @@ OrderedJson resultObject(const ExportResult& result) {
     return json;
 }
 
+// Make has no way to say a path with a control character, and in the middle of a rule a semicolon begins a command: a
+// texture's name must not become one.
+bool fitsDepfile(const std::string& path) {
+    return std::none_of(path.begin(), path.end(),
+                        [](char c) { return static_cast<unsigned char>(c) < ' ' || c == ';'; });
+}
+
 // A path as Make and Ninja read it in a depfile.
 std::string escapedForMake(const std::string& path) {
     std::string text;
@@ -168,7 +175,9 @@ std::string depfileText(const std::vector<ExportOptions>& exports, const std::ve
     for (size_t i = 0; i < results.size(); ++i) {
         if (results[i].written.empty()) continue;
         text += escapedForMake(exports[i].output) + " " + escapedForMake(exports[i].output + ".log") + ":";
-        for (const standin::LookedFor& file : results[i].files) text += " \\\n  " + escapedForMake(file.path);
+        for (const standin::LookedFor& file : results[i].files) {
+            if (fitsDepfile(file.path)) text += " \\\n  " + escapedForMake(file.path);
+        }
         text += "\n";
     }
     return text;

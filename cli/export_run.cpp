@@ -3,7 +3,6 @@
 // Loads the scene, and does with the plug-in's panel what an artist does.
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <commctrl.h>
 #include <algorithm>
@@ -18,6 +17,7 @@
 #include "cli/export_report.h"
 #include "cli/output_folder.h"
 #include "cli/plugin_session.h"
+#include "cli/progress_bar.h"
 #include "cli/scene_options.h"
 #include "ground/ascii.h"
 #include "ground/excerpt.h"
@@ -43,8 +43,7 @@ bool isSequenceFile(const std::string& path) {
 // Answers the save dialog, notes the messages, and shows the progress: a bar on a terminal, lines under -v.
 class ExportUser : public headless::HeadlessUser {
 public:
-    ExportUser(const Session& session, std::string path)
-        : session_(session), path_(std::move(path)), hasBar_(isatty(STDERR_FILENO) != 0 && !session.quiet) {}
+    ExportUser(const Session& session, std::string path) : session_(session), path_(std::move(path)), bar_(session) {}
 
     std::optional<std::string> savePath(const headless::SaveQuestion& question) override {
         pathFits_ = path_.size() < static_cast<size_t>(question.bufferSize);
@@ -59,15 +58,11 @@ public:
     }
 
     void seeRepaint(HWND dialog) override {
-        constexpr int kBarWidth = 30;
         char text[128];
         if (GetDlgItemTextA(dialog, IDC_PROGRESS_TEXT, text, sizeof text) == 0) return;
         const auto percent = static_cast<int>(SendDlgItemMessageA(dialog, IDC_PROGRESS_BAR, PBM_GETPOS, 0, 0));
-        if (hasBar_) {
-            const std::string done(static_cast<size_t>(percent * kBarWidth / 100), '#');
-            std::fprintf(stderr, "\r\033[K[%-*s] %3d%% %s", kBarWidth, done.c_str(), percent, text);
-            std::fflush(stderr);
-            isBarShown_ = true;
+        if (bar_.isDrawn()) {
+            bar_.show(percent / 100.0, std::to_string(percent) + "% " + text);
         } else {
             endStep();
             session_.detail(std::to_string(percent) + "% " + text);
@@ -84,10 +79,7 @@ public:
         stepBegan_ = now;
     }
 
-    void clearBar() {
-        if (isBarShown_) std::fputs("\r\033[K", stderr);
-        isBarShown_ = false;
-    }
+    void clearBar() { bar_.clear(); }
 
     bool pathFits() const { return pathFits_; }
     int pathLimit() const { return limit_; }
@@ -97,10 +89,9 @@ public:
 private:
     const Session& session_;
     std::string path_;
-    bool hasBar_;
+    ProgressBar bar_;
     bool hasStep_ = false;
     std::chrono::steady_clock::time_point stepBegan_;
-    bool isBarShown_ = false;
     bool pathFits_ = true;
     int limit_ = 0;
     std::string error_;        // text of an error message

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 namespace marrowfen::cli {
@@ -13,8 +14,8 @@ public:
     FolderLock(const FolderLock&) = delete;
     FolderLock& operator=(const FolderLock&) = delete;
 
-    // Waits for the lock, at most half a minute. 0 or the errno of why there is none.
-    int take(const std::string& folder);
+    // Waits for the lock, at most as long as that. 0 or the errno of why there is none.
+    int take(const std::string& folder, std::chrono::milliseconds longestWait = std::chrono::seconds(30));
     // Doesn't wait; false too where the file system has no locks.
     bool tryTake(const std::string& folder);
     void release();

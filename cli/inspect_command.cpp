@@ -14,7 +14,6 @@ struct Inspection {
     bool onlyFindings = false;
     std::vector<std::string> ignored;  // codes
     std::string text;                  // of the files so far
-    size_t objects = 0;                // of JSON in it
     bool anyFinding = false;
     bool anyError = false;
 };
@@ -43,7 +42,7 @@ void add(const ShapeFile& file, Inspection& all) {
     all.anyFinding = all.anyFinding || !findings.empty();
     all.anyError = all.anyError || anyBroken(findings);
     if (all.asJson) {
-        all.text += (all.objects++ > 0 ? "," : "") + inspectJson(file, findings);
+        all.text += inspectJson(file, findings);
     } else if (all.onlyFindings) {
         all.text += checkText(file, findings);
     } else {
@@ -71,8 +70,7 @@ Outcome runInspect(const Arguments& arguments, const Session& session) {
         if (!outcome.good()) session.error(outcome.error);
         outcome = {UnreadableInput, fault};
     }
-    const bool isList = all.asJson && arguments.places().size() > 1;
-    const Outcome printed = printResult(isList ? "[" + all.text + "]\n" : all.text);
+    const Outcome printed = printResult(all.text);
     if (!printed.good() || !outcome.good()) return printed.good() ? outcome : printed;
     if (all.onlyFindings && all.anyError) return {Refused, {}};
     return {arguments.has("--strict") && all.anyFinding ? StrictWarnings : Done, {}};

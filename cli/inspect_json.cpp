@@ -155,7 +155,7 @@ std::string inspectJson(const ShapeFile& file, const std::vector<ShapeProblem>& 
     json["sequences"] = sequences(file.shape);
     if (dts) json["sizes"] = sizes(file.shape);
     json["problems"] = problemList(problems);
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace marrowfen::cli

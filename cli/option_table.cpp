@@ -42,25 +42,25 @@ constexpr OptionRow withLetter(OptionRow row, char letter) {
 }
 
 OptionGroup modelOptions() {
-    return {
-        kModelGroup,
-        {number("--fps", "RATE", 1, 1000, "frames a second to sample animations at (the file's own, or 30)"),
-         number("--scale", "FACTOR", 1e-6, 1e6, "factor on a model's size"),
-         word("--unit", "UNIT", "mm cm m in", "what the model counts in, whatever its file says"),
-         word("--up", "AXIS", "x y z", "the model's upright axis, whatever its format says"),
-         number("--turn", "DEGREES", -360, 360, "turn the model to the left"),
-         text("--layer", "LAYER=PATTERN",
-              "nodes called like the pattern become that layer; the first match counts; may be given again"),
-         text("--loop", "PATTERN", "a pattern for the names of animations that loop; may be given again"),
-         text("--levels", "LIST",
-              "levels of detail, such as 64,32:50%,16:25%: sizes in pixels and parts of the triangles"),
-         count("--max-triangles", 4, kMostTriangles, "at most so many in each level of detail"),
-         file("--for", "SHAPE", ".dts", "the shape that the animations are for: its nodes' names are taken"),
-         flag("--single-sided", "leave out the backs of double-sided faces"),
-         flag("--textures", "write a plain texture for materials that have a colour only"),
-         flag("--no-textures", "write no textures beside the output"),
-         count("--max-seconds", 1, 1e6, "of processor time for reading the model (30), and twice as many by the clock"),
-         count("--max-memory", 64, 1e6, "megabytes for reading the model (4096)")}};
+    return {kModelGroup,
+            {number("--fps", "RATE", 1, 1000, "frames a second to sample animations at (the file's own, or 30)"),
+             number("--scale", "FACTOR", 1e-6, 1e6, "factor on a model's size"),
+             word("--unit", "UNIT", "mm cm m in", "what the model counts in, whatever its file says"),
+             word("--up", "AXIS", "x y z", "the model's upright axis, whatever its format says"),
+             number("--turn", "DEGREES", -360, 360, "turn the model to the left"),
+             text("--layer", "LAYER=PATTERN",
+                  "nodes called like the pattern become that layer; the first match counts; may be given again"),
+             text("--loop", "PATTERN", "a pattern for the names of animations that loop; may be given again"),
+             text("--levels", "LIST",
+                  "levels of detail, such as 64,32:50%,16:25%: sizes in pixels and parts of the triangles"),
+             count("--max-triangles", 4, kMostTriangles, "at most so many in each level of detail"),
+             file("--for", "SHAPE", ".dts", "the shape that the animations are for: its nodes' names are taken"),
+             flag("--single-sided", "leave out the backs of double-sided faces"),
+             flag("--textures", "write a plain texture for materials that have a colour only"),
+             flag("--no-textures", "write no textures beside the output"),
+             count("--max-seconds", 1, 1e6,
+                   "of processor time for reading the model (30, of small files less), and twice as many by the clock"),
+             count("--max-memory", 64, 1e6, "megabytes for reading the model (4096, of small files less)")}};
 }
 
 const PlaceRow kScene = {"SCENE", Takes::File, kModels, "a *.scene.json file, or a model (glTF, FBX, OBJ, ...)"};
@@ -87,7 +87,7 @@ VerbRow exportVerb() {
           {folder("--out-dir", "where the outputs go, under the scenes' names"),
            folder("--root", "keep the folders below this one"),
            word("--format", "FORMAT", "dts dsq", "what they become (dts)"),
-           withLetter(count("--jobs", 1, 1024, "scenes at a time (as many as there are processors)"), 'j'),
+           withLetter(count("--jobs", 1, 1024, "scenes at a time (one more than there are processors)"), 'j'),
            number("--timeout", "SECONDS", 0.01, 1e6, "give a scene up after so long (600)")}},
          {"Build systems",
           {file("--depfile", "FILE", ".d", "write a rule in Make's syntax: the outputs and all that was looked for"),
@@ -138,7 +138,7 @@ std::vector<VerbRow> shapeVerbs() {
              {"marrowfen inspect ship.dts", "marrowfen inspect shapes/*.dts --check --ignore LEVEL_NEVER_SHOWS"},
              {{"FILE", Takes::File, kShapeFiles, kShape.help, true}},
              {{"Options",
-               {flag("--json", "print one JSON object, of several files a list of them"),
+               {flag("--json", "print a line for each file, with one JSON object"),
                 flag("--check", "print the findings only, a line each, and exit with 1 when one is an error"),
                 text("--ignore", "CODE", "leave out findings of this code; may be given again"),
                 flag("--strict", "exit with 5 when there is any finding")}}},

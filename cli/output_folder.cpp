@@ -56,23 +56,12 @@ std::string behindLinks(const std::string& path) {
     return result.string();
 }
 
-std::string folderOf(const std::string& path) {
-    const fs::path folder = fs::path(path).parent_path();
-    return folder.empty() ? "." : folder.string();
-}
-
-// Keeps an old file for the way back. 0 or an errno; ENOENT when there is none.
-int keepOld(const std::string& file, const std::string& kept) {
-    if (link(file.c_str(), kept.c_str()) == 0) return 0;
-    if (errno == ENOENT) return ENOENT;
-    // Not every file system has links.
-    return std::rename(file.c_str(), kept.c_str()) == 0 ? 0 : errno;
-}
-
-void bringBack(const std::string& kept, const std::string& file) {
-    if (std::rename(kept.c_str(), file.c_str()) == 0) return;
-    unlink(file.c_str());
-    if (link(kept.c_str(), file.c_str()) != 0) std::rename(kept.c_str(), file.c_str());
+// Between two file systems it may be.
+int copyFile(const std::string& from, const std::string& to) {
+    std::error_code failure;
+    fs::copy_file(from, to, failure);
+    if (!failure) fs::remove(from, failure);
+    return failure.value();
 }
 
 }  // namespace
@@ -89,6 +78,10 @@ OutputFolder::OutputFolder(const std::string& output, const std::vector<std::str
     if (!keepsLock_) lock_.release();
 }
 
+OutputFolder::~OutputFolder() {
+    for (auto& folder : folders_) putAway(std::move(folder));
+}
+
 Outcome OutputFolder::prepare(const std::vector<Output>& outputs, const std::vector<std::string>& inputs) {
     for (const Output& output : outputs) {
         Place place{output, behindLinks(output.path)};
@@ -99,6 +92,7 @@ Outcome OutputFolder::prepare(const std::vector<Output>& outputs, const std::vec
         places_.push_back(std::move(place));
     }
     if (Outcome locked = takeLock(); !locked.good()) return locked;
+    clearUpOnce(folderOf(places_.front().target));
     for (Place& place : places_) {
         if (Outcome added = addFolderOf(place); !added.good()) return added;
     }
@@ -115,29 +109,21 @@ Outcome OutputFolder::add(const std::string& path, const std::string& content) {
 
 Outcome OutputFolder::addFolderOf(Place& place) {
     const std::string parent = folderOf(place.target);
-    for (const StagingFolder& folder : folders_) {
-        if (folder.parent() == parent) place.folder = &folder;
+    for (const auto& folder : folders_) {
+        if (folder->parent() == parent) place.folder = folder.get();
     }
-    if (place.folder == nullptr) place.folder = &folders_.emplace_back(parent);
-    place.ripe = place.folder->path() + "/" + place.output.name;
-    place.kept = place.folder->path() + "/old-" + place.output.name;
+    if (place.folder == nullptr) place.folder = folders_.emplace_back(stagingFolderIn(parent)).get();
+    place.name = fs::path(place.target).filename().string();
     return faultIf(place.output.path, place.folder->fault());
 }
 
-// With the lock it is time to look for what others left.
 Outcome OutputFolder::takeLock() {
     const std::string& path = places_.front().output.path;
-    const std::string folder = folderOf(places_.front().target);
-    if (!lock_.isHeld()) {
-        const int why = lock_.take(folder);
-        if (why == EWOULDBLOCK) return fault(path, "another run keeps on writing in this folder");
-        if (why != 0) return fault(path, why);
-    }
-    clearUpAfterTheDead(folder);
-    return {};
+    const int why = lock_.isHeld() ? 0 : lock_.take(folderOf(places_.front().target));
+    return why == EWOULDBLOCK ? fault(path, "another run keeps on writing in this folder") : faultIf(path, why);
 }
 
-std::string OutputFolder::file(size_t i) const { return folders_.front().path() + "/" + places_.at(i).output.name; }
+std::string OutputFolder::file(size_t i) const { return folders_.front()->path() + "/" + places_.at(i).output.name; }
 
 Outcome OutputFolder::deliverText(const std::string& content) {
     if (isStandardOutput_) return printResult(content);
@@ -145,61 +131,65 @@ Outcome OutputFolder::deliverText(const std::string& content) {
     return written.good() ? deliverAll() : written;
 }
 
-// Gets a file ready to be moved: in its target's folder, with the rights of the old one, and on the disk.
+// Puts a file into its target's folder, with the target's name and the rights of the old one.
 Outcome OutputFolder::ripen(const Place& place) const {
-    const std::string made = folders_.front().path() + "/" + place.output.name;
-    std::error_code failure;
-    if (place.ripe != made) fs::copy_file(made, place.ripe, failure);
-    int why = failure.value();
-    if (why == 0 && place.mode >= 0 && chmod(place.ripe.c_str(), static_cast<mode_t>(place.mode)) != 0) why = errno;
-    if (why == 0) why = syncFile(place.ripe);
+    const StagingFolder& made = *folders_.front();
+    const std::string ripe = place.folder->path() + "/" + place.name;
+    int why = place.folder == &made ? made.nameFile(place.output.name, place.name)
+                                    : copyFile(made.path() + "/" + place.output.name, ripe);
+    if (why == 0 && place.mode >= 0 && chmod(ripe.c_str(), static_cast<mode_t>(place.mode)) != 0) why = errno;
+    if (why == 0) beginSync(ripe);
     return faultIf(place.output.path, why);
 }
 
+// The moves themselves aren't waited for: what a power failure may undo is the whole pair.
 Outcome OutputFolder::deliver(std::vector<Place> places) {
     for (const Place& place : places) {
         if (Outcome ripe = ripen(place); !ripe.good()) return ripe;
     }
-    if (Outcome locked = takeLock(); !locked.good()) return locked;
-    Outcome moved = moveTogether(places);
     for (const Place& place : places) {
-        if (moved.good()) moved = faultIf(place.output.path, syncFile(place.folder->parent()));
+        const int why = syncFile(place.folder->path() + "/" + place.name);
+        if (why != 0) return fault(place.output.path, why);
     }
+    if (Outcome locked = takeLock(); !locked.good()) return locked;
+    const SignalsWait wait;
+    Outcome moved = places.size() > 1 ? moveTogether(places) : moveAlone(places.front());
     if (!keepsLock_) lock_.release();
     return moved;
 }
 
-// The last one first: a log may be without its output, not an output without its log. Nothing of it needs memory once a
-// file has been moved.
-Outcome OutputFolder::moveTogether(std::vector<Place>& places) {
-    const SignalsWait wait;
-    std::vector<std::pair<std::string, std::string>> plan;
-    for (const Place& place : places) {
-        if (place.folder != &folders_.front()) continue;
-        plan.emplace_back(place.output.name, fs::path(place.target).filename().string());
-    }
-    int why = places.size() > 1 ? folders_.front().notePlan(plan) : 0;
-    if (why != 0) return fault(places.front().output.path, why);
+Outcome OutputFolder::moveAlone(const Place& place) {
+    return faultIf(place.output.path, place.folder->move(place.name, place.target));
+}
 
-    size_t next = places.size();
-    while (why == 0 && next > 0) {
-        Place& place = places[--next];
-        const int noOld = places.size() > 1 ? keepOld(place.target, place.kept) : ENOENT;
-        place.hasOld = noOld == 0;
-        if (noOld != 0 && noOld != ENOENT) why = noOld;
-        if (why == 0 && std::rename(place.ripe.c_str(), place.target.c_str()) != 0) why = errno;
+// The last one first: a log may be without its output, not an output without its log.
+Outcome OutputFolder::moveTogether(std::vector<Place>& places) {
+    int why = 0;
+    size_t failed = 0;
+    for (size_t i = 0; i < places.size() && why == 0; ++i) {
+        const int noOld = places[i].folder->keepOld(places[i].name, places[i].target);
+        places[i].hasOld = noOld == 0;
+        if (noOld != ENOENT) why = noOld;
+        failed = i;
+    }
+    for (size_t i = 0; i < places.size() && why == 0; ++i) why = places[i].folder->setReady(true);
+    size_t moved = places.size();
+    while (why == 0 && moved > 0) {
+        failed = moved - 1;
+        why = places[failed].folder->move(places[failed].name, places[failed].target);
+        if (why == 0) moved = failed;
     }
     if (why == 0) return {};
-    // The way back. What failed itself is still the old one, unless that had to be moved to be kept.
-    const std::string& failed = places[next].output.path;
-    for (size_t i = next; i < places.size(); ++i) {
+    // The way back.
+    for (const Place& place : places) place.folder->setReady(false);
+    for (size_t i = 0; i < places.size(); ++i) {
         if (places[i].hasOld) {
-            bringBack(places[i].kept, places[i].target);
-        } else if (i > next) {
+            places[i].folder->bringBack(places[i].name, places[i].target);
+        } else if (i >= moved) {
             unlink(places[i].target.c_str());
         }
     }
-    return fault(failed, why);
+    return fault(places[failed].output.path, why);
 }
 
 Outcome writeWholeFile(const std::string& path, const std::string& content) {

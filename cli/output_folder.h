@@ -3,7 +3,7 @@
 // The one way in which commands write files: whole ones or none. All files of a run come into being in a folder of its
 // own beside the first, and go to their places together once all is good.
 
-#include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,6 +31,10 @@ public:
     // For a command with one output, which may be /dev/stdout: deliverText() then prints it there.
     OutputFolder(const std::string& output, const std::vector<std::string>& inputs, Lock lock = Lock::WhileMoving);
 
+    ~OutputFolder();
+    OutputFolder(const OutputFolder&) = delete;
+    OutputFolder& operator=(const OutputFolder&) = delete;
+
     const Outcome& made() const { return made_; }
 
     // One more output, with this content.
@@ -49,14 +53,14 @@ public:
 private:
     struct Place {
         Output output;
-        std::string target;                     // the output, or where it points when it is a link
-        const StagingFolder* folder = nullptr;  // in the same folder as the target
-        int mode = -1;                          // of an old file
-        std::string ripe{}, kept{};             // in that folder: the file to be moved, and the old one meanwhile
-        bool hasOld = false;                    // while delivering: the old file is kept in the folder
+        std::string target;               // the output, or where it points when it is a link
+        StagingFolder* folder = nullptr;  // in the same folder as the target
+        int mode = -1;                    // of an old file
+        std::string name{};               // of the target
+        bool hasOld = false;              // while delivering: the old file is kept in the folder
     };
     std::vector<Place> places_;
-    std::deque<StagingFolder> folders_;
+    std::vector<std::unique_ptr<StagingFolder>> folders_;
     FolderLock lock_;
     bool keepsLock_ = false;
     bool isStandardOutput_ = false;
@@ -67,7 +71,8 @@ private:
     Outcome takeLock();
     Outcome ripen(const Place& place) const;
     Outcome deliver(std::vector<Place> places);
-    Outcome moveTogether(std::vector<Place>& places);
+    static Outcome moveAlone(const Place& place);
+    static Outcome moveTogether(std::vector<Place>& places);
 };
 
 }  // namespace marrowfen::cli

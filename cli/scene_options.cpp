@@ -121,9 +121,9 @@ Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, S
     import.singleSided = arguments.has("--single-sided");
     import.plainTextures = arguments.has("--textures");
     import.noTextures = arguments.has("--no-textures");
-    import.cpuSeconds = static_cast<unsigned>(arguments.number("--max-seconds", import.cpuSeconds));
+    import.cpuSeconds = static_cast<unsigned>(arguments.number("--max-seconds", 0));
     import.wallSeconds = 2 * import.cpuSeconds;
-    import.memoryMegabytes = static_cast<unsigned>(arguments.number("--max-memory", import.memoryMegabytes));
+    import.memoryMegabytes = static_cast<unsigned>(arguments.number("--max-memory", 0));
     options.forShape = arguments.text("--for");
     for (const std::string& text : arguments.all("--layer")) {
         if (const std::string fault = addLayer(text, import.layers); !fault.empty())

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <map>
 
+#include "cli/geometry_diff.h"
 #include "cli/shape_facts.h"
 #include "ground/at.h"
 #include "ground/byte_order.h"
@@ -21,11 +23,13 @@ struct Things {
     std::vector<std::string> order;
     std::map<std::string, Facts> facts;
 
-    void add(const std::string& name, Facts found) {
+    // The name that the thing has here.
+    const std::string& add(const std::string& name, Facts found) {
         std::string key = name;
         for (int copy = 2; facts.count(key) > 0; ++copy) key = name + " #" + std::to_string(copy);
         order.push_back(key);
         facts[key] = std::move(found);
+        return order.back();
     }
 };
 
@@ -96,31 +100,22 @@ Things objectsOf(const Shape& shape) {
     return things;
 }
 
-// How a level's vertices look, and what draws them.
-void addGeometry(const Shape& shape, const std::vector<int32_t>& meshes, Facts& facts) {
-    Digest places, normals, textures, runs, weights;
+// The kinds of a level's meshes and what their vertices hang on; how they look is told apart from it.
+void addMeshes(const Shape& shape, const std::vector<int32_t>& meshes, Facts& facts) {
+    Digest weights;
     std::vector<std::string> kinds;
     for (const int32_t i : meshes) {
         const Mesh& mesh = at(shape.meshes, i);
         kinds.emplace_back(meshTypeWord(mesh.type));
         for (std::string& word : allFlagWords(mesh.flags, kMeshFlagWords)) kinds.push_back(std::move(word));
-        places.add(mesh.vertexes);
-        normals.add(mesh.normals);
-        textures.add(mesh.texturevertexes);
-        runs.add(mesh.indices);
-        for (const Primitive& run : mesh.primitives) runs.add(run.firstElement), runs.add(run.material);
         weights.add(mesh.vweight);
         for (const int32_t node : mesh.nodeIndex) weights.add(static_cast<uint32_t>(node));
     }
-    facts.insert(facts.end(), {{"meshes", words(kinds)},
-                               {"positions", places.text()},
-                               {"normals", normals.text()},
-                               {"texture coordinates", textures.text()},
-                               {"faces", runs.text()},
-                               {"weights", weights.text()}});
+    facts.insert(facts.end(), {{"meshes", words(kinds)}, {"weights", weights.text()}});
 }
 
-Things levelsOf(const Shape& shape) {
+// meshes: those of each level.
+Things levelsOf(const Shape& shape, std::map<std::string, MeshGroup>& meshes) {
     Things things;
     const ShapeFacts shapeFacts(shape);
     for (size_t i = 0; i < std::min(shape.detailLevels.size(), size_t{256}); ++i) {
@@ -135,8 +130,8 @@ Things levelsOf(const Shape& shape) {
                        {"strips", std::to_string(found.strips)},
                        {"vertices", std::to_string(found.vertices)},
                        {"materials", words(materials)}};
-        addGeometry(shape, found.meshes, facts);
-        things.add(nameAt(shape, level.name), std::move(facts));
+        addMeshes(shape, found.meshes, facts);
+        meshes.emplace(things.add(nameAt(shape, level.name), std::move(facts)), MeshGroup{shape, found.meshes});
     }
     return things;
 }
@@ -189,14 +184,19 @@ std::string changes(const Facts& before, const Facts& after) {
     return text;
 }
 
-void compare(const char* kind, const Things& before, const Things& after, std::vector<std::string>& lines) {
+using MoreChanges = std::function<std::vector<std::string>(const std::string& name)>;
+
+// more: what else differs in a thing that is on both sides.
+void compare(const char* kind, const Things& before, const Things& after, std::vector<std::string>& lines,
+             const MoreChanges& more = {}) {
     for (const std::string& name : before.order) {
         const auto now = after.facts.find(name);
         if (now == after.facts.end()) {
             lines.push_back("- " + std::string(kind) + " " + name);
             continue;
         }
-        const std::string text = changes(before.facts.at(name), now->second);
+        std::string text = changes(before.facts.at(name), now->second);
+        for (const std::string& change : more ? more(name) : std::vector<std::string>()) addToList(text, change);
         if (!text.empty()) lines.push_back("! " + std::string(kind) + " " + name + ": " + text);
     }
     for (const std::string& name : after.order) {
@@ -205,6 +205,7 @@ void compare(const char* kind, const Things& before, const Things& after, std::v
 }
 
 Things wholeOf(const ShapeFile& file) {
+    if (file.bytes == 0) return {};
     Facts facts = {{"version", std::to_string(file.version.word)}};
     if (file.kind == ShapeFileKind::Dts) {
         facts.insert(facts.end(), {{"bounds", exact(file.shape.bounds.min) + " to " + exact(file.shape.bounds.max)},
@@ -224,7 +225,10 @@ std::vector<std::string> differences(const ShapeFile& before, const ShapeFile& a
     compare("node", nodesOf(before.shape, before.kind), nodesOf(after.shape, after.kind), lines);
     if (before.kind == ShapeFileKind::Dts) {
         compare("object", objectsOf(before.shape), objectsOf(after.shape), lines);
-        compare("level", levelsOf(before.shape), levelsOf(after.shape), lines);
+        std::map<std::string, MeshGroup> old, now;
+        const Things oldLevels = levelsOf(before.shape, old), newLevels = levelsOf(after.shape, now);
+        compare("level", oldLevels, newLevels, lines,
+                [&](const std::string& name) { return geometryDifferences(old.at(name), now.at(name)); });
         compare("material", materialsOf(before.shape), materialsOf(after.shape), lines);
     }
     compare("sequence", sequencesOf(before.shape), sequencesOf(after.shape), lines);

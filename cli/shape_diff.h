@@ -10,7 +10,7 @@
 namespace marrowfen::cli {
 
 // A line a difference, in words; empty for files of the same bytes. Things are matched by their names, as a game finds
-// them.
+// them. A file without a byte is one that isn't there: all of the other one is new, or gone.
 std::vector<std::string> differences(const ShapeFile& before, const ShapeFile& after);
 
 }  // namespace marrowfen::cli

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -28,6 +29,8 @@ void measureBlocks(const std::string& bytes, ShapeFile& file) {
 std::string loadShapeFile(const std::string& path, ShapeFile& file) {
     std::ifstream stream(path, std::ios::binary);
     if (!stream) return path + ": " + std::strerror(errno);
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored)) return path + ": is a folder";
     ReadFault fault;
     const std::string bytes = readWholeStream(stream, fault);
     if (!fault.none()) return path + ": " + fault.text;

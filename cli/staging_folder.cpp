@@ -12,18 +12,24 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <set>
+#include <vector>
 
-#include "ground/whole_file.h"
 #include "ground/write_all.h"
 
 namespace marrowfen::cli {
 
 namespace {
 
+// How a staging folder is called before and after its files are ready. A rename makes the one the other at once, and
+// comes to the disk before the moves do: file systems with a journal keep the order of such changes.
 constexpr char kBeginning[] = ".marrowfen-run-";
-constexpr char kPlan[] = "plan";
-constexpr char kPlanEnd[] = "end";  // of a plan that is whole
+constexpr char kReadyBeginning[] = ".marrowfen-end-";
+static_assert(sizeof kBeginning == sizeof kReadyBeginning);
+constexpr char kOld[] = ".old";  // folder in it, of what was in the places of its files
+constexpr size_t kDrawn = 6;     // letters that follow
 constexpr size_t kPathSize = 4096;
 constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU};
 
@@ -34,18 +40,28 @@ struct Removable {
 };
 std::array<Removable, 4> theFolders;
 
+bool theReuses = false;
+std::unique_ptr<StagingFolder> theSpare;
+
+bool isDots(const char* name) { return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
+
+// Files, and folders of files. For signal handlers too.
 void emptyFolder(int folder) {
     alignas(dirent64) char entries[4096];
     for (ssize_t n; (n = getdents64(folder, entries, sizeof entries)) > 0;) {
         for (ssize_t at = 0; at < n;) {
             const auto* entry = reinterpret_cast<const dirent64*>(entries + at);
-            unlinkat(folder, entry->d_name, 0);
             at += entry->d_reclen;
+            if (isDots(entry->d_name) || unlinkat(folder, entry->d_name, 0) == 0) continue;
+            const int inner = openat(folder, entry->d_name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            if (inner < 0) continue;
+            emptyFolder(inner);
+            close(inner);
+            unlinkat(folder, entry->d_name, AT_REMOVEDIR);
         }
     }
 }
 
-// Removes a folder that holds nothing but files. For signal handlers too.
 void removeFolder(const char* path) {
     const int folder = open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (folder < 0) return;
@@ -98,16 +114,30 @@ bool isOurs(const std::string& path) {
     return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == geteuid();
 }
 
-// Plans are "file NUL name NUL" for each, and an end mark.
-void finishPlan(const std::string& folder, const std::string& parent) {
-    const std::string plan = readWholeFile(folder + "/" + kPlan);
-    std::vector<std::string> words;
-    for (size_t at = 0, end; (end = plan.find('\0', at)) != std::string::npos; at = end + 1) {
-        words.push_back(plan.substr(at, end - at));
+// Nothing when it can't be read.
+std::vector<std::string> namesIn(const std::string& folder) {
+    // The library's own iterators end the process when there is no memory.
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), closedir);
+    std::vector<std::string> names;
+    while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
+        if (!isDots(entry->d_name)) names.emplace_back(entry->d_name);
     }
-    if (words.size() % 2 != 1 || words.back() != kPlanEnd) return;
-    for (size_t i = 0; i + 1 < words.size(); i += 2) {
-        std::rename((folder + "/" + words[i]).c_str(), (parent + "/" + words[i + 1]).c_str());
+    return names;
+}
+
+// Whether nothing has come into a place since the run kept what was there, if anything was.
+bool isAsKept(const std::string& place, const std::string& kept) {
+    struct stat now, then;
+    if (lstat(place.c_str(), &now) != 0) return errno == ENOENT;
+    return lstat(kept.c_str(), &then) == 0 && now.st_dev == then.st_dev && now.st_ino == then.st_ino;
+}
+
+// What a later run has put into a place stays there.
+void moveAsKept(const std::string& from, const std::string& parent, const std::string& kept) {
+    for (const std::string& name : namesIn(from)) {
+        const std::string place = parent + "/" + name;
+        if (name == kOld || !isAsKept(place, kept + "/" + name)) continue;
+        std::rename((from + "/" + name).c_str(), place.c_str());
     }
 }
 
@@ -116,8 +146,6 @@ int closeAfter(int file, bool good) {
     if (close(file) != 0 && fault == 0) fault = errno;
     return fault;
 }
-
-bool sync(int file) { return fsync(file) == 0 || errno == EINVAL; }  // some file systems can't
 
 }  // namespace
 
@@ -130,8 +158,15 @@ SignalsWait::SignalsWait() {
 
 SignalsWait::~SignalsWait() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
+std::string folderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
 StagingFolder::StagingFolder(const std::string& parent) : parent_(parent) {
-    std::string path = (parent == "." ? "" : parent + "/") + kBeginning + "XXXXXX";
+    const std::string before = parent == "." ? "" : parent + "/";
+    std::string path = before + kBeginning + "XXXXXX";
+    readyPath_ = before + kReadyBeginning + "XXXXXX";
     if (path.size() >= kPathSize) {
         fault_ = ENAMETOOLONG;
         return;
@@ -141,39 +176,99 @@ StagingFolder::StagingFolder(const std::string& parent) : parent_(parent) {
         fault_ = errno;
         return;
     }
-    path_ = path;
+    // Nothing from here on needs memory: without an object nobody would remove the folder.
+    path_ = std::move(path);
+    readyPath_.replace(readyPath_.size() - kDrawn, kDrawn, path_, path_.size() - kDrawn, kDrawn);
     life_.tryTake(path_);
     remember(path_);
+    folder_ = open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder_ < 0) fault_ = errno;
 }
 
 StagingFolder::~StagingFolder() {
+    for (const int file : {folder_, old_}) {
+        if (file >= 0) close(file);
+    }
     if (path_.empty()) return;
     const SignalsWait wait;
     removeFolder(path_.c_str());
     forget(path_);
 }
 
-int StagingFolder::notePlan(const std::vector<std::pair<std::string, std::string>>& fileAndName) const {
-    std::string plan;
-    for (const auto& [file, name] : fileAndName) plan += file + '\0' + name + '\0';
-    return writeNewFile(path_ + "/" + kPlan, plan + kPlanEnd + '\0');
+int StagingFolder::nameFile(const std::string& from, const std::string& name) const {
+    return renameat(folder_, from.c_str(), folder_, name.c_str()) == 0 ? 0 : errno;
+}
+
+int StagingFolder::keepOld(const std::string& name, const std::string& place) {
+    if (access(place.c_str(), F_OK) != 0) return errno;
+    if (old_ < 0) {
+        if (mkdirat(folder_, kOld, 0777) != 0) return errno;
+        old_ = openat(folder_, kOld, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (old_ < 0) return errno;
+    }
+    if (linkat(AT_FDCWD, place.c_str(), old_, name.c_str(), 0) == 0) return 0;
+    // Not every file system has links.
+    return renameat(AT_FDCWD, place.c_str(), old_, name.c_str()) == 0 ? 0 : errno;
+}
+
+int StagingFolder::setReady(bool isReady) {
+    if (isReady == isReady_) return 0;
+    if (std::rename(path_.c_str(), readyPath_.c_str()) != 0) return errno;
+    forget(path_);
+    path_.swap(readyPath_);
+    remember(path_);
+    isReady_ = isReady;
+    return 0;
+}
+
+int StagingFolder::move(const std::string& name, const std::string& place) const {
+    return renameat(folder_, name.c_str(), AT_FDCWD, place.c_str()) == 0 ? 0 : errno;
+}
+
+void StagingFolder::bringBack(const std::string& name, const std::string& place) const {
+    if (renameat(old_, name.c_str(), AT_FDCWD, place.c_str()) == 0) return;
+    unlink(place.c_str());
+    if (linkat(old_, name.c_str(), AT_FDCWD, place.c_str(), 0) == 0) return;
+    renameat(old_, name.c_str(), AT_FDCWD, place.c_str());
+}
+
+bool StagingFolder::makeEmpty() {
+    if (old_ >= 0) close(old_);
+    old_ = -1;
+    const SignalsWait wait;
+    if (folder_ < 0 || lseek(folder_, 0, SEEK_SET) != 0) return false;
+    emptyFolder(folder_);
+    return setReady(false) == 0;
+}
+
+void reuseStagingFolders() { theReuses = true; }
+
+std::unique_ptr<StagingFolder> stagingFolderIn(const std::string& parent) {
+    if (theSpare && theSpare->parent() == parent) return std::move(theSpare);
+    return std::make_unique<StagingFolder>(parent);
+}
+
+void putAway(std::unique_ptr<StagingFolder> folder) {
+    if (theReuses && folder->makeEmpty()) theSpare = std::move(folder);
 }
 
 void clearUpAfterTheDead(const std::string& parent) {
-    // The library's own iterators end the process when there is no memory.
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(parent.c_str()), closedir);
-    if (entries == nullptr) return;
-    std::vector<std::string> found;
-    while (const dirent* entry = readdir(entries.get())) {
-        if (std::strncmp(entry->d_name, kBeginning, sizeof kBeginning - 1) == 0) found.emplace_back(entry->d_name);
-    }
-    for (const std::string& name : found) {
+    for (const std::string& name : namesIn(parent)) {
+        const bool isReady = name.starts_with(kReadyBeginning);
+        if (!isReady && !name.starts_with(kBeginning)) continue;
         const std::string path = parent + "/" + name;
+        const std::string old = path + "/" + kOld;
         FolderLock life;
         if (!isOurs(path) || !life.tryTake(path)) continue;
-        finishPlan(path, parent);
+        if (isReady) moveAsKept(path, parent, old);
+        moveAsKept(old, parent, "");
         removeFolder(path.c_str());
     }
+}
+
+void clearUpOnce(const std::string& parent) {
+    static std::set<std::string> theSeen;
+    if (theSeen.insert(parent).second) clearUpAfterTheDead(parent);
 }
 
 void removeStagingFolders() {
@@ -182,15 +277,23 @@ void removeStagingFolders() {
     }
 }
 
+void beginSync(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return;
+    sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE);
+    close(file);
+}
+
 int syncFile(const std::string& path) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    return file < 0 ? errno : closeAfter(file, sync(file));
+    const bool good = file >= 0 && (fsync(file) == 0 || errno == EINVAL);  // some file systems can't
+    return file < 0 ? errno : closeAfter(file, good);
 }
 
 int writeNewFile(const std::string& path, const std::string& content) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file < 0) return errno;
-    return closeAfter(file, writeAll(file, content) && sync(file));
+    return closeAfter(file, writeAll(file, content));
 }
 
 }  // namespace marrowfen::cli

@@ -5,13 +5,15 @@
 // write there.
 
 #include <csignal>
+#include <memory>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "cli/folder_lock.h"
 
 namespace marrowfen::cli {
+
+// The folder in which a path's file is, or will be.
+std::string folderOf(const std::string& path);
 
 class StagingFolder {
 public:
@@ -25,19 +27,39 @@ public:
     const std::string& path() const { return path_; }
     const std::string& parent() const { return parent_; }
 
-    // Notes which of its files are about to get which names in the parent folder: should the run die between two of
-    // these moves, the next run finishes them. 0 or an errno.
-    int notePlan(const std::vector<std::pair<std::string, std::string>>& fileAndName) const;
+    // Gives a file in it the name that it'll have in the parent folder. 0 or an errno, as below.
+    int nameFile(const std::string& from, const std::string& name) const;
+
+    // The way of several files to their places in the parent folder: what is there is kept, the folder is declared
+    // ready, the files are moved. Should the run die before the second step, the next one removes the folder; after it,
+    // it moves those that are left. From there on nothing needs memory.
+    int keepOld(const std::string& name, const std::string& place);  // ENOENT when nothing is there
+    int setReady(bool isReady);                                      // changes path()
+    int move(const std::string& name, const std::string& place) const;
+    void bringBack(const std::string& name, const std::string& place) const;  // what keepOld kept
+
+    // As if it were new. False if it can't be made so.
+    bool makeEmpty();
 
 private:
     std::string parent_;
     std::string path_;
-    FolderLock life_;  // held as long as the run lives
+    std::string readyPath_;  // or the other one, once it is ready
+    bool isReady_ = false;
+    int folder_ = -1, old_ = -1;  // open
+    FolderLock life_;             // held as long as the run lives
     int fault_ = 0;
 };
 
+// A process for many runs makes one folder for all that write into one place, which is faster; it calls
+// reuseStagingFolders() first and removeStagingFolders() at its end. Others remove theirs when it is put away.
+void reuseStagingFolders();
+std::unique_ptr<StagingFolder> stagingFolderIn(const std::string& parent);
+void putAway(std::unique_ptr<StagingFolder> folder);
+
 // Finishes what runs that died had begun to move in this folder, and removes what they left. The caller holds its lock.
 void clearUpAfterTheDead(const std::string& parent);
+void clearUpOnce(const std::string& parent);  // unless this process, or one that it was forked from, has done so before
 
 // While it lives, signals that end a process wait.
 class SignalsWait {
@@ -54,10 +76,11 @@ private:
 // Removes all folders of this process, without memory.
 void removeStagingFolders();
 
-// Puts a file's bytes on the disk. 0 or an errno.
+// Puts a file's bytes on the disk. 0 or an errno. Several files take hardly longer than one if all are begun first.
+void beginSync(const std::string& path);
 int syncFile(const std::string& path);
 
-// Writes a new file, through to the disk. 0 or an errno.
+// Writes a new file. 0 or an errno.
 int writeNewFile(const std::string& path, const std::string& content);
 
 }  // namespace marrowfen::cli

@@ -1,3 +1,5 @@
+#include <sys/auxv.h>
+
 #include <filesystem>
 
 #include "cli/commands.h"
@@ -22,13 +24,21 @@ struct ViewOptions {
     std::vector<std::string> sequences;
 };
 
-Outcome writePage(OutputFolder& folder, const std::string& glb, const std::string& title) {
+// The executable's own folder. A system without /proc still tells by which path it was called.
+std::filesystem::path ownFolder() {
     std::error_code failure;
-    const std::filesystem::path place = std::filesystem::read_symlink("/proc/self/exe", failure).parent_path();
+    const auto* called = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    std::filesystem::path own = std::filesystem::read_symlink("/proc/self/exe", failure);
+    if (failure && called != nullptr) own = std::filesystem::canonical(called, failure);
+    return own.parent_path();
+}
+
+Outcome writePage(OutputFolder& folder, const std::string& glb, const std::string& title) {
+    const std::filesystem::path place = ownFolder();
     std::string page = readWholeFile(place / kPageName);
     if (page.empty()) page = readWholeFile(place / kInstalledPage);
     const std::filesystem::path pagePath = place / kPageName;
-    if (failure || page.empty()) {
+    if (page.empty()) {
         return {UnwritableOutput, pagePath.string() + ": the viewer page isn't built; run scripts/build-viewer " +
                                       place.string() + ", or write a .glb"};
     }

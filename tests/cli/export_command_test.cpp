@@ -1,6 +1,7 @@
 // `marrowfen export` and `marrowfen add-node` as a person runs them: exit codes, texts, and what is left on disk.
 
 #include <algorithm>
+#include <regex>
 
 #include "tests/files.h"
 #include "tests/standin/scene_of.h"
@@ -31,6 +32,7 @@ struct CommandTest : testing::Test, TestFolder {
         write("odd.scene.json", tetrahedron(R"("Hull:siez=64,sort,frob", "nodes", "Spare")", "",
                                             R"(, {"type": "skeleton", "name": "lost"})"));
         write("old.scene.json", tetrahedron(usual, R"("minor": 10)"));
+        write("still.scene.json", std::regex_replace(tetrahedron(usual), std::regex("\"end\": 8"), "\"end\": -1"));
         write("broken.scene.json", "{");
         std::string large = R"(, {"type": "polyhedron", "layer": 1, "vertices": [[0,0,0],[0,1,0],[1,0,0]], "faces": [)";
         for (int uv = 0; uv < 21846; ++uv) {
@@ -115,6 +117,8 @@ TEST_F(CommandTest, EndsAsTheSituationAsks) {
               "(did "},
              {"explain odd.scene.json", 0, "layer 3 \"Spare\": left out\n"},
              {"explain odd.scene.json", 0, "\nwarning: on no layer, left out: skeleton lost\n"},
+             {"explain still.scene.json", 0,
+              "clip \"sway:fps=10\": left out\n  tags understood: fps=10\n  warning: clips that were skipped: sway "},
              {"explain refused.scene.json", 0, "an export of the shape is refused: No meshes found to export\n"},
              {"explain old.scene.json", 1, "error: old.scene.json: This plug-in requires at least trueSpace 6.5"},
              {"explain broken.scene.json", 3, "error: broken.scene.json"},

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/inspect_report.h"
+#include "cli/shape_diff.h"
 #include "cli/shape_facts.h"
 
 namespace marrowfen::cli {
@@ -116,6 +117,34 @@ TEST(Inspect, JsonHasTheSameFactsUnderStableKeys) {
     for (const char* key : keys) EXPECT_TRUE(json.contains(key)) << key;
 }
 
+TEST(Diff, TellsHowMuchOfTheGeometryDiffers) {
+    struct Case {
+        void (*change)(Mesh& mesh);
+        const char* words;
+    };
+    for (const Case& c :
+         {Case{[](Mesh& m) {
+                   m.vertexes[1] = {0, 0, 2};
+               },
+               "1 of 4 vertices moved, by up to 2"},
+          Case{[](Mesh& m) { m.normals[3].x = m.normals[2].x = 0.5F; },
+               "2 of 4 vertices have another normal, by up to 0.5"},
+          Case{[](Mesh& m) { m.texturevertexes[0].y = NAN; }, "1 of 4 vertices have other texture coordinates"},
+          Case{[](Mesh& m) { m.indices[6] = 3; }, "1 triangle gone, 1 triangle new"},
+          Case{[](Mesh& m) { m.indices = {0, 1, 2, 3, 1, 2, 0}; }, "the same triangles are drawn in another order"},
+          Case{[](Mesh& m) {
+                   m.vertexes.push_back({9, 9, 9});
+                   m.normals.resize(5), m.encodedNormals.resize(5), m.texturevertexes.resize(5);
+                   m.setNumFrames(1);
+               },
+               "vertices 4 -> 5, 1 vertex new"}}) {
+        Shape changed = lamp();
+        c.change(changed.meshes[0]);
+        const auto lines = differences(load(lamp(), "old.dts"), load(changed, "new.dts"));
+        EXPECT_EQ(lines, std::vector<std::string>{std::string("! level Detail64: ") + c.words});
+    }
+}
+
 // Exporters keep what they like beside the version.
 TEST(Inspect, VersionWordsAreShownWhole) {
     const struct {
@@ -144,7 +173,7 @@ TEST(Inspect, TreeOfNodesInACircleEnds) {
 TEST(Inspect, FilesThatCannotBeReadAreOneLine) {
     ShapeFile file;
     EXPECT_EQ(loadShapeFile("nowhere.dts", file), "nowhere.dts: No such file or directory");
-    EXPECT_EQ(loadShapeFile("/", file), "/: offset 0: the file can't be read");
+    EXPECT_EQ(loadShapeFile("/", file), "/: is a folder");
     EXPECT_EQ(loadShapeFile("/dev/null", file), "/dev/null: offset 0: the data ends here, 4 bytes too early");
 }
 

@@ -61,7 +61,8 @@ struct FaultsTest : testing::Test, TestFolder {
 
 bool isOneLine(const std::string& text) { return std::count(text.begin(), text.end(), '\n') == 1; }
 
-constexpr std::array kCalls = {"write", "fsync", "chmod", "link", "rename", "mkdtemp", "fopen64", "close", "fclose"};
+constexpr std::array kCalls = {"write",   "fsync",   "chmod",   "linkat", "rename", "renameat",
+                               "mkdirat", "mkdtemp", "fopen64", "close",  "fclose"};
 
 }  // namespace
 

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <map>
+#include <regex>
 
 #include "tests/files.h"
 #include "tests/standin/scene_of.h"
@@ -26,6 +28,9 @@ struct PlacesTest : testing::Test, TestFolder {
         return runIn(folder, line);
     }
 
+    // As somebody who owns nothing here.
+    static std::string asGuest() { return geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : ""; }
+
     // The files' rights, names and sizes.
     std::string files() const { return runIn(folder, "ls -lAn --time-style=+ | sed 1d | sort").text; }
 };
@@ -34,15 +39,22 @@ struct PlacesTest : testing::Test, TestFolder {
 
 TEST_F(PlacesTest, RefusedOutputIsUntouched) {
     const std::string longName(252, 'n');
+    // The folder as a disk that can't be written to, seen by this run only; some systems allow that to nobody.
+    const std::string readOnlyDisk =
+        "unshare -rm sh -c 'mount --bind . . && mount -o remount,bind,ro . && cd \"$PWD\" && ";
+    const bool hasDisks = runIn(folder, readOnlyDisk + "true'").code == 0;
+    const bool hasGuests = runIn(folder, asGuest() + MARROWFEN_COMMAND " --version").code == 0;
     ASSERT_EQ(runIn(folder,
                     "mkfifo fifo; ln -s t.obj link; ln t.obj hard.scene.json; ln -s loop loop; mkdir dir; "
                     "ln -s t.dts.log both.dts; echo old > ro; chmod 400 ro; cp t.scene.json ro.scene.json; "
                     "chmod 444 ro.scene.json; ln -s fifo f.dts; mknod null c 1 3; mkdir textured_0.png; "
-                    "cp /usr/share/assimp/models/glTF2/BoxTextured-glTF-Embedded/BoxTextured.gltf textured.gltf; true")
+                    "cp /usr/share/assimp/models/glTF2/BoxTextured-glTF-Embedded/BoxTextured.gltf textured.gltf; "
+                    "mkdir closed; chmod 555 closed; echo old > closed/old.scene.json; chmod 644 closed/old.scene.json")
                   .code,
               0);
     struct Case {
         std::string line, text;
+        bool canBeTried = true;
     };
     for (const Case& c : std::vector<Case>{
              {"import t.obj /dev/full", "/dev/full: not a regular file"},
@@ -66,7 +78,14 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
              {"ulimit -f 0; COMMAND view t.dts n.glb", "n.glb: File too large"},
              {"export textured.gltf textured.dts", "textured_0.png: Is a directory"},
              {"ulimit -f 0; COMMAND add-node t.scene.json eye", "t.scene.json: File too large"},
+             {"import t.obj " + std::string(4200, '/') + "o", "/o: File name too long"},
+             {readOnlyDisk + "COMMAND -q export t.obj t.dts'", "t.dts: Read-only file system", hasDisks},
+             {readOnlyDisk + "COMMAND -q import t.obj n.scene.json'", "n.scene.json: Read-only file system", hasDisks},
+             {asGuest() + "COMMAND -q import t.obj closed/n.json", "closed/n.json: Permission denied", hasGuests},
+             {asGuest() + "COMMAND -q add-node closed/old.scene.json eye", "closed/old.scene.json: Permission denied",
+              hasGuests},
          }) {
+        if (!c.canBeTried) continue;
         const std::string before = files();
         const ProgramResult result = run(c.line);
         EXPECT_EQ(result.code, 4) << c.line << "\n" << result.text;
@@ -76,24 +95,90 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
             << result.text;
         EXPECT_EQ(files(), before) << c.line;
     }
+    if (!hasDisks || !hasGuests) GTEST_SKIP() << "no read-only disk or no other user could be had; the rest was tried";
+}
+
+TEST_F(PlacesTest, InputThatCannotBeReadIsOneLine) {
+    const bool hasGuests = runIn(folder, asGuest() + MARROWFEN_COMMAND " --version").code == 0;
+    ASSERT_EQ(runIn(folder,
+                    "mkdir dir.obj dir.dts dir.scene.json; for f in t.obj t.scene.json t.dts; do cp $f closed.${f#t.}; "
+                    "chmod 000 closed.${f#t.}; done; chmod 777 .")
+                  .code,
+              0);
+    for (const std::string command :
+         {"export IN.obj o.dts", "export IN.scene.json o.dts", "inspect IN.dts", "dump IN.dts", "view IN.dts o.glb",
+          "import IN.obj o.scene.json", "explain IN.obj"}) {
+        for (const auto& [name, why] :
+             std::map<std::string, std::string>{{"gone", "No such file or directory"},
+                                                {"dir", "is a folder"},
+                                                {"closed", "Permission denied"},
+                                                {std::string(5000, 'n'), "File name too long"}}) {
+            if (name == "closed" && !hasGuests) continue;
+            std::string line = command;
+            line.replace(line.find("IN"), 2, name);
+            const ProgramResult result = run((name == "closed" ? asGuest() : "") + "COMMAND -q " + line);
+            EXPECT_EQ(result.code, 3) << line << "\n" << result.text;
+            EXPECT_TRUE(result.text.starts_with("error: " + name + ".") && result.text.find(why) != std::string::npos &&
+                        std::count(result.text.begin(), result.text.end(), '\n') == 1)
+                << line << "\n"
+                << result.text;
+        }
+    }
+    if (!hasGuests) GTEST_SKIP() << "no other user could be had; the rest was tried";
+}
+
+// Cut, emptied, gone and back while runs read it: what they make is of the whole input, or they say one line.
+TEST_F(PlacesTest, InputThatChangesIsReadWholeOrRefused) {
+    ASSERT_EQ(run("true; cp /usr/share/assimp/models/glTF2/BoxTextured-glTF/* .; cp BoxTextured.gltf b.gltf; "
+                  "COMMAND -q export b.gltf b.dts --no-textures; " MARROWFEN_COMMAND " view t.dts t.glb")
+                  .code,
+              0);
+    struct Case {
+        std::string changing, command, output, whole;
+    };
+    for (const Case& c : std::vector<Case>{{"t.obj", "export t.obj o.dts", "o.dts", "t.dts"},
+                                           {"t.obj", "import t.obj o.scene.json", "o.scene.json", "t.scene.json"},
+                                           {"t.scene.json", "export t.scene.json o.dts", "o.dts", "t.dts"},
+                                           {"BoxTextured0.bin", "export b.gltf o.dts --no-textures", "o.dts", "b.dts"},
+                                           {"b.gltf", "export b.gltf o.dts --no-textures", "o.dts", "b.dts"},
+                                           {"t.dts", "view t.dts o.glb", "o.glb", "t.glb"}}) {
+        const std::string change =
+            "cp IN kept; (while test -e kept; do for n in 1 9 30; do head -c $n kept > IN; rm IN; cp kept IN; done; "
+            "done) 2>&- & ";
+        const std::string read =
+            "for i in 1 2 3 4 5 6 7 8 9 10; do rm -f o.*; said=$(COMMAND -q " + c.command +
+            " 2>&1); case $? in 0) cmp " + c.output + " " + c.whole +
+            ";; 3) test $(echo \"$said\" | wc -l) = 1 || echo \"$said\";; *) echo \"$said\";; esac; done; ";
+        const std::string line = std::regex_replace(change, std::regex("IN"), c.changing) + read +
+                                 "mv kept last; wait; cp last " + c.changing;
+        EXPECT_EQ(run(line).text, "") << c.command;
+    }
 }
 
 TEST_F(PlacesTest, OddSurroundingsGiveTheSameFiles) {
     const std::string scene = readFile(folder / "t.scene.json");
     const std::string shape = readFile(folder / "t.dts");
     const std::string log = readFile(folder / "t.dts.log");
+    // In these two, numbers have another point and letters another case.
+    ASSERT_EQ(
+        runIn(folder, "localedef -i de_DE -f ISO-8859-1 ./de_DE && localedef -i tr_TR -f ISO-8859-9 ./tr_TR").code, 0);
     for (const std::string& line : std::vector<std::string>{
              "COMMAND import t.obj o.scene.json <&- >&- 2>&-", "COMMAND import t.obj /dev/stdout 2>&- >o.scene.json",
-             "umask 077; COMMAND import t.obj o.scene.json", "umask 0; COMMAND import t.obj o.scene.json",
-             "env -i COMMAND import t.obj o.scene.json", "LC_ALL=tr_TR.UTF-8 COMMAND import t.obj o.scene.json",
-             "ln -s o.scene.json l; COMMAND import t.obj l; rm l"}) {
+             "umask 077; COMMAND import t.obj o.scene.json; test $(stat -c %a o.scene.json) = 600",
+             "umask 0; COMMAND import t.obj o.scene.json; test $(stat -c %a o.scene.json) = 666",
+             "env -i COMMAND import t.obj o.scene.json", "HOME=/none TMPDIR=/none COMMAND import t.obj o.scene.json",
+             "LOCPATH=$PWD LC_ALL=tr_TR COMMAND import t.obj o.scene.json",
+             "LOCPATH=$PWD LC_ALL=de_DE COMMAND import t.obj o.scene.json",
+             "ln -s o.scene.json l; COMMAND import t.obj l; rm l",
+             "d=" + std::string(3800, '/') + "$PWD; COMMAND import $d/t.obj $d/o.scene.json",
+             "COMMAND import t.obj '\xFF\xFE.json'; mv ?\xFE.json o.scene.json"}) {
         EXPECT_EQ(run(line).code, 0) << line;
         EXPECT_EQ(readFile(folder / "o.scene.json"), scene) << line;
         fs::remove(folder / "o.scene.json");
     }
-    for (const std::string& line :
-         std::vector<std::string>{"COMMAND -v export t.obj o.dts 2>&-", "COMMAND -v export t.obj o.dts >&- <&- 2>&-",
-                                  "env -i COMMAND export t.obj o.dts"}) {
+    for (const std::string& line : std::vector<std::string>{
+             "COMMAND -v export t.obj o.dts 2>&-", "COMMAND -v export t.obj o.dts >&- <&- 2>&-",
+             "env -i COMMAND export t.obj o.dts", "LOCPATH=$PWD LC_ALL=de_DE COMMAND export t.obj o.dts"}) {
         EXPECT_EQ(run(line).code, 0) << line;
         EXPECT_EQ(readFile(folder / "o.dts"), shape) << line;
         EXPECT_EQ(readFile(folder / "o.dts.log"), log) << line;

@@ -69,8 +69,12 @@ extern "C" {
 MARROWFEN_FAILING(ssize_t, write, (int file, const void* bytes, size_t size), (file, bytes, size), -1)
 MARROWFEN_FAILING(int, fsync, (int file), (file), -1)
 MARROWFEN_FAILING(int, chmod, (const char* path, mode_t mode), (path, mode), -1)
-MARROWFEN_FAILING(int, link, (const char* from, const char* to), (from, to), -1)
+MARROWFEN_FAILING(int, linkat, (int folder, const char* from, int other, const char* to, int flags),
+                  (folder, from, other, to, flags), -1)
 MARROWFEN_FAILING(int, rename, (const char* from, const char* to), (from, to), -1)
+MARROWFEN_FAILING(int, renameat, (int folder, const char* from, int other, const char* to), (folder, from, other, to),
+                  -1)
+MARROWFEN_FAILING(int, mkdirat, (int folder, const char* path, mode_t mode), (folder, path, mode), -1)
 MARROWFEN_FAILING(char*, mkdtemp, (char* path), (path), nullptr)
 MARROWFEN_FAILING(FILE*, fopen64, (const char* path, const char* mode), (path, mode), nullptr)
 // These have closed the file all the same.
