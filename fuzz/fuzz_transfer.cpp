@@ -5,17 +5,20 @@
 
 #include "fuzz/require.h"
 #include "fuzz/scene_export.h"
-#include "standin/import/scene_transfer.h"
+#include "standin/import/model_import.h"
 
 using namespace marrowfen;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
-    const standin::LoadResult result = standin::unpackResult(bytes, "fuzz.model");
+    const standin::ImportResult result = standin::unpackImport(bytes, "fuzz.model");
     REQUIRE(result.scene.has_value() == result.error.empty());
+    for (const auto& file : result.files) REQUIRE(file.path.find_first_of("\n\r\x1B") == std::string::npos);
+    for (const auto& [name, content] : result.textures) REQUIRE(name.find_first_of("/\\\n") == std::string::npos);
     if (!result.scene) return 0;
-    const standin::LoadResult again = standin::unpackResult(standin::packResult({result.scene, {}, {}}), "again");
-    REQUIRE(again.scene == result.scene);
+    const standin::ImportResult again = standin::unpackImport(standin::packImport(result), "again");
+    REQUIRE(again.scene == result.scene && again.warnings.size() >= result.warnings.size());
+    REQUIRE(again.details == result.details && again.textures == result.textures);
     exportBoth(*result.scene);
     return 0;
 }
