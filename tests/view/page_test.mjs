@@ -8,6 +8,33 @@ const [folder, ...pages] = process.argv.slice(2);
 const failures = [];
 const picture = { x: 20, y: 80, width: 360, height: 300 }; // the model, without the words
 
+// The ways out of the page that its policy leaves open.
+function reached(page) {
+  return page.evaluate(async () => {
+    const outside = 'https://outside.invalid/';
+    const tag = (name, more) => () => document.body.append(Object.assign(document.createElement(name), more));
+    const open = [];
+    for (const [way, go] of Object.entries({
+      'img-src': tag('img', { src: outside }),
+      'script-src-elem': tag('script', { src: outside }),
+      'style-src-elem': tag('link', { rel: 'stylesheet', href: outside }),
+      'frame-src': tag('iframe', { src: outside }),
+      'media-src': tag('audio', { src: outside }),
+      'connect-src': () => fetch(outside).catch(() => {}),
+      'base-uri': tag('base', { href: outside }),
+      'form-action': () => { const form = document.createElement('form'); form.action = outside; document.body.append(form); form.submit(); },
+    })) {
+      const isStopped = new Promise((done) => {
+        document.addEventListener('securitypolicyviolation', (event) => { if (event.effectiveDirective === way) done(true); });
+        setTimeout(() => done(false), 5000);
+      });
+      go();
+      if (!await isStopped) open.push(way);
+    }
+    return open.join(', ');
+  });
+}
+
 async function testPage(path) {
   const { browser, page, faults } = await openOffline({ width: 720, height: 480 });
   const expect = (good, what) => { if (!good) failures.push(`${basename(path)}: ${what}`); };
@@ -84,6 +111,8 @@ async function testPage(path) {
     await sequences[0].click();
   }
   expect(faults.length === 0, faults.join('; '));
+  const open = await reached(page);
+  expect(open === '', `the page reaches outside by ${open}`);
   await browser.close();
 }
 
