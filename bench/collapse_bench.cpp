@@ -1,4 +1,5 @@
 #include "bench/compare.h"
+#include "bench/worst_meshes.h"
 #include "mesh/normal_encoding.h"
 #include "mesh/normal_table.h"
 #include "shape/shape.h"
@@ -103,6 +104,17 @@ void vertices(benchmark::internal::Benchmark* b) {
 BENCHMARK(collapse)->Apply(vertices);
 BENCHMARK(normals)->Apply(vertices);
 BENCHMARK(encode)->Arg(60000)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+
+const bool hasWorst = bench::registerWorst("collapse", [](Mesh& mesh) {
+    Shape shape;
+    std::vector<int32_t> groups(mesh.vertexes.size(), 1), remap;
+    shape.collapseVertices(mesh, groups, remap);
+});
+const bool hasWorstNormals = bench::registerWorst("normals", [](Mesh& mesh) {
+    Shape shape;
+    const std::vector<int32_t> groups(mesh.vertexes.size(), 1);
+    shape.computeNormals(mesh.primitives, mesh.indices, mesh.vertexes, mesh.normals, groups, mesh.vertsPerFrame, 1, {});
+});
 
 }  // namespace
 }  // namespace marrowfen

@@ -3,6 +3,7 @@
 #include <cfloat>
 
 #include "bench/compare.h"
+#include "bench/worst_meshes.h"
 #include "tests/plain/mesh_makers.h"
 #include "tests/plain/plain_decimate.h"
 
@@ -78,6 +79,9 @@ BENCHMARK(decimateShuffledTorus)->Apply(sides);
 BENCHMARK(decimateSphere)->Apply(sides);
 BENCHMARK(decimateClosedFan)->Apply(triangles);
 BENCHMARK(decimateSoup)->Apply(triangles);
+
+const bool hasWorst = bench::registerWorst(
+    "decimate", [](Mesh& mesh) { mesh.decimate(kPercent); }, "book");
 
 }  // namespace
 }  // namespace marrowfen

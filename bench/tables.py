@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the benchmarks and puts their figures into the tables of docs/performance.md.
 
-bench/tables.py [--print] [SECTION ...]: all sections, or strip, decimate, levels, sort, collapse, export, growth.
+bench/tables.py [--print] [SECTION ...]: all sections, or strip, decimate, levels, sort, collapse, export, worst, growth.
 Build first: scripts/build bench marrowfen_bench
 """
 
@@ -25,6 +25,7 @@ SECTIONS = {
     "sort": ("^sort", [("faces", "faces"), ("ours, µs", "time"), ("x_plain", "x_plain")]),
     "collapse": ("^(collapse|normals|encode)", [("vertices", "argument"), ("ours, µs", "time"), ("x_plain", "x_plain")]),
     "export": ("^(merge|export)", [("size", "argument"), ("ours, µs", "time"), ("x_plain", "x_plain")]),
+    "worst": ("^worst", [("faces", "faces"), ("ours, ms", "time")]),
     "growth": ("^growth", [("faces", "faces"), ("ours, ms", "time"), ("exponent", "exponent")]),
 }
 
@@ -47,7 +48,7 @@ def table(section):
         parts = run["name"].split("/")
         numbers = [p for p in parts if p.isdigit()]
         values = dict(run, time=run["real_time"], argument=" × ".join(f"{int(n):,}" for n in numbers))
-        name = parts[0] if section != "growth" else f"{parts[1]}, {parts[2]}"
+        name = f"{parts[1]}, {parts[2]}" if section in ("worst", "growth") else parts[0]
         lines.append(f"| {name} | " + " | ".join(figure(values.get(counter)) for _, counter in columns) + " |")
     return "\n".join(lines)
 

@@ -1,11 +1,12 @@
 // How long whole programs take for one model: the shape of it, and what gltfpack and assimp make of it.
 // usage: node speed.mjs MARROWFEN WORK_FOLDER ROUNDS
-// Two models: 50,000 triangles that stand still, and a figure of 60 bones with 76 clips. The rounds of the programs
-// alternate; the table has the median of each and its ratio to gltfpack's.
+// Two models: 50,000 triangles that stand still, and a figure of 60 bones with 76 clips. Rounds take the programs in
+// turn, there and back, as each finds the memory and the disk as the one before has left them; the table has the median
+// of each and its ratio to gltfpack's. Then 1,000 small models.
 
 import { Accessor, Document, NodeIO } from '@gltf-transform/core';
 import { execFileSync, spawnSync } from 'node:child_process';
-import { mkdirSync, writeFileSync } from 'node:fs';
+import { mkdirSync, rmSync, writeFileSync } from 'node:fs';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
@@ -106,6 +107,30 @@ function milliseconds(command, words) {
 
 const median = (times) => times.sort((a, b) => a - b)[Math.floor(times.length / 2)];
 
+// 1,000 small models in a folder each time new: one command beside a loop that starts assimp for each.
+function timeMany(ending, write) {
+  const folder = join(work, `many-${ending}`);
+  mkdirSync(folder, { recursive: true });
+  const names = Array.from({ length: 1000 }, (_, k) => join(folder, `sheet${k}.${ending}`));
+  names.forEach(write);
+  writeFileSync(join(folder, 'list'), names.join('\n'));
+  const out = join(folder, 'out');
+  rmSync(out, { recursive: true, force: true });
+  const ours = milliseconds(marrowfen, ['-q', 'export', `@${join(folder, 'list')}`, '--out-dir', out]);
+  const loop = `for f in ${folder}/*.${ending}; do assimp export $f ${folder}/made.fbx; done`;
+  const theirs = milliseconds('sh', ['-c', loop]);
+  console.log(`| ${ending} | ${(ours / 1000).toFixed(2)} s | ${(theirs / 1000).toFixed(2)} s | ${(theirs / ours).toFixed(1)} |`);
+}
+
+// A sheet of 128 triangles as the text of an OBJ file.
+function sheetText() {
+  const { positions, uvs, indices } = tube(8, 8);
+  const rows = (word, list, width) =>
+    Array.from({ length: list.length / width }, (_, k) => `${word} ${list.slice(width * k, width * k + width).join(' ')}\n`).join('');
+  const corners = indices.map((i) => `${i + 1}/${i + 1}`);
+  return rows('v', positions, 3) + rows('vt', uvs, 2) + rows('f', corners, 3);
+}
+
 mkdirSync(work, { recursive: true });
 const io = new NodeIO();
 const hasAssimp = spawnSync('assimp', ['version']).status === 0;
@@ -120,8 +145,20 @@ for (const [name, made] of [['50,000 triangles', makeStill()], ['60 bones, 76 cl
   execFileSync(marrowfen, ['-q', 'export', model, `${model}.dts`, '--with-animation']);
   const times = programs.map(() => []);
   for (let round = 0; round < Number(rounds); round += 1) {
-    programs.forEach(([command, words], p) => times[p].push(milliseconds(command, words)));
+    const order = [...programs.keys()];
+    if (round % 2 === 1) order.reverse();
+    order.forEach((p) => times[p].push(milliseconds(...programs[p])));
   }
   const each = times.map(median);
   console.log(`| ${name} | ${each.map((ms) => `${ms.toFixed(0)} ms`).join(' | ')} | ${(each[0] / each[1]).toFixed(2)} |`);
+}
+
+if (hasAssimp) {
+  console.log('\n| 1,000 small models | marrowfen export | a loop over assimp export | ratio |');
+  console.log('|---|---|---|---|');
+  const maker = new Maker();
+  maker.scene.addChild(maker.mesh(tube(8, 8)).node);
+  const binary = await io.writeBinary(maker.document);
+  timeMany('obj', (name) => writeFileSync(name, sheetText()));
+  timeMany('glb', (name) => writeFileSync(name, binary));
 }
