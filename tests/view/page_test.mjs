@@ -26,7 +26,7 @@ function reached(page) {
     })) {
       const isStopped = new Promise((done) => {
         document.addEventListener('securitypolicyviolation', (event) => { if (event.effectiveDirective === way) done(true); });
-        setTimeout(() => done(false), 5000);
+        setTimeout(() => done(false), 30000);
       });
       go();
       if (!await isStopped) open.push(way);
@@ -44,13 +44,22 @@ async function testPage(path) {
     return (await page.screenshot({ clip: picture })).toString('base64');
   };
 
-  // Drawing in software lags behind; a picture gets some seconds to become what is expected.
-  const expectPicture = async (wanted, what) => {
-    for (let tries = 0; tries < 10; tries += 1) {
-      if (wanted(await shot())) return;
-      await page.waitForTimeout(300);
+  // Drawing in software lags behind: pictures are taken until one is as wanted, for half a minute.
+  const shotThatIs = async (wanted) => {
+    const end = Date.now() + 30000;
+    for (;;) {
+      const now = await shot();
+      if (wanted(now)) return now;
+      if (Date.now() > end) return undefined;
+      await page.waitForTimeout(100);
     }
-    expect(false, what);
+  };
+  const expectPicture = async (wanted, what) => expect(await shotThatIs(wanted) !== undefined, what);
+  const steadyShot = async () => {
+    let last = await shot();
+    const steady = await shotThatIs((now) => { const isSame = now === last; last = now; return isSame; });
+    expect(steady !== undefined, 'the picture does not come to rest');
+    return steady;
   };
 
   await page.goto(`file://${resolve(path)}`);
@@ -64,7 +73,7 @@ async function testPage(path) {
   // Toggles change the picture and change it back.
   for (const toggle of await page.locator('#show button').all()) {
     const name = await toggle.textContent();
-    const before = await shot();
+    const before = await steadyShot();
     await toggle.click();
     await expectPicture((now) => now !== before, `"${name}" changes nothing`);
     await toggle.click();
@@ -75,7 +84,7 @@ async function testPage(path) {
     const buttons = await page.locator(`#${section} button`, { hasNotText: 'As seen' }).all();
     for (const button of buttons.slice(1).concat(buttons.slice(0, 1))) {
       const name = await button.textContent();
-      const before = await shot();
+      const before = await steadyShot();
       const said = await page.textContent('#stats');
       const single = buttons.length === 1;
       await button.click();
@@ -87,7 +96,7 @@ async function testPage(path) {
   // Sequences move the model, stop and can be set by hand.
   const sequences = await page.locator('#sequences .row button').all();
   if (sequences.length > 1) {
-    const still = await shot();
+    const still = await steadyShot();
     await sequences[1].click();
     await page.click('#play');
     expect(await page.getAttribute('#play', 'aria-pressed') === 'false', 'pause does not pause');
@@ -97,8 +106,7 @@ async function testPage(path) {
     }, share);
     await slide(0.4);
     await expectPicture((now) => now !== still, 'the time slider moves nothing');
-    await page.waitForTimeout(500);
-    const midway = await shot();
+    const midway = await steadyShot();
     await slide(0.1);
     await expectPicture((now) => now !== midway, 'another time gives the same picture');
     await slide(0.4);
@@ -106,8 +114,8 @@ async function testPage(path) {
     await page.screenshot({ path: join(folder, `${basename(path)}-midway.png`) });
     await page.keyboard.press('f');
     await page.click('#play');
-    await page.waitForTimeout(300);
-    expect(Number(await page.inputValue('#time')) !== 0.4, 'playing does not move the slider');
+    const moves = page.waitForFunction(() => Number(document.getElementById('time').value) !== 0.4, null, { timeout: 30000 });
+    expect(await moves.then(() => true, () => false), 'playing does not move the slider');
     await sequences[0].click();
   }
   expect(faults.length === 0, faults.join('; '));
