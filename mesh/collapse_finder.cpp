@@ -132,10 +132,25 @@ CollapseFinder::Collapse CollapseFinder::closest(uint32_t vertex, std::span<cons
     return best;
 }
 
+// Where most faces lie in few planes, the same few normals come again and again.
+uint32_t CollapseFinder::placeOfNormal(const Point3& normal) {
+    constexpr size_t kMostCompared = 4;
+    for (size_t i = 0; i < std::min(normals_.size(), kMostCompared); ++i) {
+        if (normals_[i] == normal) return static_cast<uint32_t>(i);
+    }
+    normals_.push_back(normal);
+    return static_cast<uint32_t>(normals_.size() - 1);
+}
+
 void CollapseFinder::collectNormals(std::span<const uint32_t> faces) {
-    blocks_.resize((faces.size() + Block::kSize - 1) / Block::kSize);
+    normals_.clear();
+    normalsOf_.resize(faces.size());
+    for (size_t i = 0; i < faces.size(); ++i) normalsOf_[i] = placeOfNormal(faces_.normal(faces[i]));
+    for (uint32_t& side : sides_) side = normalsOf_[side];
+
+    blocks_.resize((normals_.size() + Block::kSize - 1) / Block::kSize);
     for (size_t i = 0; i < blocks_.size() * Block::kSize; ++i) {
-        const Point3& normal = faces_.normal(faces[std::min(i, faces.size() - 1)]);
+        const Point3& normal = normals_[std::min(i, normals_.size() - 1)];
         Block& block = blocks_[i / Block::kSize];
         block.x[i % Block::kSize] = normal.x;
         block.y[i % Block::kSize] = normal.y;

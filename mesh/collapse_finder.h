@@ -70,6 +70,7 @@ private:
     Collapse cheapestOfMany(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces,
                             uint32_t hint);
     void collectNormals(std::span<const uint32_t> faces);
+    uint32_t placeOfNormal(const Point3& normal);
     void collectSides(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
     size_t borderSlot() const;
     void tryNeighbor(size_t slot, float length, bool onBorder, Best& best);
@@ -86,10 +87,12 @@ private:
     FaceTable& faces_;
 
     // Of the vertex looked at.
-    std::vector<Block> blocks_;  // normals of its faces; the last one fills up the last block
+    std::vector<Point3> normals_;      // of its faces, equal ones once where that is seen at once
+    std::vector<uint32_t> normalsOf_;  // per face: position of its normal
+    std::vector<Block> blocks_;        // the normals; the last one fills up the last block
     std::vector<FaceAtNeighbor> facesAtNeighbors_;
     std::vector<uint32_t> sideEnds_;  // per neighbour: end of its part of sides_
-    std::vector<uint32_t> sides_;     // positions of the faces shared with each neighbour
+    std::vector<uint32_t> sides_;     // positions of the faces shared with each neighbour, then of their normals
     size_t decidingBlock_ = 0;        // block that decided about the neighbour tried last
 };
 
