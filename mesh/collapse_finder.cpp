@@ -25,11 +25,6 @@ float curvatureOf(float alignment) {
     return most > 0.0F ? most : 0.0F;
 }
 
-CollapseFinder::CollapseFinder(const std::vector<Point3>& positions, FaceTable& faces) : faces_(faces) {
-    sites_.reserve(positions.size());
-    for (const Point3& p : positions) sites_.push_back({p});
-}
-
 float CollapseFinder::lengthTo(uint32_t vertex, uint32_t neighbor) const {
     return length(sites_[neighbor].position - sites_[vertex].position);
 }

@@ -22,7 +22,7 @@ public:
     static constexpr uint32_t kNone = 0xFFFFFFFF;
 
     // The tables must outlive this; faces may change.
-    CollapseFinder(const std::vector<Point3>& positions, FaceTable& faces);
+    CollapseFinder(std::vector<Site>& sites, FaceTable& faces) : sites_(sites), faces_(faces) {}
 
     struct Collapse {
         uint32_t target = kNone;
@@ -77,13 +77,7 @@ private:
     float leastAlignment(size_t slot, float length, const Best& best);
     float leastAlignment(size_t slot, const Block& block) const;
 
-    // A vertex, with its position among the neighbours of the one looked at, if it is one.
-    struct Site {
-        Point3 position;
-        uint32_t slot = 0;
-    };
-
-    std::vector<Site> sites_;  // per vertex
+    std::vector<Site>& sites_;  // per vertex; the slots are changed
     FaceTable& faces_;
 
     // Of the vertex looked at.

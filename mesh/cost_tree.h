@@ -27,6 +27,7 @@ public:
     // Not for a cost that isn't a number.
     void set(uint32_t number, float cost) {
         assert(number < leafCount_ && !std::isnan(cost));
+        if (nodes_[leafCount_ + number].cost == cost) return;
         nodes_[leafCount_ + number].cost = cost;
         for (size_t node = (leafCount_ + number) / 2; node > 0; node /= 2) {
             const Entry& left = nodes_[2 * node];

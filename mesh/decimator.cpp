@@ -15,6 +15,7 @@ namespace marrowfen {
 
 namespace {
 
+constexpr size_t kFewNeighbors = 8;  // so many more than a vertex has are marked for it rather than looked for
 constexpr float kLoneVertexCost = -0.01F;  // below every collapse: a vertex without neighbours goes first
 
 // The numbers of a list; scratch takes them where the list has gaps.
@@ -28,23 +29,30 @@ std::span<const uint32_t> numbersOf(const ListPool& lists, uint32_t list, std::v
     return scratch;
 }
 
+std::vector<Site> sitesOf(const Mesh& mesh) {
+    std::vector<Site> sites;
+    sites.reserve(mesh.vertexes.size());
+    for (const Point3& p : mesh.vertexes) sites.push_back({p});
+    return sites;
+}
+
 }  // namespace
 
 Decimator::Decimator(const Mesh& mesh)
-    : positions_(mesh.vertexes),
-      primitives_(mesh.primitives),
-      faces_(positions_, mesh.primitives.size()),
+    : primitives_(mesh.primitives),
+      sites_(sitesOf(mesh)),
+      faces_(sites_, mesh.primitives.size()),
       faceCount_(static_cast<int32_t>(mesh.primitives.size())),
       lists_(2 * mesh.vertexes.size()),
       states_(mesh.vertexes.size() + 1),
       costs_(mesh.vertexes.size()),
-      finder_(positions_, faces_),
-      hubBounds_(positions_, faces_, lists_) {
+      finder_(sites_, faces_),
+      hubBounds_(sites_, faces_, lists_) {
     for (uint32_t f = 0; f < faces_.size(); ++f) {
         const uint32_t* v = &mesh.indices[primitives_[f].firstElement];
         addFace(f, {v[0], v[1], v[2]});
     }
-    for (uint32_t v = 0; v < positions_.size(); ++v) touch(v);
+    for (uint32_t v = 0; v < sites_.size(); ++v) touch(v);
 }
 
 void Decimator::addFace(uint32_t face, const Corners& corners) {
@@ -92,6 +100,27 @@ void Decimator::connectMoved(const Corners& c, uint32_t moved) {
     }
 }
 
+void Decimator::markNeighbors(uint32_t vertex) {
+    for (const uint32_t v : lists_[neighborsOf(vertex)]) {
+        if (v != ListPool::kGap) states_[v].mark = isNeighbor_;
+    }
+}
+
+// The same where the neighbours of the vertex are marked. Who joins them parts from the one that collapses.
+void Decimator::connectMarked(const Corners& c, uint32_t from, uint32_t onto) {
+    if (hasRepeats(c)) {
+        connectCorners(c);
+        for (const uint32_t corner : c) states_[corner].mark = std::max(states_[corner].mark, isNeighbor_);
+        return;
+    }
+    for (const uint32_t corner : c) {
+        if (corner == onto || states_[corner].mark >= isNeighbor_) continue;
+        lists_.append(neighborsOf(onto), corner);
+        lists_.replace(neighborsOf(corner), from, onto);
+        states_[corner].mark = hasJoined_;
+    }
+}
+
 // Neighbours are so mutually: the shorter list tells.
 bool Decimator::areNeighbors(uint32_t a, uint32_t b) const {
     return lists_.size(neighborsOf(a)) < lists_.size(neighborsOf(b)) ? lists_.contains(neighborsOf(a), b)
@@ -117,7 +146,8 @@ void Decimator::partUnlessSharingFace(uint32_t a, uint32_t b) {
 // cost nothing, and at hubs most vertices never come up as the cheapest.
 void Decimator::touch(uint32_t vertex) {
     if (lists_.isEmpty(neighborsOf(vertex))) {
-        states_[vertex] = {};
+        states_[vertex].target = kNone;
+        states_[vertex].isBound = false;
         costs_.set(vertex, kLoneVertexCost);
     } else if (hubBounds_.isHub(vertex)) {
         lists_.tidy(neighborsOf(vertex));
@@ -143,7 +173,8 @@ void Decimator::findCollapse(uint32_t vertex) {
     const CollapseFinder::Collapse found =
         finder_.cheapest(vertex, numbersOf(lists_, neighborsOf(vertex), neighborScratch_),
                          numbersOf(lists_, facesOf(vertex), faceScratch_), state.target);
-    state = {found.target, false};
+    state.target = found.target;
+    state.isBound = false;
     costs_.set(vertex, found.cost);
     if (hubBounds_.isHub(vertex) && costs_.cheapest() != vertex) hubBounds_.watch(vertex, found);
 }
@@ -158,6 +189,8 @@ uint32_t Decimator::findCheapest() {
 void Decimator::collapse(uint32_t from, uint32_t onto) {
     assert(from != onto ||
            lists_.contains(neighborsOf(from), from));  // its own neighbour through a face that repeats it
+    isNeighbor_ += 2;
+    hasJoined_ += 2;
     touched_.clear();
     for (const uint32_t v : lists_[neighborsOf(from)]) {
         if (v == ListPool::kGap || v == from) continue;
@@ -171,7 +204,7 @@ void Decimator::collapse(uint32_t from, uint32_t onto) {
     }
     destroyVertex(from, onto);
     for (const uint32_t face : moved_) hubBounds_.faceChanged(face);
-    fetchTouchedFaces();
+    if (costs_.lowestCost() > 0) fetchTouchedFaces();
     for (const uint32_t v : touched_) touch(v);
 }
 
@@ -210,6 +243,8 @@ void Decimator::destroyFace(uint32_t face, uint32_t from) {
 
 // From the last to the first, one corner at a time.
 void Decimator::moveFaces(uint32_t from, uint32_t onto) {
+    const bool isOntoFew = lists_.size(neighborsOf(onto)) <= lists_.size(neighborsOf(from)) + kFewNeighbors;
+    if (isOntoFew) markNeighbors(onto);
     while (!lists_.isEmpty(facesOf(from))) {
         const uint32_t face = lists_.last(facesOf(from));
         faces_.moveCorner(face, from, onto);
@@ -220,7 +255,11 @@ void Decimator::moveFaces(uint32_t from, uint32_t onto) {
             lists_.removeLast(facesOf(from));
         }
         lists_.append(facesOf(onto), face);
-        connectMoved(corners, onto);
+        if (isOntoFew) {
+            connectMarked(corners, from, onto);
+        } else {
+            connectMoved(corners, onto);
+        }
         moved_.push_back(face);
     }
 }
@@ -228,7 +267,9 @@ void Decimator::moveFaces(uint32_t from, uint32_t onto) {
 // The vertex is known to those that were its neighbours and, for a while, to the one onto which it went.
 void Decimator::destroyVertex(uint32_t vertex, uint32_t onto) {
     assert(lists_.isEmpty(facesOf(vertex)));
-    for (const uint32_t v : touched_) lists_.remove(neighborsOf(v), vertex);
+    for (const uint32_t v : touched_) {
+        if (states_[v].mark != hasJoined_) lists_.remove(neighborsOf(v), vertex);
+    }
     if (onto != kNone) lists_.remove(neighborsOf(onto), vertex);
     lists_.clear(neighborsOf(vertex));
     lists_.clear(facesOf(vertex));
@@ -241,7 +282,7 @@ void Decimator::run(int32_t targetCount) {
     while (faceCount_ > targetCount) {
         const uint32_t cheapest = findCheapest();
         if (costs_.lowestCost() == CostTree::kNever) break;
-        assert(cheapest < positions_.size() && !states_[cheapest].isBound);
+        assert(cheapest < sites_.size() && !states_[cheapest].isBound);
         collapse(cheapest, states_[cheapest].target);
     }
 }

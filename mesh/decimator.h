@@ -28,6 +28,8 @@ private:
     void addFace(uint32_t face, const Corners& corners);
     void connectCorners(const Corners& c);
     void connectMoved(const Corners& c, uint32_t moved);
+    void markNeighbors(uint32_t vertex);
+    void connectMarked(const Corners& c, uint32_t from, uint32_t onto);
     bool areNeighbors(uint32_t a, uint32_t b) const;
     bool shareFace(uint32_t a, uint32_t b) const;
     void partUnlessSharingFace(uint32_t a, uint32_t b);
@@ -45,13 +47,14 @@ private:
 
     static constexpr uint32_t kNone = CollapseFinder::kNone;
 
-    const std::vector<Point3>& positions_;
     const std::vector<Primitive>& primitives_;  // per face, gone ones too: material and polyhedron
     struct State {
         uint32_t target = CollapseFinder::kNone;  // where its cheapest collapse goes, kNone for nowhere
         bool isBound = false;                     // its cost is only known to be no less
+        uint32_t mark = 0;  // relation to the vertex onto which another collapses, in that collapse
     };
 
+    std::vector<Site> sites_;  // per vertex
     FaceTable faces_;
     int32_t faceCount_;
     ListPool lists_;             // per vertex: its neighbours and its faces
@@ -61,6 +64,8 @@ private:
     HubBounds hubBounds_;
     std::vector<uint32_t> touched_;  // neighbours of the vertex that collapses
     std::vector<uint32_t> moved_;    // its faces that go on with another vertex
+    uint32_t isNeighbor_ = 2;        // the mark of one that was its neighbour before
+    uint32_t hasJoined_ = 3;         // of one that has become its neighbour and is no longer the other's
     std::vector<uint32_t> neighborScratch_, faceScratch_;
 };
 

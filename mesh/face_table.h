@@ -15,12 +15,18 @@ namespace marrowfen {
 inline uint32_t neighborsOf(uint32_t vertex) { return 2 * vertex; }
 inline uint32_t facesOf(uint32_t vertex) { return 2 * vertex + 1; }
 
+// A vertex while a mesh is decimated.
+struct Site {
+    Point3 position;
+    uint32_t slot = 0;  // its position among the neighbours of the vertex looked at, if it is one
+};
+
 // The faces while a mesh is decimated, with their normals, which are computed when they are first asked for after a
 // face has moved: where collapses cost nothing, most never are.
 class FaceTable {
 public:
-    // The positions must outlive this.
-    FaceTable(const std::vector<Point3>& positions, size_t faceCount) : positions_(positions), faces_(faceCount) {}
+    // The sites must outlive this.
+    FaceTable(const std::vector<Site>& sites, size_t faceCount) : sites_(sites), faces_(faceCount) {}
 
     size_t size() const { return faces_.size(); }
     const Corners& corners(uint32_t face) const { return faces_[face].corners; }
@@ -46,7 +52,8 @@ public:
         Face& f = faces_[face];
         if (f.isTurned) {
             const auto& [a, b, c] = f.corners;
-            f.normal = normalized(cross(positions_[c] - positions_[b], positions_[b] - positions_[a]));
+            const Point3 &pa = sites_[a].position, &pb = sites_[b].position, &pc = sites_[c].position;
+            f.normal = normalized(cross(pc - pb, pb - pa));
             f.isTurned = false;
         }
         return f.normal;
@@ -63,7 +70,7 @@ private:
         bool isTurned = true;  // since the normal was computed
     };
 
-    const std::vector<Point3>& positions_;
+    const std::vector<Site>& sites_;
     std::vector<Face> faces_;
 };
 

@@ -61,7 +61,7 @@ uint32_t HubBounds::countCommonFaces(uint32_t vertex, uint32_t neighbor) const {
 
 // What the witnesses say. Fewer faces than all make the alignment larger and so the cost smaller, never the other way.
 float HubBounds::boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub) {
-    const float distance = length(positions_[neighbor] - positions_[vertex]);
+    const float distance = length(sites_[neighbor].position - sites_[vertex].position);
     if (hub.border != CollapseFinder::kNone) return distance >= 0 ? distance : 0;
     if (isLarge(neighbor)) return 0;
     std::array<float, kWitnesses> alignments;

@@ -20,8 +20,8 @@ public:
     static constexpr size_t kFewestFaces = 64;
 
     // The tables must outlive this and may change.
-    HubBounds(const std::vector<Point3>& positions, FaceTable& faces, const ListPool& lists)
-        : positions_(positions), faces_(faces), lists_(lists), boundOf_(positions.size()) {}
+    HubBounds(const std::vector<Site>& sites, FaceTable& faces, const ListPool& lists)
+        : sites_(sites), faces_(faces), lists_(lists), boundOf_(sites.size()) {}
 
     bool isHub(uint32_t vertex) const { return isLarge(vertex); }
 
@@ -62,7 +62,7 @@ private:
     float boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub);
     uint32_t countCommonFaces(uint32_t vertex, uint32_t neighbor) const;
 
-    const std::vector<Point3>& positions_;
+    const std::vector<Site>& sites_;
     FaceTable& faces_;
     const ListPool& lists_;
     std::vector<uint32_t> boundOf_;  // per vertex: its place in hubs_ and 1 more, 0 for one that isn't watched

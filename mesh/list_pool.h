@@ -101,6 +101,29 @@ public:
         --entry.end;
     }
 
+    // Removes a number that is there and appends another one.
+    void replace(uint32_t list, uint32_t number, uint32_t by) {
+        List& entry = lists_[list];
+        if (isLong(entry)) {
+            removeFromLong(list, number);
+            append(list, by);
+            return;
+        }
+        uint32_t* const begin = numbers_.data() + entry.begin;
+        uint32_t* const last = begin + entry.end - 1;
+        if (entry.capacity == kFirstCapacity) {
+            bool isPast = false;
+            for (size_t i = 0; i + 1 < kFirstCapacity; ++i) {
+                isPast |= begin[i] == number;
+                begin[i] = begin[i + isPast];
+            }
+        } else {
+            uint32_t* const at = std::find(begin, last, number);
+            std::copy(at + 1, last + 1, at);
+        }
+        *last = by;
+    }
+
     // For a number that stands in the list only once.
     void removeLast(uint32_t list) {
         List& entry = lists_[list];
