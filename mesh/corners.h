@@ -14,6 +14,11 @@ inline uint32_t countCorners(const Corners& face, uint32_t vertex) {
 
 inline bool hasCorner(const Corners& face, uint32_t vertex) { return countCorners(face, vertex) != 0; }
 
+// The first of the corners that is at the vertex, where one is. (Without branches.)
+inline uint32_t findCorner(const Corners& face, uint32_t vertex) {
+    return uint32_t{face[0] != vertex} * (1 + uint32_t{face[1] != vertex});
+}
+
 inline bool hasRepeats(const Corners& c) { return c[0] == c[1] || c[1] == c[2] || c[2] == c[0]; }
 
 }  // namespace marrowfen

@@ -113,8 +113,9 @@ void Decimator::connectMarked(const Corners& c, uint32_t from, uint32_t onto) {
         for (const uint32_t corner : c) states_[corner].mark = std::max(states_[corner].mark, isNeighbor_);
         return;
     }
-    for (const uint32_t corner : c) {
-        if (corner == onto || states_[corner].mark >= isNeighbor_) continue;
+    const uint32_t at = findCorner(c, onto);
+    for (const uint32_t corner : {c[at == 0], c[at == 2 ? 1 : 2]}) {
+        if (states_[corner].mark >= isNeighbor_) continue;
         lists_.append(neighborsOf(onto), corner);
         lists_.replace(neighborsOf(corner), from, onto);
         states_[corner].mark = hasJoined_;
@@ -203,8 +204,11 @@ void Decimator::collapse(uint32_t from, uint32_t onto) {
         moveFaces(from, onto);
     }
     destroyVertex(from, onto);
+    if (costs_.lowestCost() > 0) {
+        for (const uint32_t face : moved_) faces_.normal(face);  // together, as all are about to be asked for
+        fetchTouchedFaces();
+    }
     for (const uint32_t face : moved_) hubBounds_.faceChanged(face);
-    if (costs_.lowestCost() > 0) fetchTouchedFaces();
     for (const uint32_t v : touched_) touch(v);
 }
 
@@ -235,10 +239,9 @@ void Decimator::destroyFace(uint32_t face, uint32_t from) {
     faces_.remove(face);
     --faceCount_;
     for (const uint32_t v : c) lists_.remove(facesOf(v), face);
-    for (size_t i = 0; i < 3; ++i) {
-        const uint32_t a = c[i], b = c[(i + 1) % 3];
-        if (a != from && b != from) partUnlessSharingFace(a, b);
-    }
+    const uint32_t at = findCorner(c, from);
+    const uint32_t a = c[(at + 1) % 3], b = c[(at + 2) % 3];
+    if (a != from && b != from) partUnlessSharingFace(a, b);
 }
 
 // From the last to the first, one corner at a time.

@@ -41,7 +41,7 @@ public:
     void moveCorner(uint32_t face, uint32_t from, uint32_t onto) {
         Corners& corners = faces_[face].corners;
         assert(hasCorner(corners, from));
-        corners[corners[0] == from ? 0 : corners[1] == from ? 1 : 2] = onto;
+        corners[findCorner(corners, from)] = onto;
         faces_[face].isTurned = true;
     }
 
