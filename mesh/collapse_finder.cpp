@@ -104,7 +104,7 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::spa
     const Point3 position = sites[vertex].position;
     for (size_t i = 0; i < neighbors.size(); ++i) {
         const uint32_t side = sides[i], others = side & (side - 1);
-        if (others == 0 && side != 0) return closest(vertex, neighbors);  // it is on a border
+        if (others == 0 && side != 0) return closest(vertex, neighbors, 1);  // it is on a border
         const float distance = length(sites[neighbors[i]].position - position);
         float curvature = 1;
         if (side != 0) {
@@ -118,11 +118,14 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::spa
     return best;
 }
 
-CollapseFinder::Collapse CollapseFinder::closest(uint32_t vertex, std::span<const uint32_t> neighbors) const {
+// All edges have the same curvature.
+CollapseFinder::Collapse CollapseFinder::closest(uint32_t vertex, std::span<const uint32_t> neighbors,
+                                                 float curvature) const {
     Collapse best;
     for (const uint32_t neighbor : neighbors) {
-        const float cost = lengthTo(vertex, neighbor);
+        const float cost = lengthTo(vertex, neighbor) * curvature;
         if (cost < best.cost) best = {neighbor, cost};
+        if (best.cost == 0) break;
     }
     return best;
 }
@@ -141,8 +144,6 @@ void CollapseFinder::collectNormals(std::span<const uint32_t> faces) {
     normals_.clear();
     normalsOf_.resize(faces.size());
     for (size_t i = 0; i < faces.size(); ++i) normalsOf_[i] = placeOfNormal(faces_.normal(faces[i]));
-    for (uint32_t& side : sides_) side = normalsOf_[side];
-
     blocks_.resize((normals_.size() + Block::kSize - 1) / Block::kSize);
     for (size_t i = 0; i < blocks_.size() * Block::kSize; ++i) {
         const Point3& normal = normals_[std::min(i, normals_.size() - 1)];
@@ -153,42 +154,43 @@ void CollapseFinder::collectNormals(std::span<const uint32_t> faces) {
     }
 }
 
-// Finds the faces that each neighbour shares with the vertex. The vertex can be its own neighbour, through a face that
-// has it twice.
-void CollapseFinder::collectSides(uint32_t vertex, std::span<const uint32_t> neighbors,
-                                  std::span<const uint32_t> faces) {
+// Calls work with the slot of each of the face's neighbours, each once however often the face uses it. The vertex can be
+// its own neighbour, through a face that has it twice.
+template <class Work>
+void CollapseFinder::forEachSlot(uint32_t face, const Work& work) const {
+    const auto [a, b, c] = faces_.corners(face);
+    const uint32_t slots[] = {sites_[a].slot, b == a ? kNone : sites_[b].slot, c == a || c == b ? kNone : sites_[c].slot};
+    for (const uint32_t slot : slots) {
+        if (slot != kNone) work(slot);
+    }
+}
+
+// Counts the faces that each neighbour shares with the vertex.
+void CollapseFinder::countSides(uint32_t vertex, std::span<const uint32_t> neighbors,
+                                std::span<const uint32_t> faces) {
     sites_[vertex].slot = kNone;
     for (size_t i = 0; i < neighbors.size(); ++i) sites_[neighbors[i]].slot = static_cast<uint32_t>(i);
-
-    // Count each neighbour's faces, each once however often it uses the neighbour.
     sideEnds_.assign(neighbors.size() + 1, 0);
-    facesAtNeighbors_.resize(3 * faces.size());
-    size_t count = 0;
-    const auto add = [&](uint32_t corner, uint32_t face) {
-        const uint32_t slot = sites_[corner].slot;
-        if (slot == kNone) return;
-        ++sideEnds_[slot + 1];
-        facesAtNeighbors_[count++] = {slot, face};
-    };
-    for (uint32_t f = 0; f < faces.size(); ++f) {
-        const auto [a, b, c] = faces_.corners(faces[f]);
-        add(a, f);
-        if (b != a) add(b, f);
-        if (c != a && c != b) add(c, f);
+    for (const uint32_t face : faces) {
+        forEachSlot(face, [&](uint32_t slot) { ++sideEnds_[slot + 1]; });
     }
+}
 
-    // Fill from the starts, which turns them into ends.
+// Lists them by their normals.
+void CollapseFinder::collectSides(std::span<const uint32_t> faces) {
     for (size_t i = 1; i < sideEnds_.size(); ++i) sideEnds_[i] += sideEnds_[i - 1];
-    sides_.resize(count);
-    assert(sideEnds_.back() == count);
-    for (size_t i = 0; i < count; ++i) sides_[sideEnds_[facesAtNeighbors_[i].slot]++] = facesAtNeighbors_[i].face;
+    sides_.resize(sideEnds_.back());
+    for (size_t f = 0; f < faces.size(); ++f) {
+        // Each is filled from its start, which turns that into its end.
+        forEachSlot(faces[f], [&](uint32_t slot) { sides_[sideEnds_[slot]++] = normalsOf_[f]; });
+    }
 }
 
 // The last neighbour that shares exactly one face; the number of neighbours for none.
 size_t CollapseFinder::borderSlot() const {
     const size_t count = sideEnds_.size() - 1;
     for (size_t i = count; i-- > 0;) {
-        if (sideEnds_[i] - (i == 0 ? 0 : sideEnds_[i - 1]) == 1) return i;
+        if (sideEnds_[i + 1] == 1) return i;
     }
     return count;
 }
@@ -226,31 +228,35 @@ float CollapseFinder::leastAlignment(size_t slot, float length, const Best& best
     return least;
 }
 
-void CollapseFinder::tryNeighbor(size_t slot, float length, bool onBorder, Best& best) {
+void CollapseFinder::tryNeighbor(uint32_t vertex, uint32_t neighbor, Best& best) {
+    const uint32_t slot = sites_[neighbor].slot;
     if (best.isWorse(0, slot)) return;  // no cost is less than 0
-    const float cost = onBorder || length == 0 ? length : length * curvatureOf(leastAlignment(slot, length, best));
+    const float length = lengthTo(vertex, neighbor);
+    const float cost = length == 0 ? length : length * curvatureOf(leastAlignment(slot, length, best));
     if (cost < best.cost || (cost == best.cost && cost < kInfinity && slot < best.slot)) best = {slot, cost};
 }
 
 CollapseFinder::Collapse CollapseFinder::cheapestOfMany(uint32_t vertex, std::span<const uint32_t> neighbors,
                                                         std::span<const uint32_t> faces, uint32_t hint) {
-    collectSides(vertex, neighbors, faces);
+    // On a border, or with all faces in one plane, no edge has another curvature.
+    countSides(vertex, neighbors, faces);
     const size_t border = borderSlot();
-    const bool onBorder = border < neighbors.size();
-    if (!onBorder) collectNormals(faces);
+    if (border < neighbors.size()) {
+        Collapse found = closest(vertex, neighbors, 1);
+        found.border = neighbors[border];
+        return found;
+    }
+    collectNormals(faces);
+    if (normals_.size() == 1) return closest(vertex, neighbors, curvatureOf(dot(normals_[0], normals_[0])));
+
+    collectSides(faces);
     Best best{neighbors.size(), kInfinity};
     if (hint != kNone && sites_[hint].slot < neighbors.size() && neighbors[sites_[hint].slot] == hint) {
-        tryNeighbor(sites_[hint].slot, lengthTo(vertex, hint), onBorder, best);
+        tryNeighbor(vertex, hint, best);
     }
-    for (size_t i = 0; i < neighbors.size(); ++i) tryNeighbor(i, lengthTo(vertex, neighbors[i]), onBorder, best);
-
-    Collapse found;
-    if (onBorder) found.border = neighbors[border];
-    if (best.slot < neighbors.size()) {
-        found.target = neighbors[best.slot];
-        found.cost = best.cost;
-    }
-    return found;
+    for (const uint32_t neighbor : neighbors) tryNeighbor(vertex, neighbor, best);
+    if (best.slot == neighbors.size()) return {};
+    return {neighbors[best.slot], best.cost};
 }
 
 CollapseFinder::Collapse CollapseFinder::cheapest(uint32_t vertex, std::span<const uint32_t> neighbors,

@@ -48,11 +48,6 @@ private:
         Lanes x, y, z;
     };
 
-    // A face, by its position among the vertex's faces, and a neighbour that it uses.
-    struct FaceAtNeighbor {
-        uint32_t slot, face;
-    };
-
     struct Best {
         size_t slot;
         float cost;
@@ -66,14 +61,17 @@ private:
     struct FewFaces;
     template <size_t kBlocks>
     Collapse cheapestOfFew(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
-    Collapse closest(uint32_t vertex, std::span<const uint32_t> neighbors) const;
+    Collapse closest(uint32_t vertex, std::span<const uint32_t> neighbors, float curvature) const;
     Collapse cheapestOfMany(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces,
                             uint32_t hint);
     void collectNormals(std::span<const uint32_t> faces);
     uint32_t placeOfNormal(const Point3& normal);
-    void collectSides(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
+    template <class Work>
+    void forEachSlot(uint32_t face, const Work& work) const;
+    void countSides(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
+    void collectSides(std::span<const uint32_t> faces);
     size_t borderSlot() const;
-    void tryNeighbor(size_t slot, float length, bool onBorder, Best& best);
+    void tryNeighbor(uint32_t vertex, uint32_t neighbor, Best& best);
     float leastAlignment(size_t slot, float length, const Best& best);
     float leastAlignment(size_t slot, const Block& block) const;
 
@@ -84,9 +82,8 @@ private:
     std::vector<Point3> normals_;      // of its faces, equal ones once where that is seen at once
     std::vector<uint32_t> normalsOf_;  // per face: position of its normal
     std::vector<Block> blocks_;        // the normals; the last one fills up the last block
-    std::vector<FaceAtNeighbor> facesAtNeighbors_;
-    std::vector<uint32_t> sideEnds_;  // per neighbour: end of its part of sides_
-    std::vector<uint32_t> sides_;     // positions of the faces shared with each neighbour, then of their normals
+    std::vector<uint32_t> sideEnds_;   // per neighbour: how many faces it shares; then the end of its part of sides_
+    std::vector<uint32_t> sides_;      // positions of the normals of the faces shared with each neighbour
     size_t decidingBlock_ = 0;        // block that decided about the neighbour tried last
 };
 

@@ -28,14 +28,13 @@ public:
         } while (count > 1);
     }
 
-    float lowestCost() const { return lowestOf(levels_.back()[0]); }
+    float lowestCost() const { return lowest_; }
     float costOf(uint32_t number) const { return levels_[0][number / kGroupSize].costs[number % kGroupSize]; }
 
     uint32_t cheapest() const {
-        const float lowest = lowestCost();
         uint32_t number = 0;
         for (size_t level = levels_.size(); level-- > 0;) {
-            number = number * kGroupSize + firstPlaceOf(lowest, levels_[level][number]);
+            number = number * kGroupSize + firstPlaceOf(lowest_, levels_[level][number]);
         }
         return number;
     }
@@ -46,7 +45,11 @@ public:
         for (size_t level = 0; level < levels_.size(); ++level) {
             Group& group = levels_[level][number / kGroupSize];
             const float before = std::exchange(group.costs[number % kGroupSize], cost);
-            if (before == cost || level + 1 == levels_.size()) return;
+            if (before == cost) return;
+            if (level + 1 == levels_.size()) {
+                lowest_ = lowestOf(group);
+                return;
+            }
             number /= kGroupSize;
             const float lowest = levels_[level + 1][number / kGroupSize].costs[number % kGroupSize];
             if (cost < lowest) continue;
@@ -92,6 +95,7 @@ private:
     }
 
     std::vector<Level> levels_;  // from the costs themselves up to one group
+    float lowest_ = kNever;
 };
 
 }  // namespace marrowfen

@@ -77,9 +77,7 @@ float HubBounds::boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub) {
     return bound >= 0 ? bound : 0;
 }
 
-void HubBounds::faceChanged(uint32_t face) {
-    if (hubs_.empty()) return;
-    const Corners& corners = faces_.corners(face);
+void HubBounds::enterBounds(const Corners& corners) {
     for (const uint32_t vertex : corners) {
         if (boundOf_[vertex] == 0) continue;
         Hub& hub = hubs_[boundOf_[vertex] - 1];

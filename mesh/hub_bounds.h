@@ -34,7 +34,11 @@ public:
 
     // To be called when the face was moved or turned, for each of its corners, once all lists and normals are right
     // again; no call is needed for a face that is gone.
-    void faceChanged(uint32_t face);
+    void faceChanged(uint32_t face) {
+        if (hubs_.empty()) return;
+        const auto& [a, b, c] = faces_.corners(face);
+        if ((boundOf_[a] | boundOf_[b] | boundOf_[c]) != 0) enterBounds(faces_.corners(face));
+    }
 
     // No collapse of the vertex costs less. 0 where nothing is known.
     float boundOf(uint32_t vertex);
@@ -57,6 +61,7 @@ private:
     };
 
     bool isLarge(uint32_t vertex) const { return lists_.size(facesOf(vertex)) >= kFewestFaces; }
+    void enterBounds(const Corners& corners);
     void pickWitnesses(uint32_t vertex, Hub& hub);
     bool holds(uint32_t vertex, const Hub& hub);
     float boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub);
