@@ -154,20 +154,20 @@ void CollapseFinder::collectNormals(std::span<const uint32_t> faces) {
     }
 }
 
-// Calls work with the slot of each of the face's neighbours, each once however often the face uses it. The vertex can be
-// its own neighbour, through a face that has it twice.
+// Calls work with the slot of each of the face's neighbours, each once however often the face uses it. The vertex can
+// be its own neighbour, through a face that has it twice.
 template <class Work>
 void CollapseFinder::forEachSlot(uint32_t face, const Work& work) const {
     const auto [a, b, c] = faces_.corners(face);
-    const uint32_t slots[] = {sites_[a].slot, b == a ? kNone : sites_[b].slot, c == a || c == b ? kNone : sites_[c].slot};
+    const uint32_t slots[] = {sites_[a].slot, b == a ? kNone : sites_[b].slot,
+                              c == a || c == b ? kNone : sites_[c].slot};
     for (const uint32_t slot : slots) {
         if (slot != kNone) work(slot);
     }
 }
 
 // Counts the faces that each neighbour shares with the vertex.
-void CollapseFinder::countSides(uint32_t vertex, std::span<const uint32_t> neighbors,
-                                std::span<const uint32_t> faces) {
+void CollapseFinder::countSides(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces) {
     sites_[vertex].slot = kNone;
     for (size_t i = 0; i < neighbors.size(); ++i) sites_[neighbors[i]].slot = static_cast<uint32_t>(i);
     sideEnds_.assign(neighbors.size() + 1, 0);

@@ -84,7 +84,7 @@ private:
     std::vector<Block> blocks_;        // the normals; the last one fills up the last block
     std::vector<uint32_t> sideEnds_;   // per neighbour: how many faces it shares; then the end of its part of sides_
     std::vector<uint32_t> sides_;      // positions of the normals of the faces shared with each neighbour
-    size_t decidingBlock_ = 0;        // block that decided about the neighbour tried last
+    size_t decidingBlock_ = 0;         // block that decided about the neighbour tried last
 };
 
 }  // namespace marrowfen

@@ -15,7 +15,7 @@ namespace marrowfen {
 
 namespace {
 
-constexpr size_t kFewNeighbors = 8;  // so many more than a vertex has are marked for it rather than looked for
+constexpr size_t kFewNeighbors = 8;        // so many more than a vertex has are marked for it rather than looked for
 constexpr float kLoneVertexCost = -0.01F;  // below every collapse: a vertex without neighbours goes first
 
 // The numbers of a list; scratch takes them where the list has gaps.
@@ -209,7 +209,12 @@ void Decimator::collapse(uint32_t from, uint32_t onto) {
         fetchTouchedFaces();
     }
     for (const uint32_t face : moved_) hubBounds_.faceChanged(face);
-    for (const uint32_t v : touched_) touch(v);
+    for (const uint32_t v : touched_) {
+        // In flat regions most already stand among those that may cost nothing, and still have neighbours.
+        const State& state = states_[v];
+        if (state.mark == hasJoined_ && state.isBound && costs_.costOf(v) == 0 && costs_.lowestCost() <= 0) continue;
+        touch(v);
+    }
 }
 
 // Starts to load the faces of all touched vertices, which stand all over the memory.
