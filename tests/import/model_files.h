@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -46,7 +47,8 @@ inline std::vector<std::string> warningsOf(const LoadResult& result) {
     return lines;
 }
 
-// A glTF file with its numbers inside. json is free to be added to; the lists return accessor numbers.
+// A glTF file with its numbers inside. json is free to be added to; the lists return accessor numbers. A file without
+// nodes shows its first mesh, one without scenes all its nodes.
 struct Gltf {
     nlohmann::json json = {{"asset", {{"version", "2.0"}}}, {"scene", 0}};
     std::string bytes;
@@ -76,6 +78,13 @@ struct Gltf {
     int fours(const std::vector<float>& values) { return list(values, "VEC4", 5126, 4); }
     int matrices(const std::vector<float>& values) { return list(values, "MAT4", 5126, 16); }
     int bytesOfFour(const std::vector<uint8_t>& values) { return list(values, "VEC4", 5121, 4); }
+    int triangle() { return points({0, 0, 0, 0, 0, 1, 1, 0, 0}); }
+
+    // One more primitive of the first mesh.
+    void addPrimitive(int places, nlohmann::json primitive = nlohmann::json::object()) {
+        primitive["attributes"]["POSITION"] = places;
+        json["meshes"][0]["primitives"].push_back(primitive);
+    }
 
     // An animation's track.
     void animate(nlohmann::json& animation, int node, const char* path, int times, int values) {
@@ -94,7 +103,18 @@ struct Gltf {
             for (int shift = 18; shift >= 0; shift -= 6) coded += kDigits[word >> shift & 63];
         }
         json["buffers"] = {{{"byteLength", bytes.size()}, {"uri", "data:application/octet-stream;base64," + coded}}};
+        if (!json.contains("nodes")) json["nodes"] = {{{"mesh", 0}}};
+        if (!json.contains("scenes")) json["scenes"] = {{{"nodes", roots()}}};
         return json.dump();
+    }
+
+    std::vector<size_t> roots() const {
+        std::set<size_t> found;
+        for (size_t n = 0; n < json["nodes"].size(); ++n) found.insert(n);
+        for (const nlohmann::json& node : json["nodes"]) {
+            for (const size_t child : node.value("children", std::vector<size_t>())) found.erase(child);
+        }
+        return {found.begin(), found.end()};
     }
 };
 

@@ -37,19 +37,16 @@ TEST(Pose, AnglesGiveTheRotationBack) {
 
 TEST(Pose, ScaleAndMirrorsComeOff) {
     const Matrix turn = hostRotation({0.3F, -1.2F, 2});
-    const struct {
-        Vector scale;
-        double sign;  // of the rotation that is left
-    } kCases[] = {{{2, 2, 2}, 1}, {{1e-6, 5, 300}, 1}, {{-1, -1, -1}, -1},        {{-3, -3, -3}, -1},
-                  {{2, 3, 0}, 1}, {{0, 4, 4}, 1},      {{1e-30, 1e-30, 1e-30}, 1}};
-    for (const auto& entry : kCases) {
-        Matrix scaled = turn * Matrix(entry.scale, aiQuaterniont<double>(), Vector());
+    const Vector scales[] = {{2, 2, 2}, {1e-6, 5, 300}, {-1, -1, -1},         {-3, -3, -3},
+                             {2, 3, 0}, {0, 4, 4},      {1e-30, 1e-30, 1e-30}};
+    for (const Vector& scale : scales) {
+        Matrix scaled = turn * Matrix(scale, aiQuaterniont<double>(), Vector());
         scaled.a4 = 7;
         const Matrix pose = rigidPose(scaled);
         EXPECT_EQ(pose.a4, 7);
         Matrix expected = turn;
         expected.a4 = 7;
-        EXPECT_LT(distance(pose, expected), 1e-9) << entry.scale.x << " " << entry.scale.y << " " << entry.scale.z;
+        EXPECT_LT(distance(pose, expected), 1e-9) << scale.x << " " << scale.y << " " << scale.z;
     }
     // What has no direction left still gets a rotation, and so does a shear.
     for (const Matrix& odd : {Matrix(0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 1),
