@@ -50,7 +50,8 @@ constexpr const char* kSilentScene = R"("layers": [null, "Hull:size=8"],
     "materials": {"wood": {"texture": "oak.png", "shader": {"name": "c_envr_map", "parameters": [
         {"name": "mirror factor", "type": "float", "value": 0.5}, {"name": "file name", "type": "text", "value": "sky.bmp"}]}}},
     "nodes": [{"type": "polyhedron", "name": "skin", "layer": 1, "vertices": [[0,0,0],[0,1,0],[1,0,0]],
-               "uvs": [[0.5,0.5]], "materials": ["wood"], "faces": [{"corners": [[0,0],[1,0],[2,0]]}]}],
+               "uvs": [[0.5,0.5]], "materials": ["wood"],
+               "faces": [{"corners": [[0,0],[1,0],[2,0]]}, {"corners": [[2,0],[1,0],[0,0]]}]}],
     "clips": [{"name": "nod", "start": 0, "end": 1}])";
 
 TEST(SilentHost, IsAnEmptyAnswerOrAnError) {
@@ -59,11 +60,14 @@ TEST(SilentHost, IsAnEmptyAnswerOrAnError) {
         const char* error;
         const char* level;
         size_t vertices, materials, sequences;
+        const char* inTheWay = "";
     } cases[] = {
         {"", "", "Detail8", 3, 2, 1},
         {"tsxGetLayerName", "", "Detail-1", 3, 2, 1},
-        {"tsxMNodeGetTriangulatedPolyhedron", "The host can't triangulate the polyhedron skin.", "", 0, 0, 0},
-        {"tsxPolyhGetVxArray", "Polyhedron 0 has a face with vertex 0 of 0.", "", 0, 2, 0},
+        {"tsxMNodeGetTriangulatedPolyhedron", "The host can't triangulate the polyhedron skin.", "", 0, 0, 0,
+         "BAD_POLYHEDRON polyhedron skin on layer Hull:size=8"},
+        {"tsxPolyhGetVxArray", "Polyhedron 0 has a face with vertex 0 of 0.", "", 0, 2, 0,
+         "BAD_FACE triangle 0 of polyhedron skin on layer Hull:size=8"},
         {"tsxPolyhGetVxNormalsArray", "", "Detail8", 3, 2, 1},
         {"tsxPolyhGetUVArray", "", "Detail8", 3, 2, 1},
         {"tsxPolyhGetFaceptrArray", "", "Detail8", 0, 0, 1},
@@ -72,14 +76,16 @@ TEST(SilentHost, IsAnEmptyAnswerOrAnError) {
         {"tsxShaderInfoGetConstParameterName", "", "Detail8", 3, 1, 1},
         {"tsxParameterValueGetData", "", "Detail8", 3, 1, 1},
         {"tsxClipsGetClipNames", "", "Detail8", 3, 2, 0},
-        {"tsxMalloc", "The host has no memory for the 3 vertices of the polyhedron skin.", "", 0, 0, 0},
+        {"tsxMalloc", "The host has no memory for the 3 vertices of the polyhedron skin.", "", 0, 0, 0,
+         "BAD_POLYHEDRON polyhedron skin on layer Hull:size=8"},
     };
     const standin::Scene scene = sceneOf(kSilentScene);
-    for (const auto& [call, error, level, vertices, materials, sequences] : cases) {
+    for (const auto& [call, error, level, vertices, materials, sequences, inTheWay] : cases) {
         theSilentCall = call;
         const Build build(scene, ExportMode::ShapeWithAnimation);
         const Shape& shape = *build.shape;
         EXPECT_EQ(shape.error(), error) << call;
+        EXPECT_EQ(build.inTheWay, inTheWay) << call;
         EXPECT_EQ(std::count(shape.names.begin(), shape.names.end(), level), *level != '\0' ? 1 : 0) << call;
         EXPECT_EQ(shape.meshes.front().vertexes.size(), vertices) << call;
         EXPECT_EQ(shape.materials.size(), materials) << call;

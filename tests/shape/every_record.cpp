@@ -100,4 +100,26 @@ Shape everyRecord() {
     return shape;
 }
 
+Shape newRecords() {
+    Shape shape;
+    shape.names.resize(1);
+    shape.nodes.resize(1);
+    shape.objects.resize(1);
+    shape.decals.resize(1);
+    shape.IFLmaterials.resize(1);
+    shape.subshapes.resize(1);
+    shape.nodeDefRotations.resize(1);
+    shape.nodeDefTranslations.resize(1);
+    shape.objectStates.resize(1);
+    shape.decalStates.resize(1);
+    shape.triggers.resize(1);
+    shape.detailLevels.resize(1);
+    shape.materials.resize(1);
+    shape.sequences.resize(1);
+    shape.meshes = {Mesh(), Mesh(MeshType::Sorted)};
+    shape.meshes[0].primitives.resize(1);
+    shape.meshes[1].clusters.resize(1);
+    return shape;
+}
+
 }  // namespace marrowfen

@@ -45,15 +45,22 @@ const std::filesystem::path kFolder = MARROWFEN_SOURCE_DIR "/tests/shape";
 
 TEST(EveryRecord, IsPrinted) { test::expectReviewed(kFolder / "every_record.txt", dumpOf(everyRecord())); }
 
-TEST(EveryRecord, StandsInADtsFile) {
-    const std::string file = dts(everyRecord());
+std::string listingOfDts(const Shape& shape) {
+    const std::string file = dts(shape);
     const std::vector<uint32_t> header = wordsOf(file.substr(0, 16));
     const auto part = [&](uint32_t begin, uint32_t end) { return file.substr(16 + begin * 4, (end - begin) * 4); };
-    test::expectReviewed(kFolder / "every_record.dts.txt",
-                         listing("header", file.substr(0, 16)) + listing("32-bit block", part(0, header[2])) +
-                             listing("16-bit block", part(header[2], header[3]), 2) +
-                             listing("8-bit block", part(header[3], header[1]), 1) +
-                             listing("sequences and materials", file.substr(16 + header[1] * 4), 1));
+    return listing("header", file.substr(0, 16)) + listing("32-bit block", part(0, header[2])) +
+           listing("16-bit block", part(header[2], header[3]), 2) +
+           listing("8-bit block", part(header[3], header[1]), 1) +
+           listing("sequences and materials", file.substr(16 + header[1] * 4), 1);
+}
+
+TEST(EveryRecord, StandsInADtsFile) {
+    test::expectReviewed(kFolder / "every_record.dts.txt", listingOfDts(everyRecord()));
+}
+
+TEST(EveryRecord, BeginsWithoutAnything) {
+    test::expectReviewed(kFolder / "new_records.dts.txt", listingOfDts(newRecords()));
 }
 
 TEST(EveryRecord, StandsInADsqFile) {

@@ -18,7 +18,7 @@ void putSet(std::string& out, uint32_t word) {
 }
 
 // One node, one object with one mesh, two keys, a trigger and a name, as a file of an older version holds them.
-std::string tables(uint32_t version, bool scaleMark) {
+std::string tables(uint32_t version, bool scaleMark, bool wordTooMany = false) {
     BlockWriter out;
     const auto words = [&](auto... values) { out.words.values(values...); };
     words(1, 1, 0, 1, 0);
@@ -59,6 +59,7 @@ std::string tables(uint32_t version, bool scaleMark) {
     out.checkpoint();
     out.bytes.zeroEnded("Root");
     out.checkpoint();
+    if (wordTooMany) words(0);
 
     std::ostringstream stream;
     out.flush(stream);
@@ -99,17 +100,19 @@ TEST(OldVersions, DifferFromVersion24AsStated) {
     for (const auto& [version, scaleMark] : layouts) {
         SCOPED_TRACE(std::to_string(version) + (scaleMark ? "" : " without the mark after the scales"));
         const std::string file = tables(version, scaleMark) + sequenceAndMaterial(version);
+        const std::string longBlock = tables(version, scaleMark, true) + sequenceAndMaterial(version);
+        const auto offset = [](size_t place) { return "offset " + std::to_string(place); };
+        const std::pair<std::string, std::string> surpluses[] = {
+            {longBlock, offset(12 + 4 * get32(longBlock.data() + 8)) + ": 4 bytes too many in the 32-bit block"},
+            {file + "xyz", offset(file.size()) + ": 3 bytes too many at the end of the file"},
+            {file, ""}};
         Shape shape;
-        std::string surplus;
-        for (const char* tail : {"xyz", ""}) {
-            std::istringstream in(file + tail);
+        for (const auto& [bytes, told] : surpluses) {
+            std::istringstream in(bytes);
+            std::string surplus;
             shape = Shape();
-            surplus.clear();
             shape.readDts(in, &surplus);
-            ASSERT_EQ(shape.error(), "");
-            const std::string told =
-                "offset " + std::to_string(file.size()) + ": 3 bytes too many at the end of the file";
-            ASSERT_EQ(surplus, *tail == '\0' ? "" : told);
+            ASSERT_EQ(shape.error() + surplus, told);
         }
 
         EXPECT_EQ(shape.names, std::vector<std::string>{"Root"});

@@ -11,7 +11,7 @@ namespace {
 Mesh triangle(MeshType type) {
     Mesh mesh(type);
     mesh.vertexes = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
-    mesh.texturevertexes.resize(3);
+    mesh.texturevertexes = {{0, 0}, {1000, 0}, {0, -1000}};
     mesh.normals.resize(3, {0, 0, 1});
     mesh.encodedNormals.resize(3);
     mesh.primitives = {{0, 3, Primitive::Indexed}};
@@ -108,12 +108,15 @@ TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
         {AFTER(s.meshes[2].parent = 3), "broken mesh with a parent that isn't there: meshes[2].parent: 3"},
         {AFTER(s.meshes[2].numFrames = 0), "broken mesh without frames: meshes[2]"},
         {AFTER(s.meshes[2].numFrames = 2), "broken mesh whose frames don't have their vertices: meshes[2]"},
+        {AFTER(s.meshes[2].numFrames = 2; s.meshes[2].vertexes.resize(6); s.meshes[2].normals.resize(6)), ""},
+        {AFTER(s.meshes[2].matFrames = 2; s.meshes[2].texturevertexes.resize(6)), ""},
         {AFTER(s.meshes[2].texturevertexes.clear()),
          "broken mesh whose vertices don't have their texture coordinates: meshes[2]"},
         {AFTER(s.meshes[2].normals[0].x = INFINITY),
          "odd mesh with vertices or normals that aren't finite numbers: meshes[2]"},
         {AFTER(s.meshes[2].primitives[0].firstElement = 1),
          "broken drawing run of elements that aren't there: meshes[2].primitives[0].firstElement: 1"},
+        {AFTER(s.meshes[2].primitives[0].material = 0; s.meshes[2].indices.clear()), ""},
         {AFTER(s.meshes[2].primitives[0].material |= 1),
          "broken drawing run with a material that isn't there: meshes[2].primitives[0].material: 1"},
         {AFTER(s.meshes[2].primitives[0].numElements = 2), "odd triangle list with a part of a triangle: meshes[2]"},
@@ -127,6 +130,10 @@ TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
         {AFTER(s.meshes[0].vweight[1] = 0.5F), "odd skin with vertices whose weights don't add up to 1: meshes[0]"},
         {AFTER(s.meshes[1].clusters[1].endPrimitive = 2),
          "broken cluster with primitives or a next cluster that aren't there: meshes[1]"},
+        {AFTER(s.meshes[1].clusters[0].frontCluster = 2),
+         "broken cluster with primitives or a next cluster that aren't there: meshes[1]"},
+        {AFTER(s.meshes[1].clusters[0].backCluster = 2),
+         "broken cluster with primitives or a next cluster that aren't there: meshes[1]"},
         {AFTER(s.meshes[1].clusters[1].backCluster = 0), "broken circle of clusters: meshes[1]"},
         {AFTER(s.meshes[1].frameVertexCount = {-1}),
          "broken sorted mesh whose frames lie outside its lists: meshes[1]"},
@@ -138,12 +145,11 @@ TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
         {AFTER(s.detailLevels[0].name = 5), "odd collision mesh of type skin: meshes[0]"},
         {AFTER(s.bounds.min.y = -1.1e6F), "odd bounds beyond 1000000: shape"},
         {AFTER(s.sequences[0].nameIndex = -1), "broken sequence with a name that isn't there: sequences[0].name: -1"},
-        {AFTER(s.sequences[0].rotationMatters.set(2); s.nodeRotations.resize(12)),
-         "broken sequence of nodes or objects that aren't there: sequences[0]"},
         {AFTER(s.sequences[0].duration = 0), "odd sequence whose duration isn't positive: sequences[0].duration: 0"},
         {AFTER(s.sequences[0].numKeyFrames = 0), "odd sequence without key frames: sequences[0]"},
         {AFTER(s.sequences[0].baseRotation = 5),
          "broken sequence whose keys lie outside their table: sequences[0].rotations"},
+        {AFTER(s.sequences[0].baseScale = s.sequences[0].baseObjectState = s.sequences[0].baseDecalState = 9), ""},
         {AFTER(s.sequences[0].scaleMatters.resize(1); s.sequences[0].scaleMatters.set(0)),
          "broken sequence whose keys lie outside their table: sequences[0].scales"},
         {AFTER(s.sequences[0].numTriggers = 1),
@@ -155,6 +161,18 @@ TEST(ShapeCheck, EachFaultOfAShapeIsTold) {
         Shape shape = goodShape();
         damage(shape);
         EXPECT_EQ(problemText(shape), *problem == '\0' ? "" : std::string(problem) + "\n");
+    }
+}
+
+TEST(ShapeCheck, EverySetOfASequenceNamesWhatIsThere) {
+    using Sequence = Shape::Sequence;
+    for (const auto set :
+         {&Sequence::rotationMatters, &Sequence::translationMatters, &Sequence::scaleMatters, &Sequence::decalMatters,
+          &Sequence::iflMatters, &Sequence::visMatters, &Sequence::frameMatters, &Sequence::matFrameMatters}) {
+        Shape shape = goodShape();
+        (shape.sequences[0].*set).resize(32);
+        (shape.sequences[0].*set).set(2);
+        EXPECT_TRUE(problemText(shape).starts_with("broken sequence of nodes or objects that aren't there"));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "shape/drawn_triangles.h"
 
@@ -89,6 +90,37 @@ TEST(ShapeQuestions, LevelsAreKnownByTheirNamesAndCountTheirMeshes) {
     }
     shape.meshes[0].primitives.assign(9'000'000, {0, 6, kList});
     EXPECT_EQ(trianglesPerMesh(shape), std::vector<int64_t>(4));
+}
+
+// On a node that is moved and turned a quarter about z, x to -y, and on its child that is moved along its y.
+TEST(ShapeMeasures, AreThoseOfTheMeshesWhereTheirNodesPutThem) {
+    const float r = std::sqrt(0.5F);
+    Shape shape;
+    shape.names = {"Root"};
+    EXPECT_EQ(shape.findOrAddName("hand"), 1);
+    EXPECT_EQ(shape.findOrAddName("ROOT"), 0);
+    shape.nodes = {{0, -1}, {1, 0}};
+    shape.nodeDefRotations = {{0, 0, r, r}, {0, 0, 0, 1}};
+    shape.nodeDefTranslations = {{10, 0, 0}, {0, 3, 0}};
+    shape.objects = {{0, 1, 0, 0}, {1, 1, 1, 1}};
+    shape.meshes.resize(2);
+    shape.meshes[0].vertexes = {{0, 0, 0}, {2, 0, 0}};
+    shape.meshes[1].vertexes = {{0, 0, 4}};
+    shape.computeBounds();
+    shape.computeCenter();
+    shape.radius = shape.tubeRadius = 99;
+    shape.computeRadius();
+    shape.computeTubeRadius();
+    EXPECT_LT(length(shape.bounds.min - Point3{10, -2, 0}), 1e-5F);
+    EXPECT_LT(length(shape.bounds.max - Point3{13, 0, 4}), 1e-5F);
+    EXPECT_LT(length(shape.center - Point3{11.5F, -1, 2}), 1e-5F);
+    EXPECT_NEAR(shape.radius, std::hypot(1.5F, 1.0F, 2.0F), 1e-5F);
+    EXPECT_NEAR(shape.tubeRadius, std::hypot(1.5F, 1.0F), 1e-5F);
+    shape.detailLevels = {{0, 0, 0, 9}, {0, 0, 1, 5}, {0, 0, 2, 4}};
+    for (const auto& [pixels, size, level] : {std::tuple{5, 5, 2}, {0, 1, 3}, {10, 10, 0}}) {
+        shape.setSmallestSize(pixels);
+        EXPECT_EQ(std::pair(shape.smallestSize, shape.smallestDetailLevel), std::pair(float(size), level));
+    }
 }
 
 }  // namespace

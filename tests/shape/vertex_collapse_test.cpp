@@ -183,6 +183,12 @@ TEST(VertexNormals, TrianglesWithoutDirection) {
     }
 }
 
+TEST(VertexCollapse, MeshWithoutVerticesStaysEmpty) {
+    const Collapsed empty{completed(Mesh())};
+    EXPECT_EQ(empty.shape.error(), "");
+    EXPECT_EQ(empty.remap, std::vector<int32_t>());
+}
+
 // Merge chains that run in circles, or out of the mesh, end.
 TEST(VertexCollapse, SurvivesBadMergeChains) {
     for (const std::vector<uint32_t>& chains : {std::vector<uint32_t>{1, 2, 3, 0}, {3, 2, 1, 0}, {4, 4, 4, 4}}) {

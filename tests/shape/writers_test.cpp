@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cmath>
 #include <cstdlib>
 
@@ -26,12 +27,12 @@ TEST(Writers, QuaternionComponentsAreCutToWholeNumbers) {
 TEST(Writers, DebugListingGoesToTheFolderThatStandsForDriveC) {
     const test::TestFolder drive;
     Shape shape;
-    shape.nodeTranslations = {{1, -2.5F, 1e-7F}, {0.1F, -0.0F, 16777216}, {std::nanf(""), -std::nanf(""), -HUGE_VALF}};
+    shape.nodeTranslations = {{1, -2.5F, 1e-7F}, {0.1F, -0.0F, -FLT_MAX}, {std::nanf(""), -std::nanf(""), -HUGE_VALF}};
     setenv("MARROWFEN_DRIVE_C", drive.folder.c_str(), 1);
     const std::string withListing = dsq(shape);
     EXPECT_EQ(test::readFile(drive.folder / "temp.txt"),
               "0: 1.000000 -2.500000 0.000000\r\n"
-              "1: 0.100000 -0.000000 16777216.000000\r\n"
+              "1: 0.100000 -0.000000 -340282346638528859811704183484516925440.000000\r\n"
               "2: nan nan -inf\r\n");
     setenv("MARROWFEN_DRIVE_C", "/nowhere/at/all", 1);
     EXPECT_EQ(dsq(shape), withListing);
