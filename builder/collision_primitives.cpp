@@ -30,7 +30,7 @@ uint32_t segmentsOf(float detail) {
 
 void addPrimitive(Mesh& mesh, std::initializer_list<uint32_t> elements) {
     mesh.primitives.push_back(
-        {static_cast<uint32_t>(mesh.indices.size()), static_cast<uint32_t>(elements.size()), kPrimitiveMaterial, 0});
+        {static_cast<uint32_t>(mesh.indices.size()), static_cast<uint32_t>(elements.size()), kPrimitiveMaterial});
     mesh.indices.insert(mesh.indices.end(), elements);
 }
 
