@@ -36,16 +36,12 @@ inline void expectReviewed(const std::filesystem::path& file, const std::string&
 
 // An empty folder of a test's own, gone with it.
 struct TestFolder {
-    TestFolder() {
-        std::filesystem::remove_all(folder);
-        std::filesystem::create_directories(folder);
-    }
+    TestFolder() = default;
     ~TestFolder() { std::filesystem::remove_all(folder); }
     TestFolder(const TestFolder&) = delete;
     TestFolder& operator=(const TestFolder&) = delete;
 
-    const std::filesystem::path folder =
-        std::filesystem::path(testing::TempDir()) / ("marrowfen" + std::to_string(getpid()));
+    const std::filesystem::path folder = mkdtemp((testing::TempDir() + "marrowfen-XXXXXX").data());
 };
 
 struct ProgramResult {

@@ -2,25 +2,17 @@
 
 // Builds of scenes that a test writes down in a few lines.
 
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <sstream>
 #include <string>
 
 #include "builder/shape_builder.h"
 #include "standin/host/host.h"
-#include "standin/host/scene_file.h"
+#include "tests/standin/scene_of.h"
 
 namespace marrowfen {
 
-// members: the keys of the scene file after format and version.
-inline standin::Scene sceneOf(const std::string& members) {
-    const std::string text = R"({"format": "marrowfen-scene", "version": 1, )" + members + "}";
-    standin::LoadResult loaded = standin::parseScene(text, "scene");
-    EXPECT_EQ(loaded.error, "");
-    return loaded.scene ? *std::move(loaded.scene) : standin::Scene();
-}
+using standin::sceneOf;
 
 // A shape and the host that it was built from, which has got back everything that it handed out.
 struct Build {

@@ -12,11 +12,11 @@
 
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <vector>
+
+#include "tests/files.h"
 
 namespace marrowfen::standin {
 namespace {
@@ -81,12 +81,11 @@ bool kernelKeepsToFiles() {
 
 // What a reader that a model has taken over would try.
 TEST(IsolatedRun, ChildCanReadAndNothingElse) {
-    const std::string folder = testing::TempDir() + "marrowfen-cell-" + std::to_string(getpid());
-    const std::string readable = folder + "/readable", own = readable + "/own";
-    std::filesystem::create_directories(readable);
-    std::ofstream(folder + "/outside") << "secret";
+    const test::TestFolder scratch;
+    const std::string folder = scratch.folder, readable = folder + "/readable", own = readable + "/own";
+    test::writeFile(folder + "/outside", "secret");
+    test::writeFile(own, "untouched");
     std::filesystem::create_symlink("../outside", readable + "/link");
-    std::ofstream(own) << "untouched";
     const pid_t parent = getpid();
     const RunOutcome outcome = runIsolated({2048, 5, 60, {readable}}, [&]() -> std::string {
         std::string done;
@@ -114,12 +113,9 @@ TEST(IsolatedRun, ChildCanReadAndNothingElse) {
         attempt("signal", tgkill(parent, parent, 0));
         attempt("ptrace", ptrace(PTRACE_ATTACH, parent, nullptr, nullptr));
         for (int file = 4; file < 64; ++file) attempt("parent's file", fcntl(file, F_GETFD));
-        std::string text;
-        std::ifstream(own) >> text;
-        return done + text;
+        return done + test::readFile(own);
     });
     EXPECT_EQ(outcome.output, "untouched") << outcome.failure;
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -2,9 +2,6 @@
 
 // Small models, written by the tests themselves.
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
@@ -12,28 +9,16 @@
 
 #include "standin/host/load_notices.h"
 #include "standin/import/model_import.h"
+#include "tests/files.h"
 
 namespace marrowfen::standin {
 
-// A folder of its own for a test, removed at its end.
-class ModelFolder {
-public:
-    ModelFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "marrowfen-models-XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ~ModelFolder() { std::filesystem::remove_all(path_); }
-    ModelFolder(const ModelFolder&) = delete;
-    ModelFolder& operator=(const ModelFolder&) = delete;
-
+struct ModelFolder : test::TestFolder {
     std::string write(const std::string& name, const std::string& content) const {
-        std::ofstream(path_ / name, std::ios::binary) << content;
-        return (path_ / name).string();
+        test::writeFile(folder / name, content);
+        return pathOf(name);
     }
-    std::string pathOf(const std::string& name) const { return (path_ / name).string(); }
-
-private:
-    std::filesystem::path path_;
+    std::string pathOf(const std::string& name) const { return (folder / name).string(); }
 };
 
 inline Vec3 minus(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }

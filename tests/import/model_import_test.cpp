@@ -226,7 +226,6 @@ TEST(ModelImport, BuffersAndImagesAreFoundByTheirUris) {
     const ModelFolder folder;
     const float points[] = {0, 0, 0, 0, 0, 1, 1, 0, 0};
     const std::string bytes(reinterpret_cast<const char*>(points), sizeof points);
-    std::filesystem::create_directory(folder.pathOf("b"));
     folder.write("b/a b%.bin", "xx" + bytes);
     std::string coded;
     for (const char c : bytes) {

@@ -1,8 +1,8 @@
 #include "ground/crlf_stream.h"
 
-#include <gtest/gtest.h>
-
 #include <sstream>
+
+#include "tests/files.h"
 
 namespace marrowfen {
 namespace {
@@ -23,17 +23,13 @@ TEST(CrLfStream, EveryLineFeedGetsACarriageReturn) {
 
 TEST(CrLfStream, FileIsOnDiskAtEachEndOfLineAndReplacesAnOlderOne) {
     const std::string path = testing::TempDir() + "crlf_stream_test.txt";
-    const auto content = [&] {
-        std::ifstream in(path, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
     std::ofstream(path) << "a longer text that was here before";
     CrLfFile file(path);
     file << "line" << std::endl << "rest";
-    EXPECT_EQ(content(), "line\r\n");
+    EXPECT_EQ(test::readFile(path), "line\r\n");
     file.close();
     EXPECT_TRUE(file.good());
-    EXPECT_EQ(content(), "line\r\nrest");
+    EXPECT_EQ(test::readFile(path), "line\r\nrest");
 }
 
 TEST(CrLfStream, FileThatCannotBeOpenedDropsItsText) {
