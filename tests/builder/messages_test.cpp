@@ -55,10 +55,14 @@ const struct {
     const char* clips = "";
 } kTold[] = {
     {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1), ""},
+    {R"("superstructure:size=4")", TRIANGLE_CALLED("hull", 1), ""},
     {R"("hull")", TRIANGLE_CALLED("hull", 1), "NEVER_SHOWS layer hull: hull has no size\n"},
-    {R"("a:size=4", "b:size=4", "c:size=0")",
-     TRIANGLE_CALLED("hull", 1) "," TRIANGLE_CALLED("hull", 2) "," TRIANGLE_CALLED("hull", 3),
-     "NEVER_SHOWS layer b:size=4: b:size=4 is hidden by one of its size\n"},
+    {R"("a:size=4", "b:size=4", "c:size=0", "d:size=0", "e:size=-5")",
+     TRIANGLE_CALLED("hull", 1) "," TRIANGLE_CALLED("hull", 2) "," TRIANGLE_CALLED("hull", 3) "," TRIANGLE_CALLED(
+         "hull", 4) "," TRIANGLE_CALLED("hull", 5),
+     "NEVER_SHOWS layer b:size=4: b:size=4 is hidden by one of its size\n"
+     "NEVER_SHOWS layer d:size=0: d:size=0 is hidden by one of its size\n"
+     "NEVER_SHOWS layer e:size=-5: e:size=-5 has a size below 0\n"},
     {R"("hull:size=big")", TRIANGLE_CALLED("hull", 1), "TAG_VALUE layer hull:size=big: \"size=big\" is read as 0\n"},
     {R"("colision:size=4")", TRIANGLE_CALLED("hull", 1),
      "NEAR_ROLE layer colision:size=4: colision:size=4 (did you mean \"collision\"?)\n"},
@@ -79,6 +83,11 @@ const struct {
     {R"("hull:size=4,sort", "low:size=2,autolod=50")", TRIANGLE_CALLED("hull", 1),
      "SORT_WITH_AUTOLOD layer low:size=2,autolod=50: low:size=2,autolod=50 is a copy of a sorted layer, and "
      "unsorted\n"},
+    {R"("hull:size=4,sort")",
+     R"({"type": "polyhedron", "layer": 1, "vertices": [[29999, -2, 0], [29999, 2, 0.1], [30002, 0, 0.3],
+         [30000, 0, -2], [30000.3, 0.2, 2], [30001, -0.7, 0.5]],
+        "faces": [{"corners": [[0, 0], [1, 0], [2, 0]]}, {"corners": [[3, 0], [4, 0], [5, 0]]}]})",
+     "SORTED_AREA_LOST layer hull:size=4,sort: hull:size=4,sort (13.1 %)\n"},
     {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1) "," ROTATED_RIG,
      "NORMALS_NOT_TURNED layer hull:size=4: hull:size=4\n"},
     {R"("hull:size=4")",

@@ -40,6 +40,9 @@ TEST(MaterialConversion, SharesWhatIsEqualWithinATolerance) {
         {{"a", Shape::ReflectionMapFlag}, 11},
         {{"a", Shape::BumpMapFlag}, 11},  // every map of a name serves for all of them
         {{"b", Shape::DetailMapFlag}, 12},
+        {reflecting(0.01F), 13},  // by just as much as the tolerance
+        {reflecting(7, 0), 14},
+        {reflecting(7, 0.01F), 15},
     };
     std::vector<Shape::Material> materials;
     std::ostringstream log;
@@ -52,7 +55,8 @@ TEST(MaterialConversion, SharesWhatIsEqualWithinATolerance) {
     EXPECT_EQ(listing(materials),
               "a ( ) 0 0\nb ( ) 1 0\na ( translucent ) 2 0\na ( ) 3 0.5\na ( ) 4 0.5101\na ( ) 5 0.4899\n"
               "a ( ) 6 0.5\na ( ) 7 0.5\na ( ) 1 0.5\na ( ) 9 0\na ( ) 10 0\n"
-              "a ( detailmap bumpmap reflectionmap ) -1 0\nb ( detailmap ) -1 0\n");
+              "a ( detailmap bumpmap reflectionmap ) -1 0\nb ( detailmap ) -1 0\n"
+              "a ( ) 13 0.01\na ( ) 14 7\na ( ) 15 7\n");
 }
 
 TEST(MaterialConversion, GivesTexturesTheFlagsThatAreAskedFor) {
@@ -115,6 +119,17 @@ TEST(MaterialConversion, ReadsWhatTheHostHas) {
                                                 Primitive::Indexed | Primitive::NoMaterial}))
             << material;
     }
+}
+
+TEST(MaterialConversion, LogsOtherShaderParametersOnceAFace) {
+    const Build build(sceneOf(
+        R"("layers": [null, "Detail:no_strip"], "materials": {"m": {"shader": {"name": "c_envr_map", "parameters": [
+            {"name": "smooth", "type": "flag", "value": 1}, {"name": "dull", "type": "flag", "value": 0},
+            {"name": "note", "type": "text", "value": "by hand"}, {"name": "depth", "type": "float", "value": 0.5}]}}},
+        "nodes": [{"type": "polyhedron", "layer": 1, "materials": ["m"], "vertices": [[0,0,0],[0,1,0],[1,0,0]],
+                   "faces": [{"corners": [[0,0],[1,0],[2,0]]}, {"corners": [[0,0],[1,0],[2,0]]}]}])"));
+    const std::string lines = "Number of Shader Params: 4\nsmooth: 1\ndull: 0\nnote: by hand\ndepth: 0.5\n";
+    EXPECT_NE(build.log.str().find("2 faces\n" + lines + lines + "End export"), std::string::npos) << build.log.str();
 }
 
 }  // namespace

@@ -73,6 +73,17 @@ TEST(RotationFromTransform, TurnsPointsAsTheTransformDoes) {
     }
 }
 
+// Of the two quaternions for it, the one with the positive component.
+TEST(RotationFromTransform, OfHalfATurnLooksAlongItsAxis) {
+    for (int axis = 0; axis < 3; ++axis) {
+        HostTransform t;
+        for (int k = 0; k < 3; ++k) t.m[k][k] = k == axis ? 1 : -1;
+        const Quaternion q = rotationFromTransform(t);
+        EXPECT_TRUE((Point3{q.x, q.y, q.z} == Point3{float(axis == 0), float(axis == 1), float(axis == 2)})) << axis;
+        EXPECT_EQ(q.w, 0);
+    }
+}
+
 TEST(RotationFromTransform, IsTheIdentityWhereThereIsNoRotation) {
     const float inf = std::numeric_limits<float>::infinity();
     for (const float diagonal : {0.0F, std::nanf(""), inf, -inf, std::numeric_limits<float>::denorm_min(), 1e38F}) {

@@ -63,6 +63,12 @@ TEST(DrawnTriangles, AreTheSameFacesInEveryForm) {
     }
 }
 
+TEST(DrawnTriangles, HaveTheAreaOfTheirPlaces) {
+    Mesh mesh = meshOf({0, 1, 2}, {{0, 3, kList}});
+    mesh.vertexes = {{1, 1, 1}, {2, 3, 4}, {-1, 2, 6}};
+    EXPECT_DOUBLE_EQ(drawnArea(mesh), std::sqrt(7 * 7 + 11 * 11 + 5 * 5) / 2);
+}
+
 TEST(ShapeQuestions, LevelsAreKnownByTheirNamesAndCountTheirMeshes) {
     Shape shape;
     shape.names = {"Detail8", "collision-1", "LOS-9", "Glossary"};
@@ -88,6 +94,10 @@ TEST(ShapeQuestions, LevelsAreKnownByTheirNamesAndCountTheirMeshes) {
         EXPECT_EQ(countTriangles(shape, level, perMesh), triangles) << level.name;
         EXPECT_EQ(drawsAnything(shape, level), triangles != 0) << level.name;
     }
+    // Many clusters may draw one primitive.
+    shape.meshes[3].primitives.resize(1);
+    shape.meshes[3].clusters.assign(99, {0, 1, {}, 0, -1, -1});
+    EXPECT_EQ(trianglesPerMesh(shape), (std::vector<int64_t>{2, 2, 0, 2}));
     shape.meshes[0].primitives.assign(9'000'000, {0, 6, kList});
     EXPECT_EQ(trianglesPerMesh(shape), std::vector<int64_t>(4));
 }
@@ -101,21 +111,30 @@ TEST(ShapeMeasures, AreThoseOfTheMeshesWhereTheirNodesPutThem) {
     EXPECT_EQ(shape.findOrAddName("ROOT"), 0);
     shape.nodes = {{0, -1}, {1, 0}};
     shape.nodeDefRotations = {{0, 0, r, r}, {0, 0, 0, 1}};
-    shape.nodeDefTranslations = {{10, 0, 0}, {0, 3, 0}};
+    shape.nodeDefTranslations = {{1, 0, 0}, {0, 0.3F, 0}};
     shape.objects = {{0, 1, 0, 0}, {1, 1, 1, 1}};
     shape.meshes.resize(2);
-    shape.meshes[0].vertexes = {{0, 0, 0}, {2, 0, 0}};
-    shape.meshes[1].vertexes = {{0, 0, 4}};
+    shape.meshes[0].vertexes = {{0, 0, 0}, {0.2F, 0, 0}};
+    shape.meshes[1].vertexes = {{0, 0, 0.4F}};
     shape.computeBounds();
     shape.computeCenter();
-    shape.radius = shape.tubeRadius = 99;
+    shape.radius = shape.tubeRadius = 9;
     shape.computeRadius();
     shape.computeTubeRadius();
-    EXPECT_LT(length(shape.bounds.min - Point3{10, -2, 0}), 1e-5F);
-    EXPECT_LT(length(shape.bounds.max - Point3{13, 0, 4}), 1e-5F);
-    EXPECT_LT(length(shape.center - Point3{11.5F, -1, 2}), 1e-5F);
-    EXPECT_NEAR(shape.radius, std::hypot(1.5F, 1.0F, 2.0F), 1e-5F);
-    EXPECT_NEAR(shape.tubeRadius, std::hypot(1.5F, 1.0F), 1e-5F);
+    EXPECT_LT(length(shape.bounds.min - Point3{1, -0.2F, 0}), 1e-5F);
+    EXPECT_LT(length(shape.bounds.max - Point3{1.3F, 0, 0.4F}), 1e-5F);
+    EXPECT_LT(length(shape.center - Point3{1.15F, -0.1F, 0.2F}), 1e-5F);
+    EXPECT_NEAR(shape.radius, std::hypot(0.15F, 0.1F, 0.2F), 1e-5F);
+    EXPECT_NEAR(shape.tubeRadius, std::hypot(0.15F, 0.1F), 1e-5F);
+    Mesh& mesh = shape.meshes[0];
+    const Quaternion turn = {0.1F, -0.5F, 0.7F, 0.5F};
+    mesh.setInitialTransform(mesh.boneSlot(1), {1, 2, 3}, turn);
+    for (const Point3& v : {Point3{1, 0, 0}, Point3{0, 1, 0}, Point3{0, 0, 1}}) {
+        const auto& m = mesh.initialTransforms[0].m;
+        const Point3 placed = rotate(turn, v) + Point3{1, 2, 3};
+        const auto row = [&](int k) { return dot({m[k][0], m[k][1], m[k][2]}, placed) + m[k][3]; };
+        EXPECT_LT(length(Point3{row(0), row(1), row(2)} - v), 1e-5F);
+    }
     shape.detailLevels = {{0, 0, 0, 9}, {0, 0, 1, 5}, {0, 0, 2, 4}};
     for (const auto& [pixels, size, level] : {std::tuple{5, 5, 2}, {0, 1, 3}, {10, 10, 0}}) {
         shape.setSmallestSize(pixels);
