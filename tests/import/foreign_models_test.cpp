@@ -10,7 +10,7 @@
 #include "tests/import/model_files.h"
 
 // Models that nobody here made, of Debian's package assimp-testmodels, a few of every format and with every option
-// (behind " -- "), and those beside this test (examples/creature as gltfpack writes it, a file written by hand),
+// (behind " -- "), and those beside this test (examples/creature as gltfpack writes it, files written by hand),
 // against what is known of their scenes. Where another reader knows the format, scripts/compare-models has shown that
 // these facts are right. After a change that is meant, MARROWFEN_FACTS=tests/import/foreign_models.facts writes them
 // anew, to be reviewed.

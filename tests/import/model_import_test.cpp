@@ -520,31 +520,6 @@ std::string bumps(const std::vector<std::string>& nodes) {
     return text;
 }
 
-// Levels of detail that a glTF node has by its extension: the node itself is the first.
-TEST(ModelImport, LevelsOfAGltfNode) {
-    Gltf gltf;
-    for (const float size : {3.0F, 2.0F, 1.0F}) {
-        const int places = gltf.points({0, 0, 0, size, 0, 0, 0, size, 0});
-        gltf.json["meshes"].push_back(
-            {{"primitives", nlohmann::json::array({{{"attributes", {{"POSITION", places}}}}})}});
-    }
-    gltf.json["nodes"] = {{{"name", "hut"}, {"mesh", 0}, {"extensions", {{"MSFT_lod", {{"ids", {1, 2}}}}}}},
-                          {{"name", "small"}, {"mesh", 1}},
-                          {{"name", "tiny"}, {"mesh", 2}}};
-    gltf.json["extensionsUsed"] = {"MSFT_lod"};
-    gltf.json["scenes"] = {{{"nodes", {0}}}};
-    ImportOptions options;
-    options.levels = {{90, 100}, {30, 50}, {10, 25}};
-    const Scene scene = importText("a.gltf", gltf.text(), options);
-    std::map<std::string, float> sizes;
-    for (const Node& node : scene.nodes) {
-        float& size = sizes[*scene.layers[static_cast<size_t>(node.layer)]];
-        for (const Vec3& vertex : node.polyhedron.vertices) size = std::max(size, std::fabs(vertex[0]));
-    }
-    EXPECT_EQ(sizes,
-              (std::map<std::string, float>{{"Detail1:size=90", 3}, {"Detail2:size=30", 2}, {"Detail3:size=10", 1}}));
-}
-
 TEST(ModelImport, LayersAndLevelsThatTheOptionsAskFor) {
     const struct {
         std::vector<std::string> nodes;

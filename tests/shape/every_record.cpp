@@ -101,24 +101,13 @@ Shape everyRecord() {
 }
 
 Shape newRecords() {
+    const auto begin = [](auto&... tables) { (tables.resize(1), ...); };
     Shape shape;
-    shape.names.resize(1);
-    shape.nodes.resize(1);
-    shape.objects.resize(1);
-    shape.decals.resize(1);
-    shape.IFLmaterials.resize(1);
-    shape.subshapes.resize(1);
-    shape.nodeDefRotations.resize(1);
-    shape.nodeDefTranslations.resize(1);
-    shape.objectStates.resize(1);
-    shape.decalStates.resize(1);
-    shape.triggers.resize(1);
-    shape.detailLevels.resize(1);
-    shape.materials.resize(1);
-    shape.sequences.resize(1);
+    begin(shape.names, shape.nodes, shape.objects, shape.decals, shape.IFLmaterials, shape.subshapes,
+          shape.nodeDefRotations, shape.nodeDefTranslations, shape.objectStates, shape.decalStates, shape.triggers,
+          shape.detailLevels, shape.materials, shape.sequences);
     shape.meshes = {Mesh(), Mesh(MeshType::Sorted)};
-    shape.meshes[0].primitives.resize(1);
-    shape.meshes[1].clusters.resize(1);
+    begin(shape.meshes[0].primitives, shape.meshes[1].clusters);
     return shape;
 }
 
