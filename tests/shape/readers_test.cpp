@@ -45,6 +45,11 @@ TEST(Readers, FaultsSayWhatAndWhere) {
     const std::string skin = dts(withSkin);
     // The 32-bit block ends with the skin's bone count, its one bone and three marks.
     const size_t boneCount = 4 + get32(skin.data() + 8) - 5;
+    // And with the counts of the clusters and four more lists, a word that isn't used, and three marks.
+    Shape withSorted;
+    withSorted.meshes.emplace_back(MeshType::Sorted);
+    const std::string sorted = dts(withSorted);
+    const size_t clusterCount = 4 + get32(sorted.data() + 8) - 9;
     Shape manyMeshes;
     manyMeshes.meshes.assign(32769, Mesh(MeshType::Null));
     const std::string old = "The DTS file is of a older, unsupported version";
@@ -71,6 +76,9 @@ TEST(Readers, FaultsSayWhatAndWhere) {
          "offset 269: materials: the count is 2139062143, each takes 25 bytes, 0 bytes are left"},
         {withWord(skin, boneCount, 0),
          "offset " + std::to_string(boneCount * 4 + 4) + ": mesh 0: a skin with 0 bones has 1 bone transforms"},
+        {withWord(sorted, clusterCount, 1000),
+         "offset " + std::to_string(clusterCount * 4 + 4) +
+             ": mesh 0: the count is 1000, each takes 32 bytes, 32 bytes are left"},
     };
     for (const auto& [file, fault] : cases) EXPECT_EQ(readDts(file).error(), fault);
 }
