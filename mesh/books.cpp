@@ -5,6 +5,7 @@
 namespace marrowfen {
 
 void Books::startGroup() {
+    areNone_ = true;
     sides_.resize(1);
     across_.resize(1);
     ends_.resize(1);
@@ -29,6 +30,7 @@ void Books::startGroup() {
 
     bookOfList_.assign(edges_.listCount(), 0);
     for (const auto& [there, back] : edges) makeBook(there, back, isOnMore);
+    areNone_ = sides_.size() == 1;
 }
 
 // A book has no degenerate pages: whether one is adjacent to another depends on which comes first.
@@ -61,10 +63,9 @@ void Books::makeSide(int32_t list, const std::vector<uint32_t>& thirdsAcross, co
         const uint32_t third = face.third(HalfEdge::side(h));
         const bool hasTwin = std::binary_search(thirdsAcross.begin(), thirdsAcross.end(), third);
         if (hasTwin || isOnMore[HalfEdge::face(h)]) return true;
-        face.freeNeighbors -= across;
         face.book = static_cast<uint32_t>(sides_.size());
         pages.push_back(h);
-        otherNeighbors.push_back(face.freeNeighbors);
+        otherNeighbors.push_back(faces_.freeNeighbors(HalfEdge::face(h)) -= across);
         return false;
     });
     if (pages.empty()) return;

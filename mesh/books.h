@@ -22,24 +22,28 @@ public:
     void startGroup();
 
     // All free faces adjacent to the face.
-    int32_t freeNeighbors(const StripFace& face) const { return face.freeNeighbors + across_[face.book]; }
-
-    // A face adjacent to this free one was used, which wasn't counted for all pages.
-    void dropNeighbor(StripFace& face) {
-        assert(face.freeNeighbors > 0);
-        if (face.book != 0) sides_[face.book].moveDown(numberOf(face), face.freeNeighbors);
-        --face.freeNeighbors;
+    int32_t freeNeighbors(uint32_t face) const {
+        const int32_t count = faces_.freeNeighbors(face);
+        return areNone_ ? count : count + across_[faces_[face].book];
     }
 
-    void use(StripFace& face) {
-        if (face.book != 0) sides_[face.book].remove(numberOf(face), face.freeNeighbors);
-        face.freeNeighbors = StripFace::kUsed;
+    // A face adjacent to this free one was used, which wasn't counted for all pages.
+    void dropNeighbor(uint32_t face) {
+        int32_t& count = faces_.freeNeighbors(face);
+        assert(count > 0);
+        if (isPage(face)) sides_[faces_[face].book].moveDown(face, count);
+        --count;
+    }
+
+    void use(uint32_t face) {
+        if (isPage(face)) sides_[faces_[face].book].remove(face, faces_.freeNeighbors(face));
+        faces_.use(face);
     }
 
     // A face across a list was used. Gives the page with the fewest free neighbours that stood in the list, the lowest
     // among equals, kNone for none.
     int32_t dropNeighborOfPages(int32_t list) {
-        const uint32_t book = sides_.size() == 1 ? 0 : bookOfList_[EdgeTable::listNumber(list)];
+        const uint32_t book = areNone_ ? 0 : bookOfList_[EdgeTable::listNumber(list)];
         if (book == 0) return HalfEdge::kNone;
         --across_[book];
         return sides_[book].withFewest();
@@ -55,9 +59,12 @@ public:
         }
     }
 
+    bool isPage(uint32_t face) const { return !areNone_ && faces_[face].book != 0; }
+
     // Is it a page of a book on whose edge the vertex lies?
-    bool isPageAt(const StripFace& face, uint32_t vertex) const {
-        return face.book != 0 && (ends_[face.book].first == vertex || ends_[face.book].second == vertex);
+    bool isPageAt(uint32_t face, uint32_t vertex) const {
+        const auto& [from, to] = ends_[faces_[face].book];
+        return isPage(face) && (from == vertex || to == vertex);
     }
 
 private:
@@ -66,10 +73,10 @@ private:
     void makeBook(int32_t there, int32_t back, const std::vector<bool>& isOnMore);
     void makeSide(int32_t list, const std::vector<uint32_t>& thirdsAcross, const std::vector<bool>& isOnMore);
     std::vector<uint32_t> thirdsOf(int32_t list) const;
-    uint32_t numberOf(const StripFace& face) const { return static_cast<uint32_t>(&face - faces_.data()); }
 
     StripFaces& faces_;
     EdgeTable& edges_;
+    bool areNone_ = true;
     // By StripFace::book, 0 for no book.
     std::vector<BookSide> sides_ = std::vector<BookSide>(1);
     std::vector<int32_t> across_{0};  // free faces across, to all of which each page is adjacent

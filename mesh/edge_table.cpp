@@ -6,8 +6,8 @@
 namespace marrowfen {
 
 EdgeTable::EdgeTable(StripFaces& faces, uint32_t vertexCount) : faces_(faces), ends_(vertexCount) {
-    for (const StripFace& face : faces) {
-        for (const uint32_t v : face.corners) ++ends_[v].valence;
+    for (size_t f = 0; f < faces.size(); ++f) {
+        for (const uint32_t v : faces[f].corners) ++ends_[v].valence;
     }
     edges_.reserve(faces.size() + faces.size() / 2);
 }
@@ -53,7 +53,8 @@ int32_t EdgeTable::edge(uint32_t from, uint32_t to) const {
 
 void EdgeTable::addEdge(int32_t halfEdge, const Place& place) {
     End& end = ends_[place.end];
-    end.others = (end.lastEdge < groupStart_ ? 0 : end.others) | bitOf(place.other);
+    if (end.lastEdge < groupStart_) end.others = {};
+    end.others[place.other / 64 % 2] |= bitOf(place.other);
     edges_.push_back({place.other, end.lastEdge, {HalfEdge::kNone, HalfEdge::kNone}});
     edges_.back().halves[place.half] = halfEdge;
     end.lastEdge = groupStart_ + static_cast<int32_t>(edges_.size()) - 1;
@@ -63,15 +64,15 @@ void EdgeTable::pair(int32_t a, int32_t b) {
     if (!isAdjacentToLater(a, b)) return;
     across(a) = b;
     across(b) = a;
-    ++faces_[HalfEdge::face(a)].freeNeighbors;
-    ++faces_[HalfEdge::face(b)].freeNeighbors;
+    ++faces_.freeNeighbors(HalfEdge::face(a));
+    ++faces_.freeNeighbors(HalfEdge::face(b));
 }
 
 void EdgeTable::unpair(int32_t a, int32_t b) {
     if (a == HalfEdge::kNone || b == HalfEdge::kNone || across(a) != b) return;
     across(a) = across(b) = HalfEdge::kNone;
-    --faces_[HalfEdge::face(a)].freeNeighbors;
-    --faces_[HalfEdge::face(b)].freeNeighbors;
+    --faces_.freeNeighbors(HalfEdge::face(a));
+    --faces_.freeNeighbors(HalfEdge::face(b));
 }
 
 // The half-edges of an edge with many are chained until all are known.
@@ -126,11 +127,11 @@ void EdgeTable::linkAcross(std::span<const int32_t> here, const int32_t& across)
     const std::span<const int32_t> there = halfEdges(across);
     const bool areFew = here.size() * there.size() <= kFewPairs;
     for (const int32_t halfEdge : here) {
-        StripFace& face = faces_[HalfEdge::face(halfEdge)];
+        const uint32_t face = HalfEdge::face(halfEdge);
         const bool isNeighbor = isList(across) || (across != HalfEdge::kNone && areAdjacent(halfEdge, across));
-        face.across[HalfEdge::side(halfEdge)] = isNeighbor ? across : HalfEdge::kNone;
+        faces_[face].across[HalfEdge::side(halfEdge)] = isNeighbor ? across : HalfEdge::kNone;
         if (!areFew) continue;
-        for (const int32_t other : there) face.freeNeighbors += areAdjacent(halfEdge, other) ? 1 : 0;
+        for (const int32_t other : there) faces_.freeNeighbors(face) += areAdjacent(halfEdge, other) ? 1 : 0;
     }
     if (!areFew) countByThirds(here, there);
 }
@@ -159,7 +160,7 @@ void EdgeTable::countByThirds(std::span<const int32_t> here, std::span<const int
         const auto count = isDegenerate(h) ? before(regular, h)
                                            : std::ssize(regular) - (same.second - same.first) + std::ssize(degenerate) -
                                                  before(degenerate, h);
-        faces_[HalfEdge::face(h)].freeNeighbors += static_cast<int32_t>(count);
+        faces_.freeNeighbors(HalfEdge::face(h)) += static_cast<int32_t>(count);
     }
 }
 

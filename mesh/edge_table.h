@@ -67,8 +67,8 @@ private:
 
     struct End {
         uint32_t valence = 0;
-        int32_t lastEdge = kNoEdge;  // that stands with it; the number of one of an earlier group means none
-        uint64_t others = 0;         // a bit for each other end, by its number modulo 64: a Bloom filter
+        int32_t lastEdge = kNoEdge;        // that stands with it; the number of one of an earlier group means none
+        std::array<uint64_t, 2> others{};  // a bit for each other end, by its number modulo 128: a Bloom filter
     };
 
     struct Edge {
@@ -104,7 +104,7 @@ private:
                third != higher.third(HalfEdge::side(high));
     }
     int32_t find(const Place& place) const {
-        if ((ends_[place.end].others & bitOf(place.other)) == 0) return kNoEdge;
+        if ((ends_[place.end].others[place.other / 64 % 2] & bitOf(place.other)) == 0) return kNoEdge;
         int32_t number = ends_[place.end].lastEdge;
         while (number >= groupStart_ && edgeAt(number).other != place.other) number = edgeAt(number).previous;
         return number >= groupStart_ ? number : kNoEdge;

@@ -26,11 +26,9 @@ public:
     int32_t best(const StripFaces& all, const Books& books) {
         while (!faces_.empty()) {
             for (; position_ < faces_.size(); ++position_) {
-                const StripFace& face = all[faces_[position_]];
-                assert(!face.isFree() || books.freeNeighbors(face) <= level_);
-                if (face.isFree() && books.freeNeighbors(face) == level_) {
-                    return static_cast<int32_t>(faces_[position_]);
-                }
+                const uint32_t face = faces_[position_];
+                assert(!all.isFree(face) || books.freeNeighbors(face) <= level_);
+                if (all.isFree(face) && books.freeNeighbors(face) == level_) return static_cast<int32_t>(face);
             }
             startLevel(all, books);
         }
@@ -41,8 +39,8 @@ private:
     void startLevel(const StripFaces& all, const Books& books) {
         level_ = 0;
         position_ = 0;
-        std::erase_if(faces_, [&](uint32_t face) { return !all[face].isFree(); });
-        for (const uint32_t face : faces_) level_ = std::max(level_, books.freeNeighbors(all[face]));
+        std::erase_if(faces_, [&](uint32_t face) { return !all.isFree(face); });
+        for (const uint32_t face : faces_) level_ = std::max(level_, books.freeNeighbors(face));
     }
 
     std::vector<uint32_t> faces_;

@@ -56,19 +56,20 @@ uint32_t StartFinder::best() {
     }
 }
 
-// Less than of any free face for one that is used. (Without branches.)
-StartFinder::Rank StartFinder::rankOf(uint32_t number, int32_t oldestLate) const {
-    const StripFace& face = faces_[number];
+// Below 0 for a face that is used. (Without branches: what is asked most.)
+inline StartFinder::Rank StartFinder::rankOf(uint32_t number, int32_t lateCorners) const {
+    return Rank{books_.freeNeighbors(number) + kScorePerLate * lateCorners} * (Rank{1} << 32) + (UINT32_MAX - number);
+}
+
+StartFinder::Rank StartFinder::rankOf(uint32_t number) const {
     int32_t late = 0;
-    for (const uint32_t v : face.corners) late += int32_t{emitted_.lastPosition(v) >= oldestLate};
-    const Rank rank = Rank{books_.freeNeighbors(face) + kScorePerLate * late} << 32 | (UINT32_MAX - number);
-    return rank | -Rank{!face.isFree()};
+    for (const uint32_t v : faces_[number].corners) late += int32_t{emitted_.isLate(v)};
+    return rankOf(number, late);
 }
 
 StartFinder::Rank StartFinder::bestOfAll() const {
     Rank best = kNoFace;
-    const int32_t oldestLate = emitted_.oldestLate();
-    for (uint32_t f = first_; f < end_; ++f) best = std::max(best, rankOf(f, oldestLate));
+    for (uint32_t f = first_; f < end_; ++f) best = std::max(best, rankOf(f));
     return best;
 }
 
@@ -77,20 +78,24 @@ StartFinder::Rank StartFinder::bestOf(FaceQueue& queue) const {
     return face < 0 ? kNoFace : rankOf(static_cast<uint32_t>(face));
 }
 
-// Forgets faces that have been used.
+// Forgets faces that have been used once they are many: loads wait for the stores of every single one.
 StartFinder::Rank StartFinder::bestAt(uint32_t vertex) {
     FacesAt& at = facesOf_[vertex];
-    uint32_t* const faces = facesAt_.data() + at.first;
-    uint32_t freeCount = 0;
+    const std::span<CornerAt> corners(cornersAt_.data() + at.first, at.count);
     const int32_t oldestLate = emitted_.oldestLate();
+    const auto isLate = [&](uint32_t v) { return int32_t{emitted_.lastPosition(v) >= oldestLate}; };
+    const int32_t own = isLate(vertex);
     Rank best = kNoFace;
-    for (uint32_t i = 0; i < at.count; ++i) {
-        const Rank rank = rankOf(faces[i], oldestLate);
+    uint32_t usedCount = 0;
+    for (const auto& [face, others] : corners) {
+        const Rank rank = rankOf(face, own + isLate(others[0]) + isLate(others[1]));
         best = std::max(best, rank);
-        faces[freeCount] = faces[i];
-        freeCount += rank == kNoFace ? 0 : 1;
+        usedCount += rank < 0 ? 1 : 0;
     }
-    at.count = freeCount;
+    if (usedCount > at.count / 4) {
+        const auto isUsed = [&](const CornerAt& corner) { return !faces_.isFree(corner.face); };
+        at.count = static_cast<uint32_t>(std::remove_if(corners.begin(), corners.end(), isUsed) - corners.begin());
+    }
     return best;
 }
 
@@ -105,7 +110,7 @@ void StartFinder::indexFaces() {
     }
     const auto forEachCorner = [&](auto visit) {
         for (uint32_t f = first_; f < end_; ++f) {
-            if (!faces_[f].isFree()) continue;
+            if (!faces_.isFree(f)) continue;
             for (const uint32_t v : faces_[f].corners) visit(facesOf_[v]);
         }
     };
@@ -116,10 +121,13 @@ void StartFinder::indexFaces() {
         hasHubs_ |= at.count > kHubValence;
     });
     // Filling from the back turns the ends into starts and leaves the faces of a vertex ascending.
-    facesAt_.resize(total);
+    cornersAt_.resize(total);
     for (uint32_t f = end_; f-- > first_;) {
-        if (!faces_[f].isFree()) continue;
-        for (const uint32_t v : faces_[f].corners) facesAt_[--facesOf_[v].first] = f;
+        if (!faces_.isFree(f)) continue;
+        const auto [a, b, c] = faces_[f].corners;
+        cornersAt_[--facesOf_[a].first] = {f, {b, c}};
+        cornersAt_[--facesOf_[b].first] = {f, {c, a}};
+        cornersAt_[--facesOf_[c].first] = {f, {a, b}};
     }
     forgetLate();
 }
@@ -190,8 +198,8 @@ FaceQueue& StartFinder::facesOfHub(uint32_t hub) {
     if (isNew) {
         std::vector<uint32_t> faces;
         for (uint32_t i = 0; i < facesOf_[hub].count; ++i) {
-            const uint32_t face = facesAt_[facesOf_[hub].first + i];
-            if (!books_.isPageAt(faces_[face], hub)) faces.push_back(face);
+            const uint32_t face = cornersAt_[facesOf_[hub].first + i].face;
+            if (!books_.isPageAt(face, hub)) faces.push_back(face);
         }
         entry->second = FaceQueue(std::move(faces));
     }

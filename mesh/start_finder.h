@@ -32,12 +32,18 @@ private:
     using Rank = int64_t;
     static constexpr Rank kNoFace = -1;
     static uint32_t faceOf(Rank rank) { return UINT32_MAX - static_cast<uint32_t>(rank); }
-    Rank rankOf(uint32_t number, int32_t oldestLate) const;
-    Rank rankOf(uint32_t number) const { return rankOf(number, emitted_.oldestLate()); }
+    Rank rankOf(uint32_t number, int32_t lateCorners) const;
+    Rank rankOf(uint32_t number) const;
+
+    // A face at a vertex, with its two other corners: the faces themselves lie in no order.
+    struct CornerAt {
+        uint32_t face;
+        std::array<uint32_t, 2> others;
+    };
 
     // Of a vertex.
     struct FacesAt {
-        uint32_t first = 0, count = 0;  // in facesAt_: those that were free when last looked at; all of a hub
+        uint32_t first = 0, count = 0;  // in cornersAt_: those that were free when last looked at; all of a hub
         uint32_t slot = 0;              // of the late vertices: where it was put last
     };
 
@@ -55,7 +61,7 @@ private:
     // Fewer faces than these are looked at one by one, which costs less than to keep them in order: those of a group,
     // of a vertex and of an edge.
     static constexpr uint32_t kFewFaces = 64;
-    static constexpr uint32_t kHubValence = 32;
+    static constexpr uint32_t kHubValence = 512;
     static constexpr size_t kMostPerEdge = 2048;
 
     const StripFaces& faces_;
@@ -65,8 +71,8 @@ private:
     uint32_t first_ = 0, end_ = 0;
     FaceQueue allFaces_;  // but for pages of books
     bool isIndexed_ = false, hasHubs_ = false;
-    std::vector<FacesAt> facesOf_;   // per vertex
-    std::vector<uint32_t> facesAt_;  // by vertex
+    std::vector<FacesAt> facesOf_;     // per vertex
+    std::vector<CornerAt> cornersAt_;  // by vertex
     // By position modulo their number: vertices lately emitted, kNoVertex for one that comes again later, and the best
     // face of each when that was last looked for, kNoFace for hubs.
     static constexpr uint32_t kNoVertex = UINT32_MAX;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -19,16 +20,11 @@ struct HalfEdge {
 
 // What stripping keeps of a face, together in half a cache line.
 struct alignas(32) StripFace {
-    static constexpr int32_t kUsed = -1;
-
     Corners corners{};
-    int32_t freeNeighbors = 0;  // faces adjacent to it that are not yet in a strip; kUsed once it is in one itself.
-                                // Without those across the edge of its book.
     // Per side: the half-edge of the only face adjacent across it, kNone, or below that a list, see EdgeTable.
     std::array<int32_t, 3> across{HalfEdge::kNone, HalfEdge::kNone, HalfEdge::kNone};
     uint32_t book = 0;  // of Books; 0 for none
 
-    bool isFree() const { return freeNeighbors != kUsed; }
     uint32_t from(uint32_t side) const { return corners[side]; }
     uint32_t to(uint32_t side) const { return corners[side == 2 ? 0 : side + 1]; }
     uint32_t third(uint32_t side) const { return corners[side == 0 ? 2 : side - 1]; }  // the corner off that edge
@@ -37,6 +33,27 @@ struct alignas(32) StripFace {
     uint32_t sideCount() const { return corners[0] == corners[1] && corners[1] == corners[2] ? 1 : 3; }
 };
 
-using StripFaces = std::vector<StripFace>;
+// The faces of a mesh. Their counts are asked for more often than all else, in no order, and stand by themselves.
+class StripFaces {
+public:
+    explicit StripFaces(size_t count) : faces_(count), freeNeighbors_(count) {}
+
+    size_t size() const { return faces_.size(); }
+    StripFace& operator[](size_t face) { return faces_[face]; }
+    const StripFace& operator[](size_t face) const { return faces_[face]; }
+
+    // Faces adjacent to a free one that are not yet in a strip, without those across the edge of its book.
+    int32_t& freeNeighbors(size_t face) { return freeNeighbors_[face]; }
+    int32_t freeNeighbors(size_t face) const { return freeNeighbors_[face]; }
+
+    bool isFree(size_t face) const { return freeNeighbors_[face] >= 0; }
+    void use(size_t face) { freeNeighbors_[face] = kUsed; }
+
+private:
+    static constexpr int32_t kUsed = INT32_MIN / 2;  // stays below 0 with all that is added to counts
+
+    std::vector<StripFace> faces_;
+    std::vector<int32_t> freeNeighbors_;
+};
 
 }  // namespace marrowfen

@@ -68,7 +68,7 @@ void Stripper::startStrip() {
 
 // The first free face that the last strip passed over, else the best one by score.
 uint32_t Stripper::pickStartFace() {
-    const auto isFree = [&](uint32_t face) { return faces_[face].isFree(); };
+    const auto isFree = [&](uint32_t face) { return faces_.isFree(face); };
     const auto found = std::find_if(candidates_.begin(), candidates_.end(), isFree);
     const uint32_t start = found == candidates_.end() ? starts_.best() : *found;
     candidates_.clear();
@@ -125,7 +125,7 @@ bool Stripper::isLast(const Joint& joint) const {
 }
 
 float Stripper::scoreOf(int32_t halfEdge, const Joint& joint) const {
-    float score = -kNeighborWeight * static_cast<float>(books_.freeNeighbors(faces_[HalfEdge::face(halfEdge)]));
+    float score = -kNeighborWeight * static_cast<float>(books_.freeNeighbors(HalfEdge::face(halfEdge)));
     if (!isFirst_ && isLast(joint)) score += kNoSwapWeight;
     if (emitted_.isLate(joint.added)) score += kLateWeight;
     return score;
@@ -156,19 +156,19 @@ bool Stripper::swapUnlessLast(const Joint& joint) {
 // Marks the face used, tells its free neighbours, and finds the one across each edge that has the fewest free
 // neighbours left, the lowest among equals.
 void Stripper::takeFace(uint32_t number) {
-    StripFace& face = faces_[number];
-    assert(face.isFree() && freeCount_ > 0);
-    const bool isAlone = books_.freeNeighbors(face) == 0;
-    books_.use(face);
+    assert(faces_.isFree(number) && freeCount_ > 0);
+    const bool isAlone = books_.freeNeighbors(number) == 0;
+    books_.use(number);
     --freeCount_;
     across_.fill(HalfEdge::kNone);
     if (isAlone) return;
+    const StripFace& face = faces_[number];
     for (uint32_t side = 0; side < 3; ++side) {
         const int32_t across = face.across[side];
         if (EdgeTable::isList(across)) {
             across_[side] = takeFromList(HalfEdge::of(number, side), across);
-        } else if (across != HalfEdge::kNone && faces_[HalfEdge::face(across)].isFree()) {
-            books_.dropNeighbor(faces_[HalfEdge::face(across)]);
+        } else if (across != HalfEdge::kNone && faces_.isFree(HalfEdge::face(across))) {
+            books_.dropNeighbor(HalfEdge::face(across));
             across_[side] = across;
         }
     }
@@ -178,10 +178,10 @@ void Stripper::takeFace(uint32_t number) {
 int32_t Stripper::takeFromList(int32_t halfEdge, int32_t list) {
     int32_t best = books_.dropNeighborOfPages(list);
     int32_t fewest = std::numeric_limits<int32_t>::max();
-    if (best != HalfEdge::kNone) fewest = books_.freeNeighbors(faces_[HalfEdge::face(best)]);
+    if (best != HalfEdge::kNone) fewest = books_.freeNeighbors(HalfEdge::face(best));
     edges_.filterList(list, [&](int32_t other) {
-        StripFace& face = faces_[HalfEdge::face(other)];
-        if (!face.isFree()) return false;
+        const uint32_t face = HalfEdge::face(other);
+        if (!faces_.isFree(face)) return false;
         if (!edges_.areAdjacent(halfEdge, other)) return true;
         books_.dropNeighbor(face);
         const int32_t count = books_.freeNeighbors(face);
