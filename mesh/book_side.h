@@ -53,28 +53,33 @@ private:
 };
 
 // Pages: faces that have an edge with many faces the same way round, and are adjacent to every face that has it the
-// other way round. Those are counted once for all pages. The free pages are kept by their other neighbours.
+// other way round, but for one twin at most. Those are counted once for all pages. The free pages are kept by their
+// other neighbours, from which a free twin is taken off.
 class BookSide {
 public:
     BookSide() = default;
 
     // pages: half-edges, ascending. otherNeighbors: one per page.
     BookSide(std::vector<int32_t> pages, const std::vector<int32_t>& otherNeighbors) : pages_(std::move(pages)) {
-        for (uint32_t i = 0; i < pages_.size(); ++i) insert(i, static_cast<size_t>(otherNeighbors[i]));
+        for (uint32_t i = 0; i < pages_.size(); ++i) insert(i, otherNeighbors[i]);
     }
 
-    // The page has one other neighbour less than before.
-    void moveDown(uint32_t face, int32_t neighborsBefore) {
-        const uint32_t position = remove(face, neighborsBefore);
-        insert(position, static_cast<size_t>(neighborsBefore - 1));
-    }
+    // The page's number of other neighbours changes.
+    void move(uint32_t face, int32_t before, int32_t now) { insert(remove(face, before), now); }
 
-    // Gives the page's position.
+    // Gives the page's position, with which insert() puts it back.
     uint32_t remove(uint32_t face, int32_t neighbors) {
         const auto page = std::lower_bound(pages_.begin(), pages_.end(), HalfEdge::of(face, 0));
         const auto position = static_cast<uint32_t>(page - pages_.begin());
-        levels_[static_cast<size_t>(neighbors)].erase(position);
+        levels_[levelOf(neighbors)].erase(position);
         return position;
+    }
+
+    void insert(uint32_t position, int32_t neighbors) {
+        const size_t level = levelOf(neighbors);
+        if (level >= levels_.size()) levels_.resize(level + 1);
+        if (!levels_[level].hasRoom()) levels_[level] = LowestNumberSet(pages_.size());
+        levels_[level].insert(position);
     }
 
     // The free page with the fewest or the most other neighbours, the lowest among equals; kNone when none is free.
@@ -82,11 +87,7 @@ public:
     int32_t withMost() const { return firstOf(levels_.rbegin(), levels_.rend()); }
 
 private:
-    void insert(uint32_t position, size_t neighbors) {
-        if (neighbors >= levels_.size()) levels_.resize(neighbors + 1);
-        if (!levels_[neighbors].hasRoom()) levels_[neighbors] = LowestNumberSet(pages_.size());
-        levels_[neighbors].insert(position);
-    }
+    static size_t levelOf(int32_t neighbors) { return static_cast<size_t>(neighbors + 1); }
 
     template <class Level>
     int32_t firstOf(Level level, Level end) const {
@@ -98,7 +99,7 @@ private:
     }
 
     std::vector<int32_t> pages_;
-    std::vector<LowestNumberSet> levels_;  // positions of free pages by number of other neighbours
+    std::vector<LowestNumberSet> levels_;  // positions of free pages by number of other neighbours, from -1 on
 };
 
 }  // namespace marrowfen

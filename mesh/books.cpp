@@ -29,6 +29,7 @@ void Books::startGroup() {
     }
 
     bookOfList_.assign(edges_.listCount(), 0);
+    twinOf_.assign(faces_.size(), kNoTwin);
     for (const auto& [there, back] : edges) makeBook(there, back, isOnMore);
     areNone_ = sides_.size() == 1;
 }
@@ -43,29 +44,45 @@ void Books::makeBook(int32_t there, int32_t back, const std::vector<bool>& isOnM
         if (std::binary_search(thirdsThere.begin(), thirdsThere.end(), end)) return;
         if (std::binary_search(thirdsBack.begin(), thirdsBack.end(), end)) return;
     }
-    makeSide(there, thirdsBack, isOnMore);
-    makeSide(back, thirdsThere, isOnMore);
+    std::vector<Twin> twins;
+    makeSide(there, thirdsThere, thirdsBack, isOnMore, twins);
+    makeSide(back, thirdsBack, thirdsThere, isOnMore, twins);
     ends_.resize(sides_.size(), ends);
+    std::sort(twins.begin(), twins.end());
+    for (size_t i = 0; i < twins.size(); i += 2) {
+        assert(twins[i].first == twins[i + 1].first);
+        twinOf_[twins[i].second] = twins[i + 1].second;
+        twinOf_[twins[i + 1].second] = twins[i].second;
+    }
 }
 
-std::vector<uint32_t> Books::thirdsOf(int32_t list) const {
-    std::vector<uint32_t> thirds;
-    for (const int32_t h : edges_.halfEdges(list)) thirds.push_back(faces_[HalfEdge::face(h)].third(HalfEdge::side(h)));
+Books::Thirds Books::thirdsOf(int32_t list) const {
+    Thirds thirds;
+    for (const int32_t h : edges_.halfEdges(list)) {
+        const uint32_t face = HalfEdge::face(h), third = faces_[face].third(HalfEdge::side(h));
+        thirds.insert(thirds.end(), static_cast<size_t>(edges_.copies().count(face)), third);
+    }
     std::sort(thirds.begin(), thirds.end());
     return thirds;
 }
 
-void Books::makeSide(int32_t list, const std::vector<uint32_t>& thirdsAcross, const std::vector<bool>& isOnMore) {
+void Books::makeSide(int32_t list, const Thirds& thirds, const Thirds& thirdsAcross, const std::vector<bool>& isOnMore,
+                     std::vector<Twin>& twins) {
+    const auto isPageWith = [&](uint32_t third, std::ptrdiff_t twinCount) {
+        const auto alike = std::equal_range(thirds.begin(), thirds.end(), third);
+        return twinCount == 0 || (twinCount == 1 && alike.second - alike.first == 1);
+    };
     const auto across = static_cast<int32_t>(thirdsAcross.size());
     std::vector<int32_t> pages, otherNeighbors;
     edges_.filterList(list, [&](int32_t h) {
-        StripFace& face = faces_[HalfEdge::face(h)];
-        const uint32_t third = face.third(HalfEdge::side(h));
-        const bool hasTwin = std::binary_search(thirdsAcross.begin(), thirdsAcross.end(), third);
-        if (hasTwin || isOnMore[HalfEdge::face(h)]) return true;
-        face.book = static_cast<uint32_t>(sides_.size());
+        const uint32_t face = HalfEdge::face(h), third = faces_[face].third(HalfEdge::side(h));
+        const auto alike = std::equal_range(thirdsAcross.begin(), thirdsAcross.end(), third);
+        const auto twinCount = alike.second - alike.first;
+        if (!isPageWith(third, twinCount) || isOnMore[face] || edges_.copies().hasCopies(face)) return true;
+        faces_[face].book = static_cast<uint32_t>(sides_.size());
         pages.push_back(h);
-        otherNeighbors.push_back(faces_.freeNeighbors(HalfEdge::face(h)) -= across);
+        otherNeighbors.push_back(faces_.freeNeighbors(face) -= across);
+        if (twinCount == 1) twins.emplace_back(third, face);
         return false;
     });
     if (pages.empty()) return;

@@ -29,24 +29,33 @@ public:
 
     // A face adjacent to this free one was used, which wasn't counted for all pages.
     void dropNeighbor(uint32_t face) {
+        assert(freeNeighbors(face) > 0);
         int32_t& count = faces_.freeNeighbors(face);
-        assert(count > 0);
-        if (isPage(face)) sides_[faces_[face].book].moveDown(face, count);
+        if (isPage(face)) sides_[faces_[face].book].move(face, count, count - 1);
         --count;
     }
 
     void use(uint32_t face) {
-        if (isPage(face)) sides_[faces_[face].book].remove(face, faces_.freeNeighbors(face));
+        const int32_t count = faces_.freeNeighbors(face);
+        if (isPage(face)) sides_[faces_[face].book].remove(face, count);
         faces_.use(face);
+        edges_.copies().passOn(face, count);
     }
 
-    // A face across a list was used. Gives the page with the fewest free neighbours that stood in the list, the lowest
-    // among equals, kNone for none.
-    int32_t dropNeighborOfPages(int32_t list) {
+    // The face across a list was used. Gives the page with the fewest free neighbours that stood in the list, the
+    // lowest among equals, kNone for none; never its twin, which isn't its neighbour.
+    int32_t dropNeighborOfPages(uint32_t used, int32_t list) {
         const uint32_t book = areNone_ ? 0 : bookOfList_[EdgeTable::listNumber(list)];
         if (book == 0) return HalfEdge::kNone;
         --across_[book];
-        return sides_[book].withFewest();
+        BookSide& side = sides_[book];
+        const uint32_t twin = twinOf_[used];
+        if (twin == kNoTwin || !faces_.isFree(twin)) return side.withFewest();
+        int32_t& count = faces_.freeNeighbors(twin);
+        const uint32_t position = side.remove(twin, count);
+        const int32_t best = side.withFewest();
+        side.insert(position, ++count);
+        return best;
     }
 
     // Calls visit(face) for one free page of each side of a book: that with the most free neighbours, the lowest among
@@ -68,11 +77,18 @@ public:
     }
 
 private:
+    static constexpr uint32_t kNoTwin = UINT32_MAX;
     static constexpr size_t kFewPairs = 4096;  // of faces across an edge: they are told one by one
 
     void makeBook(int32_t there, int32_t back, const std::vector<bool>& isOnMore);
-    void makeSide(int32_t list, const std::vector<uint32_t>& thirdsAcross, const std::vector<bool>& isOnMore);
-    std::vector<uint32_t> thirdsOf(int32_t list) const;
+    using Thirds = std::vector<uint32_t>;  // third corners of the faces of a list, ascending
+
+    // A page that has a twin, by third corner.
+    using Twin = std::pair<uint32_t, uint32_t>;
+
+    void makeSide(int32_t list, const Thirds& thirds, const Thirds& thirdsAcross, const std::vector<bool>& isOnMore,
+                  std::vector<Twin>& twins);
+    Thirds thirdsOf(int32_t list) const;
 
     StripFaces& faces_;
     EdgeTable& edges_;
@@ -82,6 +98,7 @@ private:
     std::vector<int32_t> across_{0};  // free faces across, to all of which each page is adjacent
     std::vector<std::pair<uint32_t, uint32_t>> ends_{{0, 0}};  // of the edge
     std::vector<uint32_t> bookOfList_;                         // by list number; 0 for none
+    std::vector<uint32_t> twinOf_;  // per face: the page with the same corners the other way round
 };
 
 }  // namespace marrowfen

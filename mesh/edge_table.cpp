@@ -5,7 +5,7 @@
 
 namespace marrowfen {
 
-EdgeTable::EdgeTable(StripFaces& faces, uint32_t vertexCount) : faces_(faces), ends_(vertexCount) {
+EdgeTable::EdgeTable(StripFaces& faces, uint32_t vertexCount) : faces_(faces), copies_(faces), ends_(vertexCount) {
     for (size_t f = 0; f < faces.size(); ++f) {
         for (const uint32_t v : faces[f].corners) ++ends_[v].valence;
     }
@@ -42,6 +42,7 @@ void EdgeTable::linkGroup(uint32_t first, uint32_t end) {
         add(HalfEdge::of(f, 1), b, c);
         add(HalfEdge::of(f, 2), c, a);
     }
+    findCopies(first, end);
     for (const int32_t number : crowdedEdges_) linkThroughLists(edgeAt(number));
 }
 
@@ -92,6 +93,34 @@ void EdgeTable::addToChain(int32_t number, uint32_t half, int32_t halfEdge) {
     halves[half] = chainFrom(halfEdge);
 }
 
+// The half-edges of a chain, which descend.
+template <class Visit>
+void EdgeTable::visitChain(int32_t chain, Visit visit) const {
+    for (; chain != HalfEdge::kNone; chain = chained_[static_cast<size_t>(chainFrom(chain))]) visit(chainFrom(chain));
+}
+
+// Copies only cost where an edge has many faces both ways round.
+void EdgeTable::findCopies(uint32_t first, uint32_t end) {
+    copies_.clear();
+    std::vector<uint32_t> faces, degenerates;
+    for (const int32_t number : crowdedEdges_) {
+        const auto& halves = edgeAt(number).halves;
+        std::array<size_t, 2> lengths{};
+        for (size_t half = 0; half < 2; ++half) visitChain(halves[half], [&](int32_t) { ++lengths[half]; });
+        if (lengths[0] * lengths[1] <= kFewPairs) continue;
+        for (const int32_t chain : halves) visitChain(chain, [&](int32_t h) { faces.push_back(HalfEdge::face(h)); });
+    }
+    if (faces.empty()) return;
+    std::sort(faces.begin(), faces.end());
+    faces.erase(std::unique(faces.begin(), faces.end()), faces.end());
+    const auto isDegenerate = [&](uint32_t f) { return hasRepeats(faces_[f].corners); };
+    std::erase_if(faces, isDegenerate);
+    for (uint32_t f = first; f < end; ++f) {
+        if (isDegenerate(f)) degenerates.push_back(f);
+    }
+    copies_.find(faces, degenerates);
+}
+
 void EdgeTable::linkThroughLists(Edge& edge) {
     for (int32_t& half : edge.halves) half = listOfChain(half);
     const auto [there, back] = edge.halves;
@@ -105,14 +134,14 @@ void EdgeTable::linkThroughLists(Edge& edge) {
     linkAcross(halfEdges(edge.halves[1]), there);
 }
 
-// The half-edges of a chain, which descend, as a list.
+// The half-edges of a chain as a list, but for those of copies that wait.
 int32_t EdgeTable::listOfChain(int32_t chain) {
     const List list{static_cast<uint32_t>(listed_.size()), 0};
-    for (; chain != HalfEdge::kNone; chain = chained_[static_cast<size_t>(listed_.back())]) {
-        listed_.push_back(chainFrom(chain));
-    }
+    visitChain(chain, [&](int32_t h) {
+        if (faces_.isFree(HalfEdge::face(h))) listed_.push_back(h);
+    });
     const size_t length = listed_.size() - list.first;
-    if (length <= 1) {
+    if (length == 0 || (length == 1 && !copies_.hasCopies(HalfEdge::face(listed_.back())))) {
         const int32_t only = length == 0 ? HalfEdge::kNone : listed_.back();
         listed_.resize(list.first);
         return only;
@@ -131,7 +160,9 @@ void EdgeTable::linkAcross(std::span<const int32_t> here, const int32_t& across)
         const bool isNeighbor = isList(across) || (across != HalfEdge::kNone && areAdjacent(halfEdge, across));
         faces_[face].across[HalfEdge::side(halfEdge)] = isNeighbor ? across : HalfEdge::kNone;
         if (!areFew) continue;
-        for (const int32_t other : there) faces_.freeNeighbors(face) += areAdjacent(halfEdge, other) ? 1 : 0;
+        for (const int32_t other : there) {
+            if (areAdjacent(halfEdge, other)) faces_.freeNeighbors(face) += copies_.count(HalfEdge::face(other));
+        }
     }
     if (!areFew) countByThirds(here, there);
 }
@@ -145,11 +176,13 @@ void EdgeTable::countByThirds(std::span<const int32_t> here, std::span<const int
     const auto isDegenerate = [&, from = any.from(side), to = any.to(side)](int32_t h) {
         return thirdOf(h) == from || thirdOf(h) == to;
     };
-    std::vector<int32_t> regular, degenerate;  // half-edges, ascending
+    std::vector<int32_t> regular, degenerate;  // half-edges, ascending; one for each of the copies
     std::vector<uint32_t> thirds;              // of the regular ones
     for (const int32_t other : across) {
-        (isDegenerate(other) ? degenerate : regular).push_back(other);
-        if (!isDegenerate(other)) thirds.push_back(thirdOf(other));
+        for (int32_t copy = copies_.count(HalfEdge::face(other)); copy > 0; --copy) {
+            (isDegenerate(other) ? degenerate : regular).push_back(other);
+            if (!isDegenerate(other)) thirds.push_back(thirdOf(other));
+        }
     }
     std::sort(thirds.begin(), thirds.end());
     const auto before = [](const std::vector<int32_t>& list, int32_t h) {

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "mesh/strip_faces.h"
+#include "mesh/face_copies.h"
 
 namespace marrowfen {
 
@@ -60,6 +60,10 @@ public:
     int32_t edge(uint32_t from, uint32_t to) const;
 
     size_t vertexCount() const { return ends_.size(); }
+
+    // Of the faces of edges with many: in lists stands the first of them.
+    const FaceCopies& copies() const { return copies_; }
+    FaceCopies& copies() { return copies_; }
 
 private:
     static constexpr int32_t kNoEdge = -1;
@@ -119,12 +123,16 @@ private:
     void pair(int32_t a, int32_t b);
     void unpair(int32_t a, int32_t b);
     void addToChain(int32_t number, uint32_t half, int32_t halfEdge);
+    template <class Visit>
+    void visitChain(int32_t chain, Visit visit) const;
+    void findCopies(uint32_t first, uint32_t end);
     void linkThroughLists(Edge& edge);
     int32_t listOfChain(int32_t chain);
     void linkAcross(std::span<const int32_t> here, const int32_t& across);
     void countByThirds(std::span<const int32_t> here, std::span<const int32_t> across);
 
     StripFaces& faces_;
+    FaceCopies copies_;
     std::vector<End> ends_;              // per vertex
     std::vector<Edge> edges_;            // of the group
     int32_t groupStart_ = 0;             // number of the group's first edge

@@ -32,7 +32,7 @@ void StartFinder::startGroup(uint32_t first, uint32_t end) {
     for (uint32_t f = first; f < end; ++f) {
         if (faces_[f].book == 0) all.push_back(f);
     }
-    allFaces_ = FaceQueue(std::move(all));
+    allFaces_ = FaceQueue(all, faces_, edges_.copies());
 }
 
 uint32_t StartFinder::best() {
@@ -74,7 +74,7 @@ StartFinder::Rank StartFinder::bestOfAll() const {
 }
 
 StartFinder::Rank StartFinder::bestOf(FaceQueue& queue) const {
-    const int32_t face = queue.best(faces_, books_);
+    const int32_t face = queue.best(faces_, books_, edges_.copies());
     return face < 0 ? kNoFace : rankOf(static_cast<uint32_t>(face));
 }
 
@@ -93,7 +93,7 @@ StartFinder::Rank StartFinder::bestAt(uint32_t vertex) {
         usedCount += rank < 0 ? 1 : 0;
     }
     if (usedCount > at.count / 4) {
-        const auto isUsed = [&](const CornerAt& corner) { return !faces_.isFree(corner.face); };
+        const auto isUsed = [&](const CornerAt& corner) { return faces_.isUsed(corner.face); };
         at.count = static_cast<uint32_t>(std::remove_if(corners.begin(), corners.end(), isUsed) - corners.begin());
     }
     return best;
@@ -110,7 +110,7 @@ void StartFinder::indexFaces() {
     }
     const auto forEachCorner = [&](auto visit) {
         for (uint32_t f = first_; f < end_; ++f) {
-            if (!faces_.isFree(f)) continue;
+            if (faces_.isUsed(f)) continue;
             for (const uint32_t v : faces_[f].corners) visit(facesOf_[v]);
         }
     };
@@ -123,7 +123,7 @@ void StartFinder::indexFaces() {
     // Filling from the back turns the ends into starts and leaves the faces of a vertex ascending.
     cornersAt_.resize(total);
     for (uint32_t f = end_; f-- > first_;) {
-        if (!faces_.isFree(f)) continue;
+        if (faces_.isUsed(f)) continue;
         const auto [a, b, c] = faces_[f].corners;
         cornersAt_[--facesOf_[a].first] = {f, {b, c}};
         cornersAt_[--facesOf_[b].first] = {f, {c, a}};
@@ -182,7 +182,10 @@ StartFinder::Rank StartFinder::bestAtHubs() {
             const int32_t edge = edges_.edge(hub, other);
             const std::span<const int32_t> halfEdges = edges_.halfEdges(edge);
             if (halfEdges.size() <= kMostPerEdge) {
-                for (const int32_t h : halfEdges) best = std::max(best, rankOf(HalfEdge::face(h)));
+                for (const int32_t h : halfEdges) {
+                    const int32_t now = edges_.copies().current(h);
+                    if (now != HalfEdge::kNone) best = std::max(best, rankOf(HalfEdge::face(now)));
+                }
                 continue;
             }
             // Nor are those of an edge with many: the best with any third corner, and with each that is a hub.
@@ -201,7 +204,7 @@ FaceQueue& StartFinder::facesOfHub(uint32_t hub) {
             const uint32_t face = cornersAt_[facesOf_[hub].first + i].face;
             if (!books_.isPageAt(face, hub)) faces.push_back(face);
         }
-        entry->second = FaceQueue(std::move(faces));
+        entry->second = FaceQueue(faces, faces_, edges_.copies());
     }
     return entry->second;
 }
@@ -215,9 +218,10 @@ FaceQueue& StartFinder::facesOfEdge(uint32_t from, uint32_t to, uint32_t third) 
         for (const int32_t h : edges_.halfEdges(edge)) {
             const Corners& c = faces_[HalfEdge::face(h)].corners;
             const bool isThird = (from == third || to == third) ? hasRepeats(c) : hasCorner(c, third);
-            if (third == kAnyThird || isThird) faces.push_back(HalfEdge::face(h));
+            const int32_t now = edges_.copies().current(h);
+            if (now != HalfEdge::kNone && (third == kAnyThird || isThird)) faces.push_back(HalfEdge::face(now));
         }
-        entry->second = FaceQueue(std::move(faces));
+        entry->second = FaceQueue(faces, faces_, edges_.copies());
     }
     return entry->second;
 }

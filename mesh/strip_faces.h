@@ -42,14 +42,18 @@ public:
     StripFace& operator[](size_t face) { return faces_[face]; }
     const StripFace& operator[](size_t face) const { return faces_[face]; }
 
-    // Faces adjacent to a free one that are not yet in a strip, without those across the edge of its book.
+    // Faces adjacent to a free one that are not yet in a strip, without those across the edge of its book,
+    // of which a twin is taken off here.
     int32_t& freeNeighbors(size_t face) { return freeNeighbors_[face]; }
     int32_t freeNeighbors(size_t face) const { return freeNeighbors_[face]; }
 
-    bool isFree(size_t face) const { return freeNeighbors_[face] >= 0; }
+    bool isFree(size_t face) const { return freeNeighbors_[face] > kWaiting; }
+    bool isUsed(size_t face) const { return freeNeighbors_[face] == kUsed; }
     void use(size_t face) { freeNeighbors_[face] = kUsed; }
+    void wait(size_t face) { freeNeighbors_[face] = kWaiting; }  // neither free nor used
 
 private:
+    static constexpr int32_t kWaiting = INT32_MIN / 2 + 1;
     static constexpr int32_t kUsed = INT32_MIN / 2;  // stays below 0 with all that is added to counts
 
     std::vector<StripFace> faces_;

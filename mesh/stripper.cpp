@@ -176,12 +176,13 @@ void Stripper::takeFace(uint32_t number) {
 }
 
 int32_t Stripper::takeFromList(int32_t halfEdge, int32_t list) {
-    int32_t best = books_.dropNeighborOfPages(list);
+    int32_t best = books_.dropNeighborOfPages(HalfEdge::face(halfEdge), list);
     int32_t fewest = std::numeric_limits<int32_t>::max();
     if (best != HalfEdge::kNone) fewest = books_.freeNeighbors(HalfEdge::face(best));
-    edges_.filterList(list, [&](int32_t other) {
+    edges_.filterList(list, [&](int32_t listed) {
+        const int32_t other = edges_.copies().current(listed);
+        if (other == HalfEdge::kNone || !faces_.isFree(HalfEdge::face(other))) return false;
         const uint32_t face = HalfEdge::face(other);
-        if (!faces_.isFree(face)) return false;
         if (!edges_.areAdjacent(halfEdge, other)) return true;
         books_.dropNeighbor(face);
         const int32_t count = books_.freeNeighbors(face);

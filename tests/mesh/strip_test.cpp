@@ -109,8 +109,8 @@ TEST(Strip, SameAsThePlainMethod) {
     EXPECT_GT(failures, 0) << "degenerate faces should have met an error at times";
 }
 
-// Two edges that meet, with many triangles each, turned either way: some come again, some face each other, a few are on
-// both edges, or on the edge alone.
+// Two edges that meet, with many triangles each, turned either way: some come again, some or all face each other, a few
+// are on both edges, or on the edge alone.
 Mesh books(uint32_t seed) {
     std::mt19937 random(seed);
     const uint32_t others = 20 + makers::pick(random, 400), rarity = 20 + makers::pick(random, 400);
@@ -120,6 +120,7 @@ Mesh books(uint32_t seed) {
         if (makers::pick(random, rarity) == 0) t[2] = makers::pick(random, seed % 3 == 0 ? 2 : 3);
         if (makers::pick(random, 2) == 0) std::swap(t[0], t[1]);
         if (seed % 3 == 0 || !hasRepeats(t)) triangles.push_back(t);
+        if (seed % 5 == 0) triangles.push_back({triangles.back()[1], triangles.back()[0], triangles.back()[2]});
     }
     return makers::fromTriangles(std::vector<Point3>(3 + others), triangles);
 }
@@ -132,8 +133,12 @@ TEST(Strip, DegenerateFacesAtHubsSameAsThePlainMethod) {
         // A hub has several hundred faces.
         const uint32_t size = (seed % 25 == 0 ? 600 : 30) + makers::pick(random, 61),
                        degenerates = 1 + makers::pick(random, 4);
-        const Mesh meshes[] = {makers::fan(size, true), makers::fan(size, false), makers::book(size),
-                               makers::soup(2 * size, 3 + makers::pick(random, 20), seed, seed % 2 == 0), books(seed)};
+        const Mesh meshes[] = {makers::fan(size, true),
+                               makers::fan(size, false),
+                               makers::book(size),
+                               makers::soup(2 * size, 3 + makers::pick(random, 20), seed, seed % 2 == 0),
+                               makers::soup(300 + 2 * size, 3 + makers::pick(random, 4), seed),
+                               books(seed)};
         for (const Mesh& mesh : meshes) {
             Mesh fast =
                 seed % 4 == 0 ? mesh : makers::withDegenerates(mesh, makers::pick(random, 2), degenerates, seed);
