@@ -6,6 +6,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ground/excerpt.h"
 #include "ground/message.h"
@@ -53,10 +54,10 @@ inline constexpr const MessageKind* kExportMessageKinds[] = {
     &kSeveralBones, &kSharedName,      &kSharedClipName,   &kEmptyCollision, &kOverruledCollision, &kNoTexture,
     &kFrameRate,    &kClipSkipped,     &kClipLeftOut};
 
-// The export log and the listener to messages, both borrowed.
+// The export log, borrowed, and the listener to messages.
 class Notices {
 public:
-    Notices(std::ostream& log, const MessageListener& listener) : log_(log), listener_(listener) {}
+    Notices(std::ostream& log, MessageListener listener) : log_(log), listener_(std::move(listener)) {}
 
     std::ostream& log() { return log_; }
 
@@ -83,7 +84,7 @@ private:
     static constexpr size_t kMostOfAKind = 10000;  // nobody reads more, and a small scene can be worth a million
 
     std::ostream& log_;
-    const MessageListener& listener_;
+    const MessageListener listener_;
     std::map<const MessageKind*, size_t> told_;
 };
 
