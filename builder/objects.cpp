@@ -24,6 +24,7 @@ public:
 
 private:
     void createMesh(size_t level);
+    std::string copiesError() const;
     Mesh decimatedCopy(size_t level);
     void convertLayer(size_t level);
     void tellFault(const MessageKind& kind, const LayerInfo& layer);
@@ -38,6 +39,12 @@ private:
     Mesh mostDetailed_;  // of the first layer, moved but neither sorted nor stripped: what autolod layers start from
     std::vector<MeshFaces> decimatedFaces_;  // of each autolod layer, taken when its turn comes
 };
+
+// Copies that a shape may have: 64 of any mesh, far more than the steps from full detail to nothing that anybody can
+// tell apart; of a small one as many as have half a million vertices together, which are written anew for every copy. A
+// name is all that a copy costs in a scene: without a limit half a megabyte would ask for a file of 400.
+constexpr size_t kCopiesOfAnyMesh = 64;
+constexpr size_t kMostCopiedVertices = 1 << 19;
 
 // Turns that shade a mesh visibly wrong when its normals don't take part: from one degree on.
 constexpr float kVisibleTurnSquaredSine = 7.6e-5F;  // of half a degree
@@ -61,8 +68,9 @@ int32_t objectNode(const std::vector<LayerInfo>& layers, int32_t root) {
     return nodes.empty() ? root : *nodes.begin();
 }
 
-bool anyAutoLod(const std::vector<LayerInfo>& layers) {
-    return std::any_of(layers.begin(), layers.end(), [](const LayerInfo& layer) { return layer.autoLod; });
+size_t countAutoLod(const std::vector<LayerInfo>& layers) {
+    return static_cast<size_t>(
+        std::count_if(layers.begin(), layers.end(), [](const LayerInfo& layer) { return layer.autoLod; }));
 }
 
 void ObjectPass::run() {
@@ -111,6 +119,18 @@ void ObjectPass::createMesh(size_t level) {
     if (!isFinite(mesh)) notices_.tell({&kNotFinite, Message::Place::Layer, layer.name, layer.name});
 }
 
+// Why the mesh converted last can't be copied as often as is asked for. Empty when it can.
+std::string ObjectPass::copiesError() const {
+    const size_t copies = countAutoLod(detailLayers_), vertices = shape_.meshes.back().vertexes.size();
+    if (copies <= kCopiesOfAnyMesh || copies * vertices <= kMostCopiedVertices) return {};
+    const std::string facts =
+        std::to_string(copies) + " copies of a mesh with " + std::to_string(vertices) + " vertices";
+    notices_.tellRefusal(kTooManyCopies, detailLayers_.front().name,
+                         "layer " + detailLayers_.front().name + " with " + facts);
+    return "A shape holds at most " + std::to_string(std::max(kCopiesOfAnyMesh, kMostCopiedVertices / vertices)) +
+           " of " + facts + ".";
+}
+
 // All copies are made at once: the fewer triangles of one go on from the more of another.
 Mesh ObjectPass::decimatedCopy(size_t level) {
     std::vector<int32_t> percents;
@@ -152,7 +172,11 @@ void ObjectPass::convertLayer(size_t level) {
 
     mesh.flags |= layer.meshFlags;
     moveToNodeSpace(mesh, layer);
-    if (level == 0 && anyAutoLod(detailLayers_)) mostDetailed_ = mesh;
+    if (level == 0 && countAutoLod(detailLayers_) > 0) {
+        mesh.setError(copiesError());
+        if (mesh.hasError()) return;
+        mostDetailed_ = mesh;
+    }
     if (mesh.type == MeshType::Sorted) {
         log_ << "Sorting mesh..." << std::endl;
         const double given = drawnArea(mesh);

@@ -36,6 +36,8 @@ inline constexpr MessageKind kLayerTooLarge = {
 inline constexpr MessageKind kUnstrippedTooLarge = {"UNSTRIPPED_TOO_LARGE", Severity::Error,
                                                     "take no_strip from its tags, or decimate its polyhedra"};
 inline constexpr MessageKind kCopyTooLarge = {"COPY_TOO_LARGE", Severity::Error, "give autolod= a smaller percentage"};
+inline constexpr MessageKind kTooManyCopies = {"TOO_MANY_COPIES", Severity::Error,
+                                               "leave out some of the layers with autolod="};
 inline constexpr MessageKind kCollisionTooLarge = {
     "COLLISION_TOO_LARGE", Severity::Error,
     "spread its polyhedra over further collision layers, up to eight, or tag the last one box or cylinder"};

@@ -61,5 +61,17 @@ TEST(LayerLimits, CountIndicesAsTheyAreWritten) {
               "Layer far:autolod=90,no_strip has 121500 indices, a mesh holds at most 65535.");
 }
 
+TEST(LayerLimits, CountCopies) {
+    const auto layersWith = [](size_t copies) {
+        std::vector<std::string> layers(copies + 1, "far:autolod=9");
+        layers.front() = "Detail:size=9";
+        return layers;
+    };
+    const Node large = loose(4000, 0, 1);
+    EXPECT_EQ(errorOf(layersWith(64), {large}), "");
+    EXPECT_EQ(errorOf(layersWith(65), {large}), "A shape holds at most 64 of 65 copies of a mesh with 12000 vertices.");
+    EXPECT_EQ(errorOf(layersWith(300), {sheet(4, 4, 1)}), "");
+}
+
 }  // namespace
 }  // namespace marrowfen
