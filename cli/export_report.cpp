@@ -10,7 +10,8 @@ namespace marrowfen::cli {
 
 namespace {
 
-constexpr size_t kNamesShown = 8;  // of a grouped warning
+constexpr size_t kNamesShown = 8;     // of a grouped warning
+constexpr int64_t kLevelsShown = 16;  // with their triangles: a shape may have thousands
 
 std::string counted(int64_t count, const std::string& one) {
     return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
@@ -33,8 +34,10 @@ std::string exportSummary(const std::string& output, const Shape& shape, bool is
         const std::vector<int64_t> perMesh = trianglesPerMesh(shape);
         for (const Shape::DetailLevel& level : shape.detailLevels) {
             if (levelKind(shape, level) != LevelKind::Visible) continue;
-            triangles += (visible++ > 0 ? ", " : "") + std::to_string(countTriangles(shape, level, perMesh));
+            if (++visible > kLevelsShown) continue;
+            triangles += (visible > 1 ? ", " : "") + std::to_string(countTriangles(shape, level, perMesh));
         }
+        if (visible > kLevelsShown) triangles += ", ...";
         const auto hidden = static_cast<int64_t>(shape.detailLevels.size()) - visible;
         parts.push_back(counted(visible, "detail level") + (visible > 0 ? " (" + triangles + " triangles)" : ""));
         if (hidden > 0) parts.push_back(counted(hidden, "collision level"));
