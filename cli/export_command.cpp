@@ -10,6 +10,7 @@
 #include "cli/export_batch.h"
 #include "cli/export_record.h"
 #include "cli/export_watch.h"
+#include "cli/output_folder.h"
 #include "ground/at.h"
 #include "ground/pieces.h"
 
@@ -26,6 +27,7 @@ struct Request {
     BatchOptions batch;
     bool isMany = false;
     bool onlyIfChanged = false;
+    std::vector<std::string> lists;  // of scenes
     std::string depfile;
     std::string report;
 };
@@ -38,7 +40,8 @@ std::string stemOf(const fs::path& scene) {
 }
 
 // The scenes themselves and those of @LIST, which has one a line.
-Outcome listScenes(const std::vector<std::string>& places, std::vector<std::string>& scenes) {
+Outcome listScenes(const std::vector<std::string>& places, std::vector<std::string>& lists,
+                   std::vector<std::string>& scenes) {
     for (const std::string& place : places) {
         if (!place.starts_with('@')) {
             scenes.push_back(place);
@@ -47,6 +50,7 @@ Outcome listScenes(const std::vector<std::string>& places, std::vector<std::stri
         const std::string path = place.substr(1);
         std::ifstream list(path);
         if (!list || fs::is_directory(path)) return {UnreadableInput, path + ": the list of scenes can't be read"};
+        lists.push_back(path);
         for (std::string line; std::getline(list, line);) {
             if (line.ends_with('\r')) line.pop_back();
             if (!line.empty()) scenes.push_back(line);
@@ -70,7 +74,7 @@ Outcome placeBelow(const Arguments& arguments, const std::string& scene, fs::pat
 
 Outcome readMany(const Arguments& arguments, const ExportOptions& common, Request& request) {
     std::vector<std::string> scenes;
-    if (const Outcome listed = listScenes(arguments.places(), scenes); !listed.good()) return listed;
+    if (const Outcome listed = listScenes(arguments.places(), request.lists, scenes); !listed.good()) return listed;
     std::map<fs::path, std::string> taken;
     for (const std::string& scene : scenes) {
         fs::path place;
@@ -128,6 +132,32 @@ Outcome readRequest(const Arguments& arguments, Request& request) {
     return read;
 }
 
+// What tells of the exports has a place of its own. Asked before the work, and again when all files are known.
+Outcome checkRecords(const Request& request, const std::vector<BatchRow>& rows) {
+    std::vector<std::string> inputs = request.lists, outputs;
+    for (size_t i = 0; i < rows.size(); ++i) {
+        const ExportOptions& options = request.exports[i];
+        inputs.push_back(options.scene);
+        inputs.push_back(options.loading.forShape);
+        for (const standin::LookedFor& file : rows[i].result.files) inputs.push_back(file.path);
+        for (const char* ending : {"", ".log", ".made"}) outputs.push_back(options.output + ending);
+        for (const std::string& path : rows[i].result.written) outputs.push_back(path);
+    }
+    for (const std::string& record : {request.depfile, request.report}) {
+        if (record.empty() || record == "-") continue;
+        const OutputFolder folder(record, inputs);
+        if (!folder.made().good()) return folder.made();
+        for (const std::string& output : outputs) {
+            std::error_code notThere;
+            if (record == output || fs::equivalent(record, output, notThere)) {
+                return {UnwritableOutput, record + ": is " + output + " too"};
+            }
+        }
+        outputs.push_back(record);
+    }
+    return {};
+}
+
 // What tells of all exports; the first fault counts.
 Outcome writeRecords(const Request& request, const std::vector<BatchRow>& rows) {
     ExitCode worst = Done;
@@ -139,12 +169,14 @@ Outcome writeRecords(const Request& request, const std::vector<BatchRow>& rows) 
     const bool isDry = !request.exports.empty() && request.exports.front().dryRun;
     if (!request.depfile.empty() && !isDry) {
         const std::string text = depfileText(request.exports, results);
-        const Outcome written = text.empty() ? Outcome() : writeWholeFile(request.depfile, text);
+        Outcome written = checkRecords(request, rows);
+        if (written.good() && !text.empty()) written = writeWholeFile(request.depfile, text);
         if (!written.good()) return written;
     }
     if (request.report.empty()) return {worst, {}};
     const std::string report = reportText(request.exports, results);
-    const Outcome written = request.report == "-" ? printResult(report) : writeWholeFile(request.report, report);
+    Outcome written = checkRecords(request, rows);
+    if (written.good()) written = request.report == "-" ? printResult(report) : writeWholeFile(request.report, report);
     return written.good() ? Outcome{worst, {}} : written;
 }
 
@@ -197,6 +229,7 @@ Outcome runExport(const Arguments& arguments, const Session& session) {
     if (const Outcome read = readRequest(arguments, request); !read.good()) return read;
     const bool watches = arguments.has("--watch") && !request.exports.empty();
     std::vector<BatchRow> rows(request.exports.size());
+    if (const Outcome checked = checkRecords(request, rows); !checked.good()) return checked;
 
     std::vector<size_t> numbers = findChanged(request, session, rows);
     ChangeWatch watch;

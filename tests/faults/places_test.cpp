@@ -45,7 +45,8 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
     const bool hasDisks = runIn(folder, readOnlyDisk + "true'").code == 0;
     const bool hasGuests = runIn(folder, asGuest() + MARROWFEN_COMMAND " --version").code == 0;
     ASSERT_EQ(runIn(folder,
-                    "mkfifo fifo; ln -s t.obj link; ln t.obj hard.scene.json; ln -s loop loop; mkdir dir; "
+                    "cp t.dts old.dts; echo t.obj >list; mkfifo fifo; ln -s t.obj link; ln t.obj hard.scene.json; ln "
+                    "-s loop loop; mkdir dir; "
                     "ln -s t.dts.log both.dts; echo old > ro; chmod 400 ro; cp t.scene.json ro.scene.json; "
                     "chmod 444 ro.scene.json; ln -s fifo f.dts; mknod null c 1 3; mkdir textured_0.png; "
                     "cp /usr/share/assimp/models/glTF2/BoxTextured-glTF-Embedded/BoxTextured.gltf textured.gltf; "
@@ -70,6 +71,13 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
              {"view t.dts fifo.glb/x.glb", "fifo.glb/x.glb: No such file or directory"},
              {"export t.obj f.dts", "f.dts: not a regular file"},
              {"export t.obj t.dts --for t.dts", "t.dts: is an input of this run"},
+             {"export t.obj t.dts --depfile t.obj", "t.obj: is an input of this run"},
+             {"export t.obj t.dts --report ./link", "./link: is an input of this run"},
+             {"export t.obj t.dts --for old.dts --report old.dts", "old.dts: is an input of this run"},
+             {"export t.obj n.dts --depfile n.dts.log", "n.dts.log: is n.dts.log too"},
+             {"export t.obj t.dts --report ../" + folder.filename().string() + "/t.dts", "/t.dts: is t.dts too"},
+             {"export t.obj t.dts --depfile n.d --report n.d", "n.d: is n.d too"},
+             {"export @list --out-dir . --depfile list", "list: is an input of this run"},
              {"export t.obj " + longName.substr(0, 248) + ".dts", ".dts.log: File name too long"},
              {"-q import t.obj /dev/stdout > /dev/full", "standard output: No space left on device"},
              {"-q import t.obj /dev/stdout >&-", "standard output: Bad file descriptor"},
