@@ -102,7 +102,7 @@ Outcome readOne(const Arguments& arguments, const ExportOptions& common, Request
         return {WrongUsage, "export: \"" + places[2] + "\" is one word too many",
                 "for many scenes, give --out-dir DIR"};
     }
-    if (const std::string fault = outputNameFault(places[1]); !fault.empty()) return {WrongUsage, fault};
+    if (!isExportName(places[1])) return {WrongUsage, places[1] + " ends neither in .dts nor in .dsq"};
     ExportOptions options = common;
     options.scene = places[0];
     options.output = places[1];
@@ -144,7 +144,7 @@ Outcome checkRecords(const Request& request, const std::vector<BatchRow>& rows) 
         for (const std::string& path : rows[i].result.written) outputs.push_back(path);
     }
     for (const std::string& record : {request.depfile, request.report}) {
-        if (record.empty() || record == "-") continue;
+        if (record.empty()) continue;
         const OutputFolder folder(record, inputs);
         if (!folder.made().good()) return folder.made();
         for (const std::string& output : outputs) {
@@ -176,7 +176,7 @@ Outcome writeRecords(const Request& request, const std::vector<BatchRow>& rows) 
     if (request.report.empty()) return {worst, {}};
     const std::string report = reportText(request.exports, results);
     Outcome written = checkRecords(request, rows);
-    if (written.good()) written = request.report == "-" ? printResult(report) : writeWholeFile(request.report, report);
+    if (written.good()) written = writeWholeFile(request.report, report);
     return written.good() ? Outcome{worst, {}} : written;
 }
 

@@ -249,10 +249,9 @@ Outcome finish(standin::ImportResult& loaded, OutputFolder& folder, const Export
 
 }  // namespace
 
-std::string outputNameFault(const std::string& path) {
-    const bool good = path.size() > kEndingSize &&
-                      (isSequenceFile(path) || equalIgnoringCase(path.substr(path.size() - kEndingSize), ".dts"));
-    return good ? "" : path + " ends neither in .dts nor in .dsq";
+bool isExportName(const std::string& path) {
+    return path.size() > kEndingSize &&
+           (isSequenceFile(path) || equalIgnoringCase(path.substr(path.size() - kEndingSize), ".dts"));
 }
 
 ExportResult exportScene(const ExportOptions& options, const Session& session) {

@@ -18,8 +18,8 @@ struct ExportOptions {
     SceneOptions loading;
 };
 
-// Empty for a name that an export can go to, else why not.
-std::string outputNameFault(const std::string& path);
+// Whether an export can go to a file of this name.
+bool isExportName(const std::string& path);
 
 struct ToldMessage {
     std::string code;      // stable

@@ -72,7 +72,7 @@ OutputFolder::OutputFolder(const std::vector<Output>& outputs, const std::vector
 }
 
 OutputFolder::OutputFolder(const std::string& output, const std::vector<std::string>& inputs, Lock lock)
-    : keepsLock_(lock == Lock::Throughout), isStandardOutput_(output == "/dev/stdout") {
+    : keepsLock_(lock == Lock::Throughout), isStandardOutput_(isStandardOutput(output)) {
     if (isStandardOutput_) return;
     made_ = prepare({{output, "file"}}, inputs);
     if (!keepsLock_) lock_.release();

@@ -28,12 +28,14 @@ public:
     OutputFolder(const std::vector<Output>& outputs, const std::vector<std::string>& inputs,
                  Lock lock = Lock::WhileMoving);
 
-    // For a command with one output, which may be /dev/stdout: deliverText() then prints it there.
+    // For a command with one output, which may be standard output: deliverText() then prints it there.
     OutputFolder(const std::string& output, const std::vector<std::string>& inputs, Lock lock = Lock::WhileMoving);
 
     ~OutputFolder();
     OutputFolder(const OutputFolder&) = delete;
     OutputFolder& operator=(const OutputFolder&) = delete;
+
+    static bool isStandardOutput(const std::string& path) { return path == "-" || path == "/dev/stdout"; }
 
     const Outcome& made() const { return made_; }
 

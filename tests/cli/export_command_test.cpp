@@ -94,6 +94,7 @@ TEST_F(CommandTest, EndsAsTheSituationAsks) {
              {"export refused.scene.json r.dts", 1,
               "error: refused.scene.json: No meshes found to export\nhint: no layer is a detail level: put what "},
              {"export old.scene.json a.dts", 1, "error: old.scene.json: This plug-in requires at least trueSpace 6.5"},
+             {"import good.scene.json a.dts", 2, "import makes a scene file; export makes a.dts"},
              {"export good.scene.json a.txt", 2, "a.txt ends neither in .dts nor in .dsq"},
              {"export good.scene.json .dts", 2, "neither"},
              {"export good.scene.json folder.d/.dts", 0, "folder.d/.dts: 1 detail level"},

@@ -79,6 +79,8 @@ TEST_F(PlacesTest, RefusedOutputIsUntouched) {
              {"export t.obj t.dts --depfile n.d --report n.d", "n.d: is n.d too"},
              {"export @list --out-dir . --depfile list", "list: is an input of this run"},
              {"export t.obj " + longName.substr(0, 248) + ".dts", ".dts.log: File name too long"},
+             {"-q export t.obj t.dts --dry-run --report - > /dev/full", "standard output: No space left on device"},
+             {"-q add-node t.scene.json eye -o - > /dev/full", "standard output: No space left on device"},
              {"-q import t.obj /dev/stdout > /dev/full", "standard output: No space left on device"},
              {"-q import t.obj /dev/stdout >&-", "standard output: Bad file descriptor"},
              {"import --help > /dev/full", "standard output: No space left on device"},
