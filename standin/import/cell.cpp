@@ -1,14 +1,18 @@
 #include "standin/import/cell.h"
 
 #include <fcntl.h>
+#include <linux/filter.h>
 #include <linux/landlock.h>
+#include <linux/seccomp.h>
 #include <seccomp.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 
@@ -79,8 +83,12 @@ constexpr int kAllowed[] = {
 // Any of these opens a file for more than reading.
 constexpr unsigned kChanging = O_WRONLY | O_RDWR | O_CREAT | O_TRUNC | O_APPEND;
 
+// Stands in the filter for the number of the process that takes it; no process has a number as high.
+constexpr uint32_t kReader = 0x7ABCDEF0;
+
 bool addRules(scmp_filter_ctx filter) {
-    bool good = true;
+    // As a tree: the kernel goes through the filter for every call there is when it is loaded.
+    bool good = seccomp_attr_set(filter, SCMP_FLTATR_CTL_OPTIMIZE, 2) == 0;
     const auto allow = [&](int call, auto... conditions) {
         good = seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, sizeof...(conditions), conditions...) == 0 && good;
     };
@@ -88,9 +96,46 @@ bool addRules(scmp_filter_ctx filter) {
     allow(SCMP_SYS(open), SCMP_A1(SCMP_CMP_MASKED_EQ, kChanging, 0));
     allow(SCMP_SYS(openat), SCMP_A2(SCMP_CMP_MASKED_EQ, kChanging, 0));
     // A crash is told by the signal, which raise() sends.
-    allow(SCMP_SYS(tgkill), SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid()), 0));
+    allow(SCMP_SYS(tgkill), SCMP_A0(SCMP_CMP_EQ, kReader, 0));
     allow(SCMP_SYS(prlimit64), SCMP_A2(SCMP_CMP_EQ, 0, 0));  // asked, not set
     return good;
+}
+
+// The instructions of a finished filter; the library hands them out as a file.
+std::vector<sock_filter> instructionsOf(scmp_filter_ctx filter) {
+    std::vector<sock_filter> program;
+    const int file = memfd_create("filter", MFD_CLOEXEC);
+    const bool isWritten = file >= 0 && seccomp_export_bpf(filter, file) == 0;
+    const off_t size = isWritten ? lseek(file, 0, SEEK_END) : 0;
+    program.resize(static_cast<size_t>(std::max<off_t>(size, 0)) / sizeof(sock_filter));
+    if (pread(file, program.data(), program.size() * sizeof(sock_filter), 0) != size) program.clear();
+    if (file >= 0) close(file);
+    return program;
+}
+
+// Empty where there are no filters.
+std::vector<sock_filter> makeProgram() {
+    // A reader that tries something else is told that it may not, and goes on.
+    const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ERRNO(EPERM));
+    if (filter == nullptr) return {};
+    std::vector<sock_filter> program;
+    if (addRules(filter)) program = instructionsOf(filter);
+    seccomp_release(filter);
+    return program;
+}
+
+const std::vector<sock_filter>& preparedProgram() {
+    static const std::vector<sock_filter> theProgram = makeProgram();
+    return theProgram;
+}
+
+void loadFilter() {
+    std::vector<sock_filter> program = preparedProgram();
+    for (sock_filter& step : program) {
+        if (BPF_CLASS(step.code) == BPF_JMP && step.k == kReader) step.k = static_cast<uint32_t>(getpid());
+    }
+    const sock_fprog loaded{static_cast<unsigned short>(program.size()), program.data()};
+    if (!program.empty()) syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &loaded);
 }
 
 // Landlock's rights are bits in the order of its versions; the last one of the first version, which every kernel with
@@ -122,6 +167,8 @@ void keepToFiles(const std::vector<std::string>& readable) {
 
 }  // namespace
 
+void prepareCell() { preparedProgram(); }
+
 void closeCell(const std::vector<std::string>& readable) {
     // What holds where the kernel has no filters, or was built without: no file grows, and no process of root's
     // gets its rights back.
@@ -130,12 +177,7 @@ void closeCell(const std::vector<std::string>& readable) {
     setrlimit(RLIMIT_NPROC, &nothing);
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     keepToFiles(readable);
-
-    // A reader that tries something else is told that it may not, and goes on.
-    const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ERRNO(EPERM));
-    if (filter == nullptr) return;
-    if (addRules(filter)) seccomp_load(filter);
-    seccomp_release(filter);
+    loadFilter();
 }
 
 }  // namespace marrowfen::standin

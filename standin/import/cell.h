@@ -12,4 +12,8 @@ namespace marrowfen::standin {
 // the growth of files and new processes where it has no filters.
 void closeCell(const std::vector<std::string>& readable);
 
+// Makes what is the same in each cell, which takes longer than all the rest. A process does that once, before it makes
+// those that close theirs.
+void prepareCell();
+
 }  // namespace marrowfen::standin

@@ -137,6 +137,7 @@ RunOutcome runIsolated(const RunLimits& limits, const std::function<std::string(
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return {{}, std::string("no pipe: ") + std::strerror(errno)};
     fcntl(ends[0], F_SETPIPE_SZ, static_cast<int>(kPipeSize));  // fewer turns; the usual size where that isn't allowed
+    prepareCell();
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
