@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "builder/refusals.h"
 #include "cli/export_report.h"
@@ -121,7 +122,8 @@ std::string writeFault(const std::vector<Message>& messages) {
 }
 
 Outcome deliverRefusal(OutputFolder& folder, const ExportOptions& options, const ExportUser& user,
-                       const std::vector<Message>& messages, const std::string& wayToFewer, const Session& session) {
+                       const std::vector<Message>& messages, const std::function<std::string()>& wayToFewer,
+                       const Session& session) {
     if (const std::string fault = writeFault(messages); !fault.empty()) {
         return {UnwritableOutput, options.output + ".log: " + fault};
     }
@@ -131,7 +133,7 @@ Outcome deliverRefusal(OutputFolder& folder, const ExportOptions& options, const
     const Outcome delivered = options.dryRun ? Outcome() : folder.deliverOne(kLog);
     if (!delivered.good()) session.warning(delivered.error);
     return {Refused, options.scene + ": " + excerpt(user.error(), kMostErrorText),
-            refusalHint(messages) + (isTooLarge ? wayToFewer : "")};
+            refusalHint(messages) + (isTooLarge ? wayToFewer() : "")};
 }
 
 // Looks at the output as whoever loads it will, and says what it is.
@@ -226,7 +228,8 @@ Outcome finish(standin::ImportResult& loaded, OutputFolder& folder, const Export
                const Session& session, ExportResult& result) {
     ExportUser user(session, folder.file(kOutput));
     std::vector<Message> messages;
-    const std::string wayToFewer = wayToFewerTriangles(options.scene, loaded);
+    const size_t most = trianglesOfLargestLayer(*loaded.scene);
+    const auto wayToFewer = [&] { return wayToFewerTriangles(options.scene, loaded, most); };
     const Outcome pressed = pressExport(std::move(*loaded.scene), options, user, messages);
     user.endStep();
     if (!pressed.good()) return pressed;

@@ -9,8 +9,18 @@
 
 namespace marrowfen::cli {
 
+namespace {
+
+// Those of the plug-in, read once by a process of many sessions.
+const std::vector<headless::DialogTemplate>& dialogs() {
+    static const auto theDialogs = headless::readDialogs(plugin::kResourceText);
+    return theDialogs;
+}
+
+}  // namespace
+
 PluginSession::PluginSession(standin::Scene scene, headless::HeadlessUser& user)
-    : host_(std::move(scene)), desktop_(user, headless::readDialogs(plugin::kResourceText)) {
+    : host_(std::move(scene)), desktop_(user, dialogs()) {
     DllMain(desktop_.library(), DLL_PROCESS_ATTACH, nullptr);
     std::array<char, plugin::kDataBlockSize> description;
     tsxGetData(description.data(), nullptr);

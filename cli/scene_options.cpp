@@ -83,9 +83,8 @@ void countTriangles(const std::vector<standin::Node>& nodes, std::map<int16_t, s
 
 // A scene file says all by itself.
 Outcome checkForScene(const Arguments& arguments, const std::string& scene) {
-    if (!isSceneFile(scene)) return {};
     for (const auto& [name, values] : arguments.given()) {
-        if (isModelOption(name))
+        if (isModelOption(name) && isSceneFile(scene))
             return {WrongUsage, scene + ": " + name + " is for models; a scene file says all by itself"};
     }
     return {};
@@ -154,14 +153,18 @@ standin::ImportResult loadScene(const std::string& path, const SceneOptions& opt
     return result;
 }
 
-std::string wayToFewerTriangles(const std::string& path, const standin::ImportResult& loaded) {
+size_t trianglesOfLargestLayer(const standin::Scene& scene) {
+    std::map<int16_t, size_t> triangles;
+    countTriangles(scene.nodes, triangles);
+    size_t most = 0;
+    for (const auto& [layer, count] : triangles) most = std::max(most, count);
+    return most;
+}
+
+std::string wayToFewerTriangles(const std::string& path, const standin::ImportResult& loaded, size_t most) {
     if (isSceneFile(path)) return {};
     // Strips of a usual model take less than five indices for three triangles, and a mesh holds 65535.
     constexpr size_t kUsuallyFit = 40000;
-    std::map<int16_t, size_t> triangles;
-    countTriangles(loaded.scene->nodes, triangles);
-    size_t most = 0;
-    for (const auto& [layer, count] : triangles) most = std::max(most, count);
     const bool hasBacks = std::any_of(loaded.warnings.begin(), loaded.warnings.end(), [](const Message& warning) {
         return warning.kind == &standin::load::kBackFaces;
     });

@@ -26,8 +26,11 @@ Outcome readSceneOptions(const Arguments& arguments, const std::string& scene, S
 // A scene file or a model.
 standin::ImportResult loadScene(const std::string& path, const SceneOptions& options);
 
-// What makes a model's levels small enough for a file, to stand behind a hint; empty for a scene file.
-std::string wayToFewerTriangles(const std::string& path, const standin::ImportResult& loaded);
+size_t trianglesOfLargestLayer(const standin::Scene& scene);
+
+// What makes a model's levels small enough for a file, to stand behind a hint; empty for a scene file. most: triangles
+// of a layer.
+std::string wayToFewerTriangles(const std::string& path, const standin::ImportResult& loaded, size_t most);
 
 // Puts a model's textures among the outputs, beside the given one, those only that aren't there or are others. written:
 // gets the paths of all.

@@ -100,6 +100,13 @@ void remember(const std::string& path) {
     onSignals(removeAndDie);
 }
 
+// Both paths have the same length.
+void rememberAs(const std::string& path, const std::string& before) {
+    for (Removable& folder : theFolders) {
+        if (before == folder.path) path.copy(folder.path, path.size());
+    }
+}
+
 void forget(const std::string& path) {
     const auto isFree = [](const Removable& folder) { return folder.path[0] == '\0'; };
     for (Removable& folder : theFolders) {
@@ -214,9 +221,8 @@ int StagingFolder::keepOld(const std::string& name, const std::string& place) {
 int StagingFolder::setReady(bool isReady) {
     if (isReady == isReady_) return 0;
     if (std::rename(path_.c_str(), readyPath_.c_str()) != 0) return errno;
-    forget(path_);
+    rememberAs(readyPath_, path_);
     path_.swap(readyPath_);
-    remember(path_);
     isReady_ = isReady;
     return 0;
 }
