@@ -48,17 +48,21 @@ void useLargePages([[maybe_unused]] size_t bytes) {
 
 void putBlockOnLargePages([[maybe_unused]] size_t bytes) {
 #ifdef __GLIBC__
-    // More than what is free between other blocks may be.
-    constexpr size_t kForSmall = kLargePage, kFewestBetween = kLargePage;
     constexpr size_t kHead = 2 * sizeof(size_t);  // in front of a block
-    keepInHeap(static_cast<int>(bytes + 2 * kLargePage));
-    // [small blocks][between, never used][the block, at a large page's begin]
-    void* volatile small = std::malloc(kForSmall);
-    const uintptr_t between = reinterpret_cast<uintptr_t>(small) + kForSmall + kHead;
-    const uintptr_t begin = ((between + kFewestBetween) / kLargePage + 1) * kLargePage;
-    static void* volatile theBetween = std::malloc(begin - between - kHead);
-    std::free(small);
-    if (theBetween != nullptr) madvise(reinterpret_cast<void*>(begin), bytes, MADV_HUGEPAGE);
+    keepInHeap(static_cast<int>(bytes + 4 * kLargePage));
+    // Where the heap's last block would begin; it is larger than what is free between others.
+    void* volatile probe = std::malloc(kLargePage);
+    const auto end = reinterpret_cast<uintptr_t>(probe);
+    std::free(probe);
+    // [never used][small blocks, a large page][never used, as long][the block]
+    const uintptr_t small = (end / kLargePage + 2) * kLargePage;
+    static void* volatile theGap = std::malloc(small - end - kHead);
+    if (theGap == nullptr) return;
+    madvise(reinterpret_cast<void*>(small), kLargePage, MADV_HUGEPAGE);
+    madvise(reinterpret_cast<void*>(small + 2 * kLargePage), bytes, MADV_HUGEPAGE);
+    void* volatile forSmall = std::malloc(kLargePage - kHead);
+    static void* volatile theSecondGap = std::malloc(kLargePage - kHead);
+    if (theSecondGap != nullptr) std::free(forSmall);
 #endif
 }
 

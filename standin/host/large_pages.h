@@ -8,8 +8,8 @@ namespace marrowfen::standin {
 // 4 KB come one by one, each by a fault, which takes as long as filling it. Nothing is done for less than 16 MB.
 void useLargePages(size_t bytes);
 
-// The next block of so many bytes, whole large pages, is going to begin at one's begin, if the heap has no room for it
-// elsewhere. Small blocks don't come in between.
+// The next block of so many bytes, whole large pages, is going to begin at one's begin, and smaller ones lie on one of
+// their own. (Unless the heap has room of such a size between other blocks.)
 void putBlockOnLargePages(size_t bytes);
 
 }  // namespace marrowfen::standin
