@@ -28,6 +28,7 @@ namespace {
 constexpr int kLookMilliseconds = 50;             // between looks at what takes too long
 constexpr std::chrono::milliseconds kGrace{100};  // for an export that is ended to remove what it has begun
 constexpr size_t kNamesOnBar = 3;
+constexpr size_t kMostWaiting = 4;  // exports for the disk, for each that works
 
 volatile std::sig_atomic_t theSignal = 0;
 
@@ -71,7 +72,7 @@ public:
     void run() {
         const Interruption interruption;
         while ((next_ < numbers_.size() || !running_.empty()) && theSignal == 0) {
-            while (running_.size() < options_.jobs && next_ < numbers_.size()) start(numbers_[next_++]);
+            while (next_ < numbers_.size() && hasRoom()) start(numbers_[next_++]);
             showBar();
             wait();
             endLate();
@@ -81,6 +82,14 @@ public:
     }
 
 private:
+    // For one more. Those that wait for the disk leave their processor to others, a few to each.
+    bool hasRoom() const {
+        const auto working = static_cast<size_t>(std::count_if(
+            running_.begin(), running_.end(), [](const auto& entry) { return !entry.second->waitsForDisk(); }));
+        const size_t most = options_.jobs == 1 ? 1 : kMostWaiting * options_.jobs;
+        return working < options_.jobs && running_.size() < most;
+    }
+
     void start(size_t number) {
         if (!exports_[number].dryRun) prepareFolder(folderOf(exports_[number].output));
         if (idle_.empty()) idle_.push_back(std::make_unique<ExportWorker>(exports_, workerSession_));

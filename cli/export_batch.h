@@ -10,7 +10,7 @@
 namespace marrowfen::cli {
 
 struct BatchOptions {
-    size_t jobs = 1;        // at a time
+    size_t jobs = 1;        // at a time, besides those of several that wait for the disk
     double seconds = 600;   // after which one is given up
     bool namesRows = true;  // puts the scene's name in front of what is said about it
 };

@@ -19,7 +19,8 @@
 #include "cli/staging_folder.h"
 #include "ground/write_all.h"
 
-// A request is the number of an export, an answer its length and the packed result.
+// A request is the number of an export, an answer its length and the packed result. A length of 0 before it says that
+// the process waits for the disk.
 
 namespace marrowfen::cli {
 
@@ -50,6 +51,7 @@ ExportResult runHere(const ExportOptions& options, const Session& session) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
     dup2(said, STDERR_FILENO);
     reuseStagingFolders();
+    tellOfDiskWaits([&] { writeAll(answers, bytesOf(Number{0})); });
     for (Number number; read(requests, &number, sizeof number) == sizeof number;) {
         const std::string bytes = packExport(runHere(exports.at(number), session));
         if (!writeAll(answers, bytesOf(Number{bytes.size()})) || !writeAll(answers, bytes)) break;
@@ -96,6 +98,7 @@ void ExportWorker::start(size_t number) {
     number_ = number;
     began_ = Clock::now();
     bytes_.clear();
+    waitsForDisk_ = false;
     if (ftruncate(said_, 0) == 0) lseek(said_, 0, SEEK_SET);
     // Of a process that is gone the answer's end tells.
     const auto before = std::signal(SIGPIPE, SIG_IGN);
@@ -109,14 +112,21 @@ bool ExportWorker::take() {
     std::array<char, 1 << 16> block;
     const ssize_t n = read(pipe_, block.data(), block.size());
     if (n > 0) bytes_.append(block.data(), static_cast<size_t>(n));
+    while (bytes_.size() >= sizeof(Number) && sizeOfAnswer() == 0) {
+        waitsForDisk_ = true;
+        bytes_.erase(0, sizeof(Number));
+    }
     return !isWhole() && (n > 0 || (n < 0 && errno == EINTR));
 }
 
-bool ExportWorker::isWhole() const {
+uint64_t ExportWorker::sizeOfAnswer() const {
     Number size = 0;
-    if (bytes_.size() < sizeof size) return false;
-    std::memcpy(&size, bytes_.data(), sizeof size);
-    return bytes_.size() - sizeof size == size;
+    if (bytes_.size() >= sizeof size) std::memcpy(&size, bytes_.data(), sizeof size);
+    return size;
+}
+
+bool ExportWorker::isWhole() const {
+    return bytes_.size() > sizeof(Number) && bytes_.size() - sizeof(Number) == sizeOfAnswer();
 }
 
 void ExportWorker::ask(int signal) const {

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ public:
     int pipe() const { return pipe_; }  // readable when there is something to take; negative without a process
     double seconds() const;             // since it was started
 
+    bool waitsForDisk() const { return waitsForDisk_; }  // or has done so: little is left to do
+
     // Takes what there is. False once the export has ended, or the process.
     bool take();
     void ask(int signal) const;  // sends it
@@ -48,8 +51,10 @@ private:
     int requests_ = -1, pipe_ = -1;
     int said_ = -1;      // its standard error
     std::string bytes_;  // of its answer
+    bool waitsForDisk_ = false;
     std::string fault_;  // why there is no process
 
+    uint64_t sizeOfAnswer() const;
     bool isWhole() const;
     std::string whyEnded();
 };

@@ -41,6 +41,7 @@ struct Removable {
 std::array<Removable, 4> theFolders;
 
 bool theReuses = false;
+std::function<void()> theDiskWaits;
 std::unique_ptr<StagingFolder> theSpare;
 
 bool isDots(const char* name) { return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
@@ -290,7 +291,10 @@ void beginSync(const std::string& path) {
     close(file);
 }
 
+void tellOfDiskWaits(std::function<void()> tell) { theDiskWaits = std::move(tell); }
+
 int syncFile(const std::string& path) {
+    if (theDiskWaits) theDiskWaits();
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     const bool good = file >= 0 && (fsync(file) == 0 || errno == EINVAL);  // some file systems can't
     return file < 0 ? errno : closeAfter(file, good);

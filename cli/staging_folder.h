@@ -5,6 +5,7 @@
 // write there.
 
 #include <csignal>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -79,6 +80,9 @@ void removeStagingFolders();
 // Puts a file's bytes on the disk. 0 or an errno. Several files take hardly longer than one if all are begun first.
 void beginSync(const std::string& path);
 int syncFile(const std::string& path);
+
+// What syncFile() calls before it waits, in a process that has something to tell then.
+void tellOfDiskWaits(std::function<void()> tell);
 
 // Writes a new file. 0 or an errno.
 int writeNewFile(const std::string& path, const std::string& content);
