@@ -6,7 +6,7 @@
 
 import { Accessor, Document, NodeIO } from '@gltf-transform/core';
 import { execFileSync, spawnSync } from 'node:child_process';
-import { mkdirSync, rmSync, writeFileSync } from 'node:fs';
+import { copyFileSync, existsSync, mkdirSync, rmSync, writeFileSync } from 'node:fs';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
@@ -161,4 +161,14 @@ if (hasAssimp) {
   const binary = await io.writeBinary(maker.document);
   timeMany('obj', (name) => writeFileSync(name, sheetText()));
   timeMany('glb', (name) => writeFileSync(name, binary));
+  // Small ones of the library's own, the files that they need beside them.
+  const samples = '/usr/share/assimp/models';
+  for (const [folder, file, ...others] of [['FBX', 'phong_cube.fbx'], ['PLY', 'cube_uv.ply'], ['STL', 'Spider_binary.stl'],
+    ['glTF2/BoxTextured-glTF', 'BoxTextured.gltf', 'BoxTextured0.bin', 'CesiumLogoFlat.png']]) {
+    if (!existsSync(join(samples, folder, file))) continue;
+    timeMany(file.split('.')[1], (name) => {
+      copyFileSync(join(samples, folder, file), name);
+      others.forEach((other) => copyFileSync(join(samples, folder, other), join(dirname(name), other)));
+    });
+  }
 }
