@@ -60,24 +60,27 @@ double numberAt(const std::vector<double>& numbers, size_t index, double otherwi
     return index < numbers.size() ? numbers[index] : otherwise;
 }
 
-Matrix localOf(const tinygltf::Node& node) {
-    if (node.matrix.size() == 16) {
-        const std::vector<double>& m = node.matrix;  // by columns
-        return {m[0], m[4], m[8], m[12], m[1], m[5], m[9], m[13], m[2], m[6], m[10], m[14], m[3], m[7], m[11], m[15]};
-    }
-    const Vector scale(numberAt(node.scale, 0, 1), numberAt(node.scale, 1, 1), numberAt(node.scale, 2, 1));
-    const Vector location(numberAt(node.translation, 0, 0), numberAt(node.translation, 1, 0),
-                          numberAt(node.translation, 2, 0));
-    aiQuaterniont<double> rotation(numberAt(node.rotation, 3, 1), numberAt(node.rotation, 0, 0),
-                                   numberAt(node.rotation, 1, 0), numberAt(node.rotation, 2, 0));
-    const double length = std::sqrt(rotation.w * rotation.w + rotation.x * rotation.x + rotation.y * rotation.y +
-                                    rotation.z * rotation.z);
-    if (length > 0) {
-        rotation = {rotation.w / length, rotation.x / length, rotation.y / length, rotation.z / length};
+TransformParts statedParts(const tinygltf::Node& node) {
+    TransformParts parts;
+    parts.scale = {numberAt(node.scale, 0, 1), numberAt(node.scale, 1, 1), numberAt(node.scale, 2, 1)};
+    parts.location = {numberAt(node.translation, 0, 0), numberAt(node.translation, 1, 0),
+                      numberAt(node.translation, 2, 0)};
+    const Quaternion q(numberAt(node.rotation, 3, 1), numberAt(node.rotation, 0, 0), numberAt(node.rotation, 1, 0),
+                       numberAt(node.rotation, 2, 0));
+    const double length = std::sqrt(q.w * q.w + q.x * q.x + q.y * q.y + q.z * q.z);
+    if (length > 0) parts.rotation = {q.w / length, q.x / length, q.y / length, q.z / length};
+    return parts;
+}
+
+void setTransform(const tinygltf::Node& source, SourceNode& node) {
+    if (source.matrix.size() == 16) {
+        const std::vector<double>& m = source.matrix;  // by columns
+        node.local = {m[0], m[4], m[8],  m[12], m[1], m[5], m[9],  m[13],
+                      m[2], m[6], m[10], m[14], m[3], m[7], m[11], m[15]};
     } else {
-        rotation = {};
+        node.parts = statedParts(source);
+        node.local = matrixOf(*node.parts);
     }
-    return {scale, rotation, location};
 }
 
 // Some exporters write out what a reader made up for nodes without names: "nodes[3]", "nodes_3". Taken for a name it
@@ -115,7 +118,7 @@ void addNode(GltfReading& reading, int index, int32_t parent, int level) {
     node.unnamed = node.name.empty() || isMadeUp(node.name);
     if (node.unnamed) node.name = "node" + std::to_string(index);
     node.parent = parent;
-    node.local = localOf(source);
+    setTransform(source, node);
     const std::vector<int> lods = lodsOf(source);
     if (!lods.empty()) node.lod = 0;
     reading.model.nodes.push_back(std::move(node));

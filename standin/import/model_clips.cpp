@@ -22,19 +22,8 @@ constexpr double kScaleChange = 0.01;  // smaller ones aren't seen
 constexpr double kStill = 1e-6;        // of a component of a key
 constexpr double kSameTime = 1e-4;     // seconds; what files round times by is less, and a frame is more
 
-using Quaternion = aiQuaterniont<double>;
-
-struct LocalPose {
-    Vector scale = {1, 1, 1};
-    Quaternion rotation;
-    Vector location;
-};
-
-LocalPose poseOf(const Matrix& matrix) {
-    LocalPose pose;
-    matrix.Decompose(pose.scale, pose.rotation, pose.location);
-    return pose;
-}
+// What a track moves the rest of: the file's own parts, since a matrix has several.
+TransformParts restOf(const SourceNode& node) { return node.parts ? *node.parts : partsOf(node.local); }
 
 Quaternion unitOf(const Quaternion& q) {
     const double length = std::sqrt(q.w * q.w + q.x * q.x + q.y * q.y + q.z * q.z);
@@ -113,9 +102,9 @@ Value sample(const SourceTrack& track, double time, const Value& rest) {
     return between(valueOf<Value>(track, before), valueOf<Value>(track, before + 1), t);
 }
 
-Matrix sampleLocal(const SourceChannel& channel, const LocalPose& rest, double time) {
-    return Matrix(sample(channel.scale, time, rest.scale), sample(channel.rotation, time, rest.rotation),
-                  sample(channel.location, time, rest.location));
+Matrix sampleLocal(const SourceChannel& channel, const TransformParts& rest, double time) {
+    return matrixOf({sample(channel.scale, time, rest.scale), sample(channel.rotation, time, rest.rotation),
+                     sample(channel.location, time, rest.location)});
 }
 
 bool isSame(const Vector& a, const Vector& b) { return (a - b).Length() <= kStill * std::max(1.0, a.Length()); }
@@ -124,7 +113,7 @@ bool isSame(const Vector& a, const Vector& b) { return (a - b).Length() <= kStil
 struct Player {
     struct Track {
         const SourceChannel* keys = nullptr;
-        LocalPose rest;
+        TransformParts rest;
     };
 
     std::vector<Track> tracks;      // per node
@@ -146,7 +135,7 @@ Player newPlayer(const Model& model, const SourceClip& clip) {
     player.worlds.resize(count);
     for (const SourceChannel& channel : clip.channels) {
         const auto node = static_cast<size_t>(channel.node);
-        player.tracks[node] = {&channel, poseOf(model.nodes[node].source->local)};
+        player.tracks[node] = {&channel, restOf(*model.nodes[node].source)};
     }
     std::vector<bool> matters(count);
     for (size_t i = count; i-- > 0;) {
@@ -307,7 +296,7 @@ void convertClip(Model& model, const SourceClip& source, const std::string& name
 }  // namespace
 
 bool isMoving(const ModelNode& node, const SourceChannel& channel) {
-    const LocalPose rest = poseOf(node.source->local);
+    const TransformParts rest = restOf(*node.source);
     for (size_t k = 0; k < channel.location.times.size(); ++k) {
         if (!isSame(valueOf<Vector>(channel.location, k), rest.location)) return true;
     }

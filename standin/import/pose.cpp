@@ -86,6 +86,34 @@ void makeOrthogonal(Axes& axes) {
 
 }  // namespace
 
+// Assimp's own constructor turns first and scales then.
+Matrix matrixOf(const TransformParts& parts) {
+    const aiMatrix3x3t<double> turn = parts.rotation.GetMatrix();
+    const auto& [size, rotation, place] = parts;
+    return {turn.a1 * size.x,
+            turn.a2 * size.y,
+            turn.a3 * size.z,
+            place.x,
+            turn.b1 * size.x,
+            turn.b2 * size.y,
+            turn.b3 * size.z,
+            place.y,
+            turn.c1 * size.x,
+            turn.c2 * size.y,
+            turn.c3 * size.z,
+            place.z,
+            0,
+            0,
+            0,
+            1};
+}
+
+TransformParts partsOf(const Matrix& matrix) {
+    TransformParts parts;
+    matrix.Decompose(parts.scale, parts.rotation, parts.location);
+    return parts;
+}
+
 std::optional<Matrix> inverseOf(const Matrix& matrix) {
     const double size = matrix.Determinant();
     if (size == 0 || !std::isfinite(size)) return std::nullopt;

@@ -3,6 +3,7 @@
 // Poses as the host scene holds them, from the matrices of a model: a rotation and a place, without scale.
 
 #include <assimp/matrix4x4.h>
+#include <assimp/quaternion.h>
 #include <assimp/types.h>
 
 #include <optional>
@@ -14,6 +15,19 @@ namespace marrowfen::standin {
 // Products are made in double precision, so that a deep hierarchy comes out as exact as its numbers are.
 using Matrix = aiMatrix4x4t<double>;
 using Vector = aiVector3t<double>;
+
+using Quaternion = aiQuaterniont<double>;
+
+// A transform in parts: what it holds is scaled, then turned, then moved.
+struct TransformParts {
+    Vector scale = {1, 1, 1};
+    Quaternion rotation;
+    Vector location;
+};
+
+Matrix matrixOf(const TransformParts& parts);
+// Of a mirrored matrix all three sizes are below 0.
+TransformParts partsOf(const Matrix& matrix);
 
 // None for a matrix that flattens space.
 std::optional<Matrix> inverseOf(const Matrix& matrix);

@@ -7,6 +7,7 @@
 #include <assimp/types.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,9 +23,10 @@ inline constexpr int32_t kNone = -1;
 inline constexpr float kNoticeableWeight = 0.001F;  // a second weight below it is rounding
 
 struct SourceNode {
-    std::string name;        // one line of UTF-8
-    int32_t parent = kNone;  // a lower index; only the first node has none
-    Matrix local;            // parent-from-node
+    std::string name;                     // one line of UTF-8
+    int32_t parent = kNone;               // a lower index; only the first node has none
+    Matrix local;                         // parent-from-node
+    std::optional<TransformParts> parts;  // the same as the file says it, where it does so in parts
     std::vector<int32_t> meshes;
     int32_t lod = kNone;   // the level of detail that the file says it is
     bool unnamed = false;  // without a name that a person gave
