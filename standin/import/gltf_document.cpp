@@ -23,7 +23,8 @@ constexpr std::string_view kKnownExtensions[] = {
     "EXT_meshopt_compression", "KHR_lights_punctual",   "EXT_lights_image_based",
     "EXT_texture_webp",        "KHR_texture_basisu",    "KHR_xmp",
     "KHR_xmp_json_ld",         "KHR_animation_pointer", "MSFT_lod",
-    "MSFT_texture_dds",        "EXT_mesh_manifold",
+    "MSFT_texture_dds",        "EXT_mesh_manifold",     "EXT_texture_avif",
+    "EXT_mesh_gpu_instancing",
 };
 
 bool isKnown(std::string_view extension) {

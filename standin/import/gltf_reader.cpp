@@ -4,6 +4,7 @@
 #include <fstream>
 #include <memory>
 #include <set>
+#include <tuple>
 
 #include "ground/ascii.h"
 #include "ground/at.h"
@@ -28,13 +29,20 @@ struct GltfReading {
     std::vector<int32_t> nodeOf;  // by the file's node, in the source model; kNone for those of other scenes
     std::vector<GltfUvs> uvsOf;   // by material
     std::vector<GltfSkin> skins;
-    std::map<std::pair<int, int>, std::vector<int32_t>> meshesOf;  // by the file's mesh and skin
+    std::map<int32_t, std::vector<int32_t>> copiesOf;  // by node: those that hold its mesh in its stead
+    // By the file's mesh and skin, and how far the node pushes its morph targets.
+    std::map<std::tuple<int, int, std::vector<double>>, std::vector<int32_t>> meshesOf;
 
     const tinygltf::Model& file() const { return document.model(); }
 };
 
 void noteExtensions(GltfReading& reading) {
-    constexpr std::string_view kCarriedOver[] = {"KHR_mesh_quantization",
+    constexpr std::string_view kCarriedOver[] = {"EXT_mesh_gpu_instancing",
+                                                 "EXT_texture_avif",
+                                                 "EXT_texture_webp",
+                                                 "KHR_texture_basisu",
+                                                 "MSFT_texture_dds",
+                                                 "KHR_mesh_quantization",
                                                  "KHR_texture_transform",
                                                  "KHR_draco_mesh_compression",
                                                  "EXT_meshopt_compression",
@@ -92,6 +100,44 @@ bool isMadeUp(std::string_view name) {
     return name.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+// A node whose mesh stands in several places has a copy for each below it.
+std::string addCopies(GltfReading& reading, const tinygltf::Node& source, int32_t node) {
+    const auto extension = source.extensions.find("EXT_mesh_gpu_instancing");
+    if (extension == source.extensions.end() || !extension->second.Has("attributes")) return {};
+    const tinygltf::Value& attributes = extension->second.Get("attributes");
+    std::vector<float> places, turns, sizes;
+    const std::tuple<const char*, size_t, std::vector<float>*> kLists[] = {
+        {"TRANSLATION", 3, &places}, {"ROTATION", 4, &turns}, {"SCALE", 3, &sizes}};
+    size_t count = 0;
+    for (const auto& [name, width, numbers] : kLists) {
+        if (!attributes.Has(name) || !attributes.Get(name).IsInt()) continue;
+        const std::string fault = reading.document.readFloats(attributes.Get(name).GetNumberAsInt(), width, *numbers);
+        if (!fault.empty()) return fault;
+        if (count != 0 && numbers->size() / width != count) return "its copies have lists of different lengths";
+        count = numbers->size() / width;
+    }
+    const auto part = [](const std::vector<float>& numbers, size_t from, size_t width) {
+        if (numbers.empty()) return std::vector<double>();
+        const auto first = numbers.begin() + static_cast<std::ptrdiff_t>(from * width);
+        return std::vector<double>(first, first + static_cast<std::ptrdiff_t>(width));
+    };
+    std::vector<int32_t>& copies = reading.copiesOf[node];
+    for (size_t i = 0; i < count; ++i) {
+        tinygltf::Node place;
+        place.translation = part(places, i, 3);
+        place.rotation = part(turns, i, 4);
+        place.scale = part(sizes, i, 3);
+        SourceNode copy;
+        copy.name = at(reading.model.nodes, node).name + "_" + std::to_string(i + 1);
+        copy.unnamed = true;
+        copy.parent = node;
+        setTransform(place, copy);
+        copies.push_back(static_cast<int32_t>(reading.model.nodes.size()));
+        reading.model.nodes.push_back(std::move(copy));
+    }
+    return {};
+}
+
 std::vector<int> lodsOf(const tinygltf::Node& node) {
     std::vector<int> lods;
     const auto extension = node.extensions.find("MSFT_lod");
@@ -123,6 +169,8 @@ void addNode(GltfReading& reading, int index, int32_t parent, int level) {
     if (!lods.empty()) node.lod = 0;
     reading.model.nodes.push_back(std::move(node));
     const int32_t self = place;
+    const std::string fault = addCopies(reading, source, self);
+    if (!fault.empty()) return reading.model.fail("node " + std::to_string(index) + ": " + fault);
     for (const int child : source.children) {
         if (reading.model.error.empty()) addNode(reading, child, self, level + 1);
     }
@@ -221,7 +269,7 @@ int32_t imageOf(const tinygltf::Model& file, int texture) {
     if (indexWithin(texture, file.textures.size()) == kNone) return kNone;
     const tinygltf::Texture& found = at(file.textures, texture);
     int image = found.source;
-    for (const char* extension : {"EXT_texture_webp", "MSFT_texture_dds", "KHR_texture_basisu"}) {
+    for (const char* extension : {"EXT_texture_webp", "EXT_texture_avif", "MSFT_texture_dds", "KHR_texture_basisu"}) {
         const auto entry = found.extensions.find(extension);
         if (image < 0 && entry != found.extensions.end()) {
             image = static_cast<int>(numberOf(memberOf(entry->second, "source"), kNone));
@@ -286,9 +334,9 @@ std::string endingOf(std::string_view bytes, std::string_view mimeType) {
     } kKinds[] = {{"\x89PNG", "image/png", ".png"},     {"\xFF\xD8\xFF", "image/jpeg", ".jpg"},
                   {"RIFF", "image/webp", ".webp"},      {"\xABKTX", "image/ktx2", ".ktx2"},
                   {"DDS ", "image/vnd-ms.dds", ".dds"}, {"BM", "image/bmp", ".bmp"},
-                  {"GIF8", "image/gif", ".gif"}};
+                  {"GIF8", "image/gif", ".gif"},        {"", "image/avif", ".avif"}};
     for (const auto& kind : kKinds) {
-        if (bytes.starts_with(kind.magic)) return std::string(kind.ending);
+        if (!kind.magic.empty() && bytes.starts_with(kind.magic)) return std::string(kind.ending);
     }
     for (const auto& kind : kKinds) {
         if (mimeType == kind.mimeType) return std::string(kind.ending);
@@ -359,7 +407,7 @@ void addSkins(GltfReading& reading) {
     }
 }
 
-std::vector<int32_t> addMesh(GltfReading& reading, int meshIndex, int skinIndex) {
+std::vector<int32_t> addMesh(GltfReading& reading, int meshIndex, int skinIndex, const std::vector<double>& weights) {
     const tinygltf::Mesh& source = reading.file().meshes[static_cast<size_t>(meshIndex)];
     const GltfSkin* skin = skinIndex == kNone ? nullptr : &at(reading.skins, skinIndex);
     std::vector<int32_t> meshes;
@@ -373,8 +421,8 @@ std::vector<int32_t> addMesh(GltfReading& reading, int meshIndex, int skinIndex)
         std::string fault =
             mesh.material == kNone ? "material " + std::to_string(primitive.material) + " isn't there" : "";
         if (fault.empty()) {
-            fault = readPrimitive(reading.document, primitive, at(reading.uvsOf, mesh.material), skin, source.weights,
-                                  mesh, reading.model.linesAndPoints);
+            fault = readPrimitive(reading.document, primitive, at(reading.uvsOf, mesh.material), skin,
+                                  weights.empty() ? source.weights : weights, mesh, reading.model.linesAndPoints);
         }
         if (!fault.empty()) {
             reading.model.fail("mesh " + std::to_string(meshIndex) + (mesh.name.empty() ? "" : " (" + mesh.name + ")") +
@@ -402,9 +450,14 @@ void addMeshes(GltfReading& reading) {
             return reading.model.fail("node " + std::to_string(n) + ": skin " + std::to_string(node.skin) + " of " +
                                       std::to_string(reading.skins.size()));
         }
-        const auto [entry, isNew] = reading.meshesOf.try_emplace({node.mesh, skin});
-        if (isNew) entry->second = addMesh(reading, node.mesh, skin);
-        at(reading.model.nodes, reading.nodeOf[n]).meshes = entry->second;
+        const auto [entry, isNew] = reading.meshesOf.try_emplace({node.mesh, skin, node.weights});
+        if (isNew) entry->second = addMesh(reading, node.mesh, skin, node.weights);
+        const auto copies = reading.copiesOf.find(reading.nodeOf[n]);
+        if (copies == reading.copiesOf.end()) {
+            at(reading.model.nodes, reading.nodeOf[n]).meshes = entry->second;
+        } else {
+            for (const int32_t copy : copies->second) at(reading.model.nodes, copy).meshes = entry->second;
+        }
     }
 }
 
@@ -510,7 +563,7 @@ bool isGltf2(const std::string& path) {
 }
 
 SourceModel readGltf(const std::string& path) {
-    GltfReading reading{GltfDocument(path), {}, {}, {}, {}, {}};
+    GltfReading reading{GltfDocument(path), {}, {}, {}, {}, {}, {}};
     SourceModel& model = reading.model;
     model.error = reading.document.error();
     model.files = reading.document.files();

@@ -84,8 +84,9 @@ ImportResult failed(const std::string& error) { return {{{}, error, {}}, {}, {},
 
 // Whatever the other process says, nothing but a picture is written, and nowhere but beside the output.
 bool isPictureName(const std::string& name) {
-    static const std::vector<std::string> kEndings = {"png", "jpg",  "jpeg", "bmp",  "tga", "dds", "gif", "tif", "tiff",
-                                                      "psd", "webp", "ktx",  "ktx2", "hdr", "exr", "pcx", "ppm", "pgm"};
+    static const std::vector<std::string> kEndings = {"png", "jpg",  "jpeg", "bmp",  "tga",  "dds", "gif",
+                                                      "tif", "tiff", "psd",  "webp", "avif", "ktx", "ktx2",
+                                                      "hdr", "exr",  "pcx",  "ppm",  "pgm"};
     const size_t dot = name.find('.');
     const auto isPlain = [](char c) {
         return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '-';

@@ -497,6 +497,29 @@ TEST(ModelImport, FormsOfGltfNumbersAreAllTheSame) {
     }
 }
 
+// A node's mesh in two places, each twice as large.
+TEST(ModelImport, CopiesOfAGltfMesh) {
+    Gltf gltf;
+    const int points = gltf.points({0, 0, 0, 0, 0, 1, 1, 0, 0});
+    const int places = gltf.points({5, 0, 0, 0, 7, 0}), sizes = gltf.points({2, 2, 2, 2, 2, 2});
+    gltf.json["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", points}}}}}}}};
+    gltf.json["nodes"] = {{{"name", "tree"}, {"mesh", 0}}};
+    gltf.json["nodes"][0]["extensions"]["EXT_mesh_gpu_instancing"]["attributes"] = {{"TRANSLATION", places},
+                                                                                    {"SCALE", sizes}};
+    gltf.json["extensionsUsed"] = gltf.json["extensionsRequired"] = {"EXT_mesh_gpu_instancing"};
+    gltf.json["scenes"] = {{{"nodes", {0}}}};
+    const ModelFolder folder;
+    const LoadResult result = importModel(folder.write("a.gltf", gltf.text()), {});
+    ASSERT_TRUE(result.scene.has_value()) << result.error;
+    std::set<Vec3> vertices;
+    ASSERT_EQ(result.scene->nodes.size(), 1U);
+    for (const Node& node : result.scene->nodes[0].children) {
+        vertices.insert(node.polyhedron.vertices.begin(), node.polyhedron.vertices.end());
+    }
+    EXPECT_EQ(vertices, (std::set<Vec3>{{-5, 0, 0}, {-5, 2, 0}, {-7, 0, 0}, {0, 0, 7}, {0, 2, 7}, {-2, 0, 7}}));
+    EXPECT_TRUE(warningsOf(result).empty());
+}
+
 // A bumpy square of side * side quads with a node for each name.
 std::string bumps(const std::vector<std::string>& nodes) {
     constexpr int kSide = 12;
