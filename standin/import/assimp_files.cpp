@@ -101,12 +101,15 @@ bool ModelFiles::Exists(const char* path) const { return finds(path); }
 Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
     std::unique_ptr<Assimp::IOStream> stream(finds(path) ? DefaultIOSystem::Open(path, mode) : nullptr);
     if (stream == nullptr) return nullptr;
-    const bool isCollada = equalIgnoringCase(std::filesystem::path(path).extension().string(), ".dae");
+    const std::string ending = std::filesystem::path(path).extension().string();
+    const auto endsWith = [&](const char* other) { return equalIgnoringCase(ending, other); };
     const bool isWide = beginsWith16BitMark(*stream);
-    if (!isCollada && !isWide) return stream.release();
+    if (!endsWith(".dae") && !endsWith(".md2") && !isWide) return stream.release();
     std::string bytes = contentOf(*stream);
+    // Its reader takes a list that ends with the file for one that ends beyond it.
+    if (endsWith(".md2")) return streamOf(bytes + '\0');
     if (isWide) bytes = utf8Of(bytes);
-    return streamOf(isCollada ? withoutBlanksBeforeNumbers(bytes) : bytes);
+    return streamOf(endsWith(".dae") ? withoutBlanksBeforeNumbers(bytes) : bytes);
 }
 
 }  // namespace marrowfen::standin

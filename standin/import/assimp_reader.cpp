@@ -6,6 +6,7 @@
 #include <assimp/Importer.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cmath>
 #include <filesystem>
@@ -39,16 +40,23 @@ constexpr std::string_view kColladaReader = "Collada Importer";
 constexpr std::string_view kQuakeReader = "Quake Mesh / 3D GameStudio Mesh Importer";
 // They say of every material that it shows from both sides, which their files don't.
 constexpr std::string_view kTwoSidedReaders[] = {"Stanford Polygon Library (PLY) Importer", "OFF Importer"};
-// What a reader leaves out of every file that has it.
-constexpr std::pair<std::string_view, const char*> kLossyReaders[] = {
+
+// What a reader leaves out: of every file, or of those that say they have more of it than the reader takes.
+struct ReaderLoss {
+    std::string_view reader;
+    const char* what;
+    std::vector<size_t> countsAt = {};  // where in the file
+    uint32_t most = 0;                  // of which nothing is lost
+};
+constexpr const char* kFirstFrame = "of a file whose animations are of vertices, the first frame alone is read";
+const ReaderLoss kReaderLosses[] = {
     {kBlenderReader,
      "a .blend file is read without its modifiers and animations: export glTF from Blender to have what it shows"},
-    {"Inter-Quake Model Importer", "of an IQM file the meshes alone are read, without bones and animations"},
-    {"Quake II Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"},
-    {"Quake III Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"},
-    {"Return To Castle Wolfenstein Mesh Importer",
-     "of a file whose animations are of vertices, the first frame alone is read"},
-    {"Unreal Mesh Importer", "of a file whose animations are of vertices, the first frame alone is read"}};
+    {"Inter-Quake Model Importer", "of an IQM file the meshes alone are read, without bones and animations", {68, 76}},
+    {"Quake II Mesh Importer", kFirstFrame, {40}, 1},
+    {"Quake III Mesh Importer", kFirstFrame, {76}, 1},
+    {"Return To Castle Wolfenstein Mesh Importer", kFirstFrame, {76}, 1},
+    {"Unreal Mesh Importer", kFirstFrame}};
 constexpr double kDefaultTicksPerSecond = 25;  // of files that name none
 
 struct AssimpReading {
@@ -278,6 +286,8 @@ void findTexture(const aiScene& scene, const aiMaterial& source, SourceMaterial&
         const auto [texture, index] = scene.GetEmbeddedTextureAndIndex(path.C_Str());
         if (texture != nullptr) material.image = index;
         material.texture = textOf(path);
+        // What Blender works out has no picture.
+        if (material.texture.starts_with("Procedural,num=")) material.texture.clear();
         return;
     }
 }
@@ -421,6 +431,17 @@ void noteMissingLibraries(AssimpReading& reading) {
     }
 }
 
+bool hasLost(const AssimpReading& reading, const ReaderLoss& loss) {
+    if (loss.countsAt.empty()) return true;
+    std::ifstream file(reading.path, std::ios::binary);
+    return std::any_of(loss.countsAt.begin(), loss.countsAt.end(), [&](size_t at) {
+        std::array<unsigned char, 4> count{};
+        file.seekg(static_cast<std::streamoff>(at));
+        file.read(reinterpret_cast<char*>(count.data()), count.size());
+        return (count[0] | count[1] << 8 | count[2] << 16 | static_cast<uint32_t>(count[3]) << 24) > loss.most;
+    });
+}
+
 void convert(AssimpReading& reading) {
     SourceModel& model = reading.model;
     const aiScene& scene = reading.scene;
@@ -432,8 +453,10 @@ void convert(AssimpReading& reading) {
     model.losesSkeleton = reading.format == kQuakeReader && model.nodes[0].name == "<MDL_root>";
     for (unsigned m = 0; m < scene.mNumMeshes && model.error.empty(); ++m) addMesh(reading, m);
     if (reading.format == kAmfReader) checkAmf(reading);
-    for (const auto& [reader, loss] : kLossyReaders) {
-        if (reading.format == reader) model.remarks.push_back(aboutScene(load::kReaderLoss, loss));
+    for (const ReaderLoss& loss : kReaderLosses) {
+        if (reading.format == loss.reader && hasLost(reading, loss)) {
+            model.remarks.push_back(aboutScene(load::kReaderLoss, loss.what));
+        }
     }
     for (unsigned m = 0; m < scene.mNumMaterials; ++m) addMaterial(reading, *scene.mMaterials[m]);
     for (unsigned t = 0; t < scene.mNumTextures; ++t) addImage(reading, *scene.mTextures[t]);

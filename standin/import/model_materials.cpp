@@ -38,14 +38,24 @@ std::string asTextureName(std::string name) {
     return name;
 }
 
+bool isFileThere(Model& model, const std::filesystem::path& place) {
+    const FilePlace there = placeOfFile(model.path, place);
+    if (there != FilePlace::Outside) model.source.files.push_back({place.string(), there == FilePlace::There});
+    return there == FilePlace::There;
+}
+
+// Models of games leave the ending of a texture's file to the game.
 bool isThere(Model& model, const std::string& texture) {
+    constexpr const char* kEndings[] = {".png", ".jpg", ".tga", ".bmp", ".dds"};
     std::string path = texture;
     std::replace(path.begin(), path.end(), '\\', '/');
     const std::filesystem::path folder = std::filesystem::path(model.path).parent_path();
     for (const std::filesystem::path& place : {folder / path, folder / lastPartOf(path)}) {
-        const FilePlace there = placeOfFile(model.path, place);
-        if (there != FilePlace::Outside) model.source.files.push_back({place.string(), there == FilePlace::There});
-        if (there == FilePlace::There) return true;
+        if (isFileThere(model, place)) return true;
+        if (place.has_extension()) continue;
+        for (const char* ending : kEndings) {
+            if (isFileThere(model, place.string() + ending)) return true;
+        }
     }
     return false;
 }
@@ -91,7 +101,9 @@ std::string embeddedName(Model& model, int32_t index) {
 // textures up by name.
 std::string textureName(Model& model, const SourceMaterial& source, const std::string& key) {
     if (source.image != kNone) return embeddedName(model, source.image);
-    const std::string file = lastPartOf(source.texture);
+    std::string file = lastPartOf(source.texture);
+    // ".skin" is a file of the model's own folder to some games; as an ending it would leave no name.
+    if (file.rfind('.') == 0) file.erase(0, 1);
     if (file.empty() && model.options.plainTextures) {
         const std::string written = untakenBase(model, safeBaseName(key + ".")) + ".png";
         model.textures.emplace_back(written, plainPng(colorOf(source)));
@@ -101,7 +113,8 @@ std::string textureName(Model& model, const SourceMaterial& source, const std::s
         model.notes.plainMaterials.push_back(key);
         return asTextureName(key);
     }
-    if (!isThere(model, source.texture)) model.notes.missingTextures.insert(file);
+    if (!isThere(model, file.size() < lastPartOf(source.texture).size() ? file : source.texture))
+        model.notes.missingTextures.insert(file);
     return file;
 }
 

@@ -164,8 +164,12 @@ ImportResult readModel(const std::string& path, const ImportOptions& options) {
     model.source = isGltf2(path) ? readGltf(path) : readWithAssimp(path);
     if (model.source.stickFigure && !model.source.clips.empty()) dropMeshes(model.source);
     if (model.source.meshes.empty() && model.source.clips.empty()) {
-        model.source.fail(model.source.linesAndPoints > 0 ? "the file holds lines and points, but no triangles"
-                                                          : "the file holds no meshes");
+        std::string fault = model.source.linesAndPoints > 0 ? "the file holds lines and points, but no triangles"
+                                                            : "the file holds no meshes";
+        for (const Message& remark : model.source.remarks) {
+            if (remark.kind == &load::kReaderLoss) fault += "; " + remark.text;
+        }
+        model.source.fail(fault);
     }
     model.error = model.source.error;
     if (model.error.empty()) runPasses(model);

@@ -520,6 +520,47 @@ TEST(ModelImport, CopiesOfAGltfMesh) {
     EXPECT_TRUE(warningsOf(result).empty());
 }
 
+// A triangle whose frames end with the file; of one frame nothing is lost, and its skin has no ending.
+TEST(ModelImport, QuakeModelsOfOneFrame) {
+    for (const int32_t frames : {1, 2}) {
+        const int32_t frameSize = 40 + 3 * 4, skins = 68, uvs = skins + 64, faces = uvs + 12, first = faces + 12;
+        const std::array<int32_t, 17> head = {0x32504449,
+                                              8,
+                                              64,
+                                              64,
+                                              frameSize,
+                                              1,
+                                              3,
+                                              3,
+                                              1,
+                                              0,
+                                              frames,
+                                              skins,
+                                              uvs,
+                                              faces,
+                                              first,
+                                              first,
+                                              first + frames * frameSize};
+        std::string bytes(static_cast<size_t>(head[16]), '\0');
+        std::copy_n(reinterpret_cast<const char*>(head.data()), sizeof head, bytes.data());
+        bytes.replace(skins, 5, ".skin");
+        const std::array<uint16_t, 6> corners = {0, 2, 1, 0, 2, 1};
+        std::copy_n(reinterpret_cast<const char*>(corners.data()), sizeof corners, bytes.data() + faces);
+        const std::array<float, 3> sizes = {1, 1, 1};
+        for (int32_t f = 0; f < frames; ++f) {
+            char* frame = bytes.data() + first + f * frameSize;
+            std::copy_n(reinterpret_cast<const char*>(sizes.data()), sizeof sizes, frame);
+            frame[44] = frame[49] = 1;
+        }
+        const ModelFolder folder;
+        const std::string skin = folder.write("skin.tga", "");
+        const LoadResult result = importModel(folder.write("a.md2", bytes), {});
+        ASSERT_TRUE(result.scene.has_value()) << result.error;
+        EXPECT_EQ(result.scene->materials[0].second.texture, "skin");
+        EXPECT_EQ(warningsOf(result).size(), frames == 1 ? 0U : 1U);
+    }
+}
+
 // A bumpy square of side * side quads with a node for each name.
 std::string bumps(const std::vector<std::string>& nodes) {
     constexpr int kSide = 12;
