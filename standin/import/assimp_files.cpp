@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ground/ascii.h"
+#include "ground/pieces.h"
 #include "standin/import/own_files.h"
 
 namespace marrowfen::standin {
@@ -81,6 +84,41 @@ std::string withoutBlanksBeforeNumbers(std::string_view text) {
     return result;
 }
 
+// "SURF 0x30", "mat 1" of two materials -> "mat 7". A file whose materials aren't a line each stays as it is.
+std::string withSurfaceKinds(const std::string& text) {
+    const std::vector<std::string> lines = piecesOf(text, '\n');
+    std::vector<std::string> materials;
+    for (const std::string& line : lines) {
+        if (!line.starts_with("MATERIAL ")) continue;
+        const size_t quote = line.starts_with("MATERIAL \"") ? line.find('"', 10) : std::string::npos;
+        if (quote == std::string::npos) return text;
+        materials.emplace_back(line).insert(quote, 1, kKindMark);
+    }
+    std::string result;
+    size_t written = 0;
+    int kind = 0;
+    for (const std::string& line : lines) {
+        if (line.starts_with("SURF ")) {
+            const unsigned long flags = std::strtoul(line.c_str() + 5, nullptr, 0);
+            kind = static_cast<int>(flags >> 4) % kSurfaceKinds;
+        }
+        if (line.starts_with("MATERIAL ") && written < materials.size() && ++written == materials.size()) {
+            for (int k = 0; k < kSurfaceKinds; ++k) {
+                for (std::string copy : materials) {
+                    copy.insert(copy.find(kKindMark) + 1, 1, static_cast<char>('0' + k));
+                    result += copy + '\n';
+                }
+            }
+        } else if (line.starts_with("mat ") && !materials.empty()) {
+            const unsigned long material = std::strtoul(line.c_str() + 4, nullptr, 10);
+            result += "mat " + std::to_string(material + static_cast<size_t>(kind) * materials.size()) + '\n';
+        } else if (!line.starts_with("MATERIAL ") || materials.empty()) {
+            result += line + '\n';
+        }
+    }
+    return result;
+}
+
 // Keeps its bytes for as long as it is open.
 Assimp::IOStream* streamOf(const std::string& bytes) {
     auto* copy = new uint8_t[bytes.size()];
@@ -103,12 +141,14 @@ Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
     if (stream == nullptr) return nullptr;
     const std::string ending = std::filesystem::path(path).extension().string();
     const auto endsWith = [&](const char* other) { return equalIgnoringCase(ending, other); };
+    const bool isAc3d = endsWith(".ac") || endsWith(".acc") || endsWith(".ac3d");
     const bool isWide = beginsWith16BitMark(*stream);
-    if (!endsWith(".dae") && !endsWith(".md2") && !isWide) return stream.release();
+    if (!endsWith(".dae") && !endsWith(".md2") && !isAc3d && !isWide) return stream.release();
     std::string bytes = contentOf(*stream);
     // Its reader takes a list that ends with the file for one that ends beyond it.
     if (endsWith(".md2")) return streamOf(bytes + '\0');
     if (isWide) bytes = utf8Of(bytes);
+    if (isAc3d) bytes = withSurfaceKinds(bytes);
     return streamOf(endsWith(".dae") ? withoutBlanksBeforeNumbers(bytes) : bytes);
 }
 

@@ -13,6 +13,11 @@
 
 namespace marrowfen::standin {
 
+// How an AC3D surface shows. The format says it of each surface and the reader passes it over, so each material gets a
+// copy for each kind, with this letter and the kind's digit behind its name.
+inline constexpr char kKindMark = '\x01';
+inline constexpr int kSmoothSurface = 1, kTwoSidedSurface = 2, kSurfaceKinds = 4;
+
 // Files that aren't the model's own aren't there.
 class ModelFiles : public Assimp::DefaultIOSystem {
 public:

@@ -37,6 +37,8 @@ constexpr std::string_view kColladaNameless = "$ColladaAutoName$";
 constexpr std::string_view kFbxHelper = "_$AssimpFbx$_";
 constexpr std::string_view kObjReader = "Wavefront Object Importer";
 constexpr std::string_view kColladaReader = "Collada Importer";
+constexpr std::string_view kAc3dReader = "AC3D Importer";
+constexpr float kAc3dCrease = 61;  // degrees between faces that its format, which has no normals, leaves smooth
 constexpr std::string_view kQuakeReader = "Quake Mesh / 3D GameStudio Mesh Importer";
 // They say of every material that it shows from both sides, which their files don't.
 constexpr std::string_view kTwoSidedReaders[] = {"Stanford Polygon Library (PLY) Importer", "OFF Importer"};
@@ -244,6 +246,16 @@ void addUvs(const aiScene& scene, const aiMesh& source, SourceMesh& mesh) {
     mesh.hasMoreUvs = source.GetNumUVChannels() > 1;
 }
 
+// Of AC3D's materials.
+std::optional<int> surfaceKind(const aiMaterial& material) {
+    aiString text;
+    material.Get(AI_MATKEY_NAME, text);
+    const std::string_view name = text.C_Str();
+    const size_t mark = name.find(kKindMark);
+    if (mark == std::string_view::npos || mark + 1 >= name.size()) return std::nullopt;
+    return name[mark + 1] - '0';
+}
+
 void addMesh(AssimpReading& reading, unsigned index) {
     const aiMesh& source = *reading.scene.mMeshes[index];
     SourceMesh mesh;
@@ -253,6 +265,9 @@ void addMesh(AssimpReading& reading, unsigned index) {
     mesh.positions.assign(source.mVertices, source.mVertices + source.mNumVertices);
     if (source.HasNormals()) mesh.normals.assign(source.mNormals, source.mNormals + source.mNumVertices);
     mesh.material = static_cast<int32_t>(source.mMaterialIndex);
+    const std::optional<int> kind = surfaceKind(*reading.scene.mMaterials[source.mMaterialIndex]);
+    mesh.flat = kind && (*kind & kSmoothSurface) == 0;
+    if (mesh.flat) mesh.normals.clear();
     mesh.hasMorphs = source.mNumAnimMeshes > 0;
     mesh.hasColors = source.HasVertexColors(0);
     addUvs(reading.scene, source, mesh);
@@ -297,6 +312,8 @@ void addMaterial(AssimpReading& reading, const aiMaterial& source) {
     aiString name;
     source.Get(AI_MATKEY_NAME, name);
     material.name = textOf(name);
+    const std::optional<int> kind = surfaceKind(source);
+    if (kind) material.name = cleanText(std::string(name.C_Str(), std::string_view(name.C_Str()).find(kKindMark)));
     // Of a file without meshes, Assimp draws the skeleton.
     if (material.name == "SkeletonMaterial") reading.model.stickFigure = true;
     aiColor4D color(1, 1, 1, 1);
@@ -311,6 +328,7 @@ void addMaterial(AssimpReading& reading, const aiMaterial& source) {
     const bool isSaid = std::find(std::begin(kTwoSidedReaders), std::end(kTwoSidedReaders), reading.format) ==
                         std::end(kTwoSidedReaders);
     material.doubleSided = isSaid && source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
+    if (kind) material.doubleSided = (*kind & kTwoSidedSurface) != 0;
     reading.model.materials.push_back(std::move(material));
 }
 
@@ -448,6 +466,7 @@ void convert(AssimpReading& reading) {
     addNode(reading, *scene.mRootNode, reading.named == nullptr ? nullptr : reading.named->mRootNode, kNone);
     findAxes(scene, reading.format, model);
     if (reading.format == kColladaReader) takeUnitFromRoot(model);
+    model.materialsByMesh = reading.format == kAc3dReader;
     if (reading.format == kObjReader) noteMissingLibraries(reading);
     // Of Half-Life models the reader makes all bones siblings, with poses that are meant relative to parents.
     model.losesSkeleton = reading.format == kQuakeReader && model.nodes[0].name == "<MDL_root>";
@@ -509,8 +528,12 @@ SourceModel readWithAssimp(const std::string& path) {
     for (unsigned m = 0; m < scene->mNumMeshes && reading.model.error.empty(); ++m) checkMesh(reading, m);
     if (reading.model.error.empty()) checkNode(reading, *scene->mRootNode, 1);
     // Mappings other than coordinates, and texture transforms, are worked into the coordinates.
-    if (reading.model.error.empty() &&
-        importer.ApplyPostProcessing(aiProcess_GenUVCoords | aiProcess_TransformUVCoords) == nullptr) {
+    unsigned passes = aiProcess_GenUVCoords | aiProcess_TransformUVCoords;
+    if (format == kAc3dReader) {
+        importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kAc3dCrease);
+        passes |= aiProcess_GenSmoothNormals;
+    }
+    if (reading.model.error.empty() && importer.ApplyPostProcessing(passes) == nullptr) {
         reading.model.fail(oneLine(importer.GetErrorString()));
     }
     if (format == kColladaReader) reading.named = readNames(names.emplace(), path);

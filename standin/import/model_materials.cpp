@@ -159,16 +159,29 @@ std::vector<bool> usedMaterials(const Model& model) {
     return used;
 }
 
+bool isSame(const SourceMaterial& a, const SourceMaterial& b) {
+    return a.name == b.name && a.color == b.color && a.emission == b.emission && a.texture == b.texture &&
+           a.image == b.image && a.alpha == b.alpha;
+}
+
 }  // namespace
 
 void convertMaterials(Model& model) {
     const std::vector<bool> used = usedMaterials(model);
     std::set<std::string> keys;
+    std::vector<size_t> converted;
     const std::vector<SourceMaterial>& materials = model.source.materials;
     model.materialKeys.resize(materials.size());
     for (size_t m = 0; m < materials.size(); ++m) {
         if (!used[m]) continue;
         const SourceMaterial& source = materials[m];
+        const auto known = std::find_if(converted.begin(), converted.end(),
+                                        [&](size_t other) { return isSame(materials[other], source); });
+        if (model.source.materialsByMesh && known != converted.end()) {
+            model.materialKeys[m] = model.materialKeys[*known];
+            continue;
+        }
+        converted.push_back(m);
         HostMaterial material;
         material.color = colorOf(source);
         material.shader = emissionShader(source);

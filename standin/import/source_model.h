@@ -112,6 +112,7 @@ struct SourceModel {
     double unit = 0;               // metres, 0 for formats without one
     double frameRate = 0;          // 0 for files without one
     bool skinsStandAlone = false;  // a skinned mesh's own node has no say in where it is
+    bool materialsByMesh = false;  // the reader makes a material anew for each mesh that uses it
     bool losesSkeleton = false;    // the reader gets the skeletons of this format wrong
     bool stickFigure = false;      // the reader has drawn the skeleton of a file without meshes
 

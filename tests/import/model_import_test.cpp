@@ -520,6 +520,30 @@ TEST(ModelImport, CopiesOfAGltfMesh) {
     EXPECT_TRUE(warningsOf(result).empty());
 }
 
+// Surfaces say whether they are smooth and whether they show from both sides; one material serves all.
+TEST(ModelImport, SurfacesOfAc3d) {
+    std::string text =
+        "AC3Db\nMATERIAL \"red\" rgb 1 0 0 amb 0 0 0 emis 0 0 0 spec 0 0 0 shi 0 trans 0\nOBJECT world\nkids 1\n"
+        "OBJECT poly\nname \"roof\"\nnumvert 4\n0 0 0\n1 0 0\n0 1 0.2\n1 1 0\nnumsurf 2\n";
+    const std::string ends[] = {"mat 0\nrefs 3\n0 0 0\n1 0 0\n2 0 0\n", "mat 0\nrefs 3\n1 0 0\n3 0 0\n2 0 0\n"};
+    const struct {
+        const char *first, *second;
+        size_t faces, vertices;  // vertices are joined where faces are smooth
+    } kCases[] = {{"0x00", "0x00", 2, 6}, {"0x10", "0x10", 2, 4}, {"0x20", "0x20", 4, 12}, {"0x30", "0x00", 3, 9}};
+    for (const auto& entry : kCases) {
+        const Scene scene = importText("a.ac", text + "SURF " + entry.first + "\n" + ends[0] + "SURF " + entry.second +
+                                                   "\n" + ends[1] + "kids 0\n");
+        ASSERT_EQ(scene.materials.size(), 1U) << entry.first;
+        EXPECT_EQ(scene.materials[0].first, "red");
+        size_t faces = 0, vertices = 0;
+        for (const Node& node : scene.nodes) {
+            faces += node.polyhedron.faces.size(), vertices += node.polyhedron.vertices.size();
+        }
+        EXPECT_EQ(faces, entry.faces) << entry.first;
+        EXPECT_EQ(vertices, entry.vertices) << entry.first;
+    }
+}
+
 // A triangle whose frames end with the file; of one frame nothing is lost, and its skin has no ending.
 TEST(ModelImport, QuakeModelsOfOneFrame) {
     for (const int32_t frames : {1, 2}) {
