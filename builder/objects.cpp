@@ -40,11 +40,11 @@ private:
     std::vector<MeshFaces> decimatedFaces_;  // of each autolod layer, taken when its turn comes
 };
 
-// Copies that a shape may have: 64 of any mesh, far more than the steps from full detail to nothing that anybody can
-// tell apart; of a small one as many as have half a million vertices together, which are written anew for every copy. A
+// Copies that a shape may have: 256 of any mesh, far more than the steps from full detail to nothing that anybody can
+// tell apart; of a small one as many as have two million vertices together, which are written anew for every copy. A
 // name is all that a copy costs in a scene: without a limit half a megabyte would ask for a file of 400.
-constexpr size_t kCopiesOfAnyMesh = 64;
-constexpr size_t kMostCopiedVertices = 1 << 19;
+constexpr size_t kCopiesOfAnyMesh = 256;
+constexpr size_t kMostCopiedVertices = 1 << 21;
 
 // Turns that shade a mesh visibly wrong when its normals don't take part: from one degree on.
 constexpr float kVisibleTurnSquaredSine = 7.6e-5F;  // of half a degree

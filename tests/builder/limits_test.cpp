@@ -67,9 +67,10 @@ TEST(LayerLimits, CountCopies) {
         layers.front() = "Detail:size=9";
         return layers;
     };
-    const Node large = loose(4000, 0, 1);
-    EXPECT_EQ(errorOf(layersWith(64), {large}), "");
-    EXPECT_EQ(errorOf(layersWith(65), {large}), "A shape holds at most 64 of 65 copies of a mesh with 12000 vertices.");
+    const Node large = loose(2800, 0, 1);
+    EXPECT_EQ(errorOf(layersWith(256), {large}), "");
+    EXPECT_EQ(errorOf(layersWith(257), {large}),
+              "A shape holds at most 256 of 257 copies of a mesh with 8400 vertices.");
     EXPECT_EQ(errorOf(layersWith(300), {sheet(4, 4, 1)}), "");
 }
 
