@@ -173,7 +173,7 @@ private:
     }
 
     void showBar() {
-        if (running_.empty()) return;
+        if (running_.empty() || !bar_.isDrawn()) return;
         std::string names;
         size_t shown = 0;
         for (const auto& [number, worker] : running_) {
