@@ -87,7 +87,7 @@ public:
     int32_t withMost() const { return firstOf(levels_.rbegin(), levels_.rend()); }
 
 private:
-    static size_t levelOf(int32_t neighbors) { return static_cast<size_t>(neighbors + 1); }
+    static size_t levelOf(int32_t neighbors) { return static_cast<size_t>(neighbors) + 1; }
 
     template <class Level>
     int32_t firstOf(Level level, Level end) const {
