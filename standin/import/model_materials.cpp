@@ -101,9 +101,9 @@ std::string embeddedName(Model& model, int32_t index) {
 // textures up by name.
 std::string textureName(Model& model, const SourceMaterial& source, const std::string& key) {
     if (source.image != kNone) return embeddedName(model, source.image);
-    std::string file = lastPartOf(source.texture);
+    std::string file = lastPartOf(source.texture), place = source.texture;
     // ".skin" is a file of the model's own folder to some games; as an ending it would leave no name.
-    if (file.rfind('.') == 0) file.erase(0, 1);
+    if (file.rfind('.') == 0) place = file.erase(0, 1);
     if (file.empty() && model.options.plainTextures) {
         const std::string written = untakenBase(model, safeBaseName(key + ".")) + ".png";
         model.textures.emplace_back(written, plainPng(colorOf(source)));
@@ -113,8 +113,7 @@ std::string textureName(Model& model, const SourceMaterial& source, const std::s
         model.notes.plainMaterials.push_back(key);
         return asTextureName(key);
     }
-    if (!isThere(model, file.size() < lastPartOf(source.texture).size() ? file : source.texture))
-        model.notes.missingTextures.insert(file);
+    if (!isThere(model, place)) model.notes.missingTextures.insert(file);
     return file;
 }
 
@@ -177,11 +176,11 @@ void convertMaterials(Model& model) {
         const SourceMaterial& source = materials[m];
         const auto known = std::find_if(converted.begin(), converted.end(),
                                         [&](size_t other) { return isSame(materials[other], source); });
-        if (model.source.materialsByMesh && known != converted.end()) {
+        if (known != converted.end()) {
             model.materialKeys[m] = model.materialKeys[*known];
             continue;
         }
-        converted.push_back(m);
+        if (model.source.materialsByMesh) converted.push_back(m);
         HostMaterial material;
         material.color = colorOf(source);
         material.shader = emissionShader(source);
