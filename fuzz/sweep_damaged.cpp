@@ -4,15 +4,19 @@
 // So many changed and cut versions of the seeds, spread over all there are (fuzz/damage.h), go through the verbs of the
 // command in child processes; FOLDER holds the damaged file and what it becomes. Every file has to end in one line that
 // names it, or in a result that inspect finds sound, within a bound of processor time and of memory. Under the
-// sanitizers memory isn't looked at, and models are read without their cell, which would keep the sanitizers' reports.
+// sanitizers models are read without their cell, which would keep the sanitizers' reports. One that runs into what are
+// limits there is ended and counted: whether the command refuses it in time is told without the sanitizers.
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -50,6 +54,8 @@ constexpr size_t kFilesPerChild = 50;
 constexpr double kMostSeconds = 2;
 constexpr rlim_t kEndAfterSeconds = 30;
 constexpr double kMoreSecondsPerMegabyte = 5;
+constexpr size_t kMostSanitizedBytes = size_t{4} << 30;
+constexpr int kMillisecondsBetweenLooks = 50;
 
 // In kilobytes, and for every byte of the file. Models have the limits of the library's readers.
 struct MemoryBound {
@@ -195,7 +201,9 @@ public:
             std::printf(", most memory %ld KB, %.2f of the bound (%s)", mostKilobytes_, mostShare_,
                         largestFile_.c_str());
         }
-        std::printf(", %zu faults, %zu crashes of libraries\n", faults_, libraryCrashes_);
+        std::printf(", %zu faults, %zu crashes of libraries", faults_, libraryCrashes_);
+        if (kIsSanitized) std::printf(", %zu ended at a limit", endedAtLimit_);
+        std::printf("\n");
         std::ofstream lines(folder_ / "lines.txt");
         for (const auto& [line, count] : lines_) lines << count << " " << line << "\n";
     }
@@ -205,7 +213,7 @@ private:
     fs::path folder_;
     Result* results_ = nullptr;
     int said_ = -1, nowhere_ = -1;
-    size_t done_ = 0, faults_ = 0, libraryCrashes_ = 0;
+    size_t done_ = 0, faults_ = 0, libraryCrashes_ = 0, endedAtLimit_ = 0;
     double slowest_ = 0, mostShare_ = 0;
     long mostKilobytes_ = 0;
     std::string slowestFile_, largestFile_;
@@ -240,6 +248,7 @@ private:
         if (ftruncate(said_, 0) != 0 || lseek(said_, 0, SEEK_SET) != 0) std::abort();
         const pid_t child = fork();
         if (child == 0) readInChild(versions, begin, end);
+        if (kIsSanitized && growsTooLarge(child)) kill(child, SIGKILL);
         int status = 0;
         rusage usage{};
         wait4(child, &status, 0, &usage);
@@ -262,6 +271,21 @@ private:
         }
         takeMemory(versions.name(begin), usage.ru_maxrss, share, smallest->bytes);
         return end;
+    }
+
+    // Returns when it does, or has ended.
+    static bool growsTooLarge(pid_t child) {
+        const int handle = static_cast<int>(syscall(SYS_pidfd_open, child, 0));
+        if (handle < 0) return false;
+        pollfd ended{handle, POLLIN, 0};
+        size_t bytes = 0;
+        while (bytes <= kMostSanitizedBytes && poll(&ended, 1, kMillisecondsBetweenLooks) == 0) {
+            size_t all = 0, resident = 0;  // in pages
+            std::ifstream("/proc/" + std::to_string(child) + "/statm") >> all >> resident;
+            bytes = resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        }
+        close(handle);
+        return bytes > kMostSanitizedBytes;
     }
 
     static double boundFor(const std::string& path, size_t bytes) {
@@ -318,10 +342,12 @@ private:
     void takeDeath(const std::string& name, int status, Result& result) {
         const std::string text = readWholeFile("/proc/self/fd/" + std::to_string(said_));
         const size_t library = std::min(text.find("libassimp"), text.find("libdraco"));
-        if (kIsSanitized && library < text.find("marrowfen::")) {
+        const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        if (kIsSanitized && signal == SIGKILL && kindOf(name.substr(0, name.find(' '))) == Kind::Model) {
+            ++endedAtLimit_;
+        } else if (kIsSanitized && library < text.find("marrowfen::")) {
             ++libraryCrashes_;
         } else {
-            const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
             std::snprintf(result.fault, sizeof result.fault, "signal %d: %s", signal, text.c_str());
         }
         std::ofstream(folder_ / "reports.txt", std::ios::app) << name << "\n" << text << "\n";
