@@ -136,6 +136,10 @@ inline Message skippedAnimation(const std::string& name, const std::string& what
 // A text as the scene holds it: one line of UTF-8.
 std::string cleanText(std::string_view text);
 
+// The number in what some glTF exporters write out for a node without a name, because their reader made it up:
+// "nodes[3]", "nodes_3". Taken for a name it would make the node a layer of markers. Empty for other names.
+std::string madeUpNumber(std::string_view name);
+
 // Finds damage that the readers let pass: numbers that aren't finite, and clips that are left out for it.
 void checkSource(SourceModel& source);
 

@@ -44,4 +44,14 @@ std::string cleanText(std::string_view rest) {
     return result;
 }
 
+std::string madeUpNumber(std::string_view name) {
+    constexpr std::string_view kBegin = "nodes";
+    if (!name.starts_with(kBegin) || name.size() < kBegin.size() + 2) return {};
+    const bool isBracket = name[kBegin.size()] == '[' && name.back() == ']';
+    if (!isBracket && name[kBegin.size()] != '_') return {};
+    name.remove_prefix(kBegin.size() + 1);
+    if (isBracket) name.remove_suffix(1);
+    return name.find_first_not_of("0123456789") == std::string_view::npos ? std::string(name) : std::string();
+}
+
 }  // namespace marrowfen::standin
