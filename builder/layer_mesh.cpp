@@ -4,6 +4,7 @@
 
 #include "builder/refusals.h"
 #include "ground/at.h"
+#include "ground/counted.h"
 #include "host/poly_to_mesh.h"
 
 namespace marrowfen {
@@ -32,9 +33,8 @@ std::string fileLimitError(const Mesh& mesh, const LayerInfo& layer, LayerRole r
                                   : layer.autoLod           ? kCopyTooLarge
                                                             : ofDetailLayer;
         notices.tellRefusal(kind, layer.name,
-                            "layer " + layer.name + " with " + std::to_string(layer.polys.size()) +
-                                (layer.polys.size() == 1 ? " polyhedron and " : " polyhedra and ") +
-                                std::to_string(mesh.faceCount()) + " triangles");
+                            "layer " + layer.name + " with " + counted(layer.polys.size(), "polyhedron", "polyhedra") +
+                                " and " + counted(static_cast<size_t>(mesh.faceCount()), "triangle", "triangles"));
         return "Layer " + layer.name + " has " + std::to_string(count) + " " + what + ", a mesh holds at most " +
                std::to_string(kLargest16Bit) + ".";
     };

@@ -19,6 +19,7 @@
 #include "cli/staging_folder.h"
 #include "cli/terminal_text.h"
 #include "ground/comma_list.h"
+#include "ground/counted.h"
 #include "ground/pieces.h"
 
 namespace marrowfen::cli {
@@ -218,7 +219,7 @@ std::string batchTable(const std::vector<ExportOptions>& exports, const std::vec
             head + forTerminal(isMade ? exports[i].scene + " -> " + exports[i].output : result.outcome.error) + "\n";
         ++counts[resultWord(result)];
     }
-    text += std::to_string(rows.size()) + (rows.size() == 1 ? " scene" : " scenes");
+    text += counted(rows.size(), "scene", "scenes");
     const char* separator = ": ";
     for (const auto& [word, count] : counts) {
         text += separator + std::to_string(count) + " " + word;

@@ -4,6 +4,7 @@
 
 #include "builder/notices.h"
 #include "ground/comma_list.h"
+#include "ground/counted.h"
 #include "shape/shape_questions.h"
 
 namespace marrowfen::cli {
@@ -12,10 +13,6 @@ namespace {
 
 constexpr size_t kNamesShown = 8;     // of a grouped warning
 constexpr int64_t kLevelsShown = 16;  // with their triangles: a shape may have thousands
-
-std::string counted(int64_t count, const std::string& one) {
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
-}
 
 std::string listed(const std::vector<std::string>& names) {
     std::string text;
@@ -30,7 +27,7 @@ std::string exportSummary(const std::string& output, const Shape& shape, bool is
     std::vector<std::string> parts;
     if (isShapeFile) {
         std::string triangles;
-        int64_t visible = 0;
+        size_t visible = 0;
         const std::vector<int64_t> perMesh = trianglesPerMesh(shape);
         for (const Shape::DetailLevel& level : shape.detailLevels) {
             if (levelKind(shape, level) != LevelKind::Visible) continue;
@@ -38,13 +35,14 @@ std::string exportSummary(const std::string& output, const Shape& shape, bool is
             triangles += (visible > 1 ? ", " : "") + std::to_string(countTriangles(shape, level, perMesh));
         }
         if (visible > kLevelsShown) triangles += ", ...";
-        const auto hidden = static_cast<int64_t>(shape.detailLevels.size()) - visible;
-        parts.push_back(counted(visible, "detail level") + (visible > 0 ? " (" + triangles + " triangles)" : ""));
-        if (hidden > 0) parts.push_back(counted(hidden, "collision level"));
-        parts.push_back(counted(static_cast<int64_t>(shape.materials.size()), "material"));
+        const size_t hidden = shape.detailLevels.size() - visible;
+        parts.push_back(counted(visible, "detail level", "detail levels"));
+        if (visible > 0) parts.back() += " (" + triangles + (triangles == "1" ? " triangle)" : " triangles)");
+        if (hidden > 0) parts.push_back(counted(hidden, "collision level", "collision levels"));
+        parts.push_back(counted(shape.materials.size(), "material", "materials"));
     }
-    parts.push_back(counted(static_cast<int64_t>(shape.nodes.size()), "node"));
-    parts.push_back(counted(static_cast<int64_t>(shape.sequences.size()), "sequence"));
+    parts.push_back(counted(shape.nodes.size(), "node", "nodes"));
+    parts.push_back(counted(shape.sequences.size(), "sequence", "sequences"));
     parts.push_back(std::to_string(bytes) + " bytes");
     std::string text = output + ": ";
     text += commaList(parts);
@@ -71,8 +69,7 @@ std::vector<std::string> groupedWarnings(const std::vector<Message>& messages) {
         }
         if (texts.empty()) continue;
         if (kind == &kClipLeftOut) {
-            warnings.push_back(std::to_string(texts.size()) +
-                               (texts.size() == 1 ? " animation isn't" : " animations aren't") +
+            warnings.push_back(counted(texts.size(), "animation isn't", "animations aren't") +
                                " in the file: give --with-animation, or export to a .dsq file");
         } else {
             warnings.push_back(kind->headline + (": " + listed(texts)));

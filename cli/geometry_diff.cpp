@@ -9,6 +9,7 @@
 #include "cli/shape_facts.h"
 #include "ground/at.h"
 #include "ground/byte_order.h"
+#include "ground/counted.h"
 #include "shape/drawn_triangles.h"
 
 namespace marrowfen::cli {
@@ -59,10 +60,6 @@ Geometry geometryOf(const MeshGroup& group) {
 
 float distance(const Point3& a, const Point3& b) { return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z); }
 float distance(const Point2D& a, const Point2D& b) { return std::hypot(a.x - b.x, a.y - b.y); }
-
-std::string counted(size_t count, const char* one, const char* many) {
-    return std::to_string(count) + " " + (count == 1 ? one : many);
-}
 
 // The vertices of which one thing differs. Lists of different lengths have nothing to be compared with.
 template <class Point>

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "ground/at.h"
+#include "ground/counted.h"
 #include "shape/drawn_triangles.h"
 
 namespace marrowfen::view {
@@ -176,8 +177,8 @@ GltfMesh addMesh(GltfFile& file, const Mesh& mesh, const std::string& name, cons
     std::vector<TriangleRun> runs = trianglesOf(mesh);
     const size_t dropped = dropUnplacedTriangles(mesh, runs);
     if (dropped != 0) {
-        warnings.push_back(name + ": " + std::to_string(dropped) +
-                           " triangles with corners at no finite place left out");
+        warnings.push_back(name + ": " + counted(dropped, "triangle", "triangles") +
+                           " with corners at no finite place left out");
     }
     if (mesh.numFrames > 1) warnings.push_back(name + ": only the first of its vertex frames is shown");
     if (runs.empty()) return {};

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <set>
 
+#include "ground/counted.h"
 #include "ground/whole_file.h"
 #include "standin/import/assimp_axes.h"
 #include "standin/import/assimp_reading.h"
@@ -46,9 +47,9 @@ void checkAmf(AssimpReading& reading) {
     for (size_t at = text.find("<triangle>"); at != std::string::npos; at = text.find("<triangle>", at + 1)) ++there;
     for (const SourceMesh& mesh : reading.model.meshes) read += mesh.corners.size() / 3;
     if (read >= there) return;
-    reading.model.remarks.push_back(aboutScene(
-        load::kReaderLoss, std::to_string(there - read) +
-                               " triangles are lost: of the volumes and materials of an AMF mesh, one is read"));
+    reading.model.remarks.push_back(
+        aboutScene(load::kReaderLoss, counted(there - read, "triangle is", "triangles are") +
+                                          " lost: of the volumes and materials of an AMF mesh, one is read"));
 }
 
 // Assimp passes over a material library that isn't there without a word.

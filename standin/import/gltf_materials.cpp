@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "ground/at.h"
+#include "ground/counted.h"
 #include "standin/import/gltf_reading.h"
 
 // The materials and images of a glTF file, extensions of the colour's texture included.
@@ -165,10 +166,9 @@ void addMaterials(GltfReading& reading) {
     reading.model.materials.emplace_back();
     reading.uvsOf.emplace_back();
     if (partlyGlowing > 0) {
-        reading.model.remarks.push_back(
-            aboutScene(load::kMaterialGlow, std::to_string(partlyGlowing) +
-                                                (partlyGlowing == 1 ? " material glows" : " materials glow") +
-                                                " in parts only, which isn't carried over"));
+        reading.model.remarks.push_back(aboutScene(
+            load::kMaterialGlow,
+            counted(partlyGlowing, "material glows", "materials glow") + " in parts only, which isn't carried over"));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "ground/at.h"
+#include "ground/counted.h"
 #include "standin/import/gltf_reading.h"
 
 // The nodes of a glTF file: their transforms, the copies that stand for one mesh, and levels of detail.
@@ -158,9 +159,8 @@ void addNodes(GltfReading& reading) {
     }
     if (file.scenes.size() > 1) {
         reading.model.remarks.push_back(
-            aboutScene(load::kMoreScenes, std::to_string(file.scenes.size() - 1) +
-                                              (file.scenes.size() == 2 ? " further scene is" : " further scenes are") +
-                                              " left out"));
+            aboutScene(load::kMoreScenes,
+                       counted(file.scenes.size() - 1, "further scene is", "further scenes are") + " left out"));
     }
 }
 

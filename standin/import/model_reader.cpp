@@ -2,6 +2,7 @@
 
 #include "ground/at.h"
 #include "ground/comma_list.h"
+#include "ground/counted.h"
 #include "standin/import/model.h"
 
 // The import in one view: a reader makes a source model of the file, the passes of model.h turn it into a scene.
@@ -112,10 +113,6 @@ const Line kLines[] = {
      "mesh shows from both sides but has no normals, and keeps its front only",
      "meshes show from both sides but have no normals, and keep their fronts only"},
 };
-
-std::string counted(size_t count, const char* one, const char* many) {
-    return std::to_string(count) + " " + (count == 1 ? one : many);
-}
 
 std::vector<Message> warningsOf(const Model& model) {
     const ModelNotes& notes = model.notes;

@@ -5,6 +5,8 @@
 
 #include "ground/ascii.h"
 #include "ground/at.h"
+#include "ground/comma_list.h"
+#include "ground/counted.h"
 #include "standin/import/model.h"
 
 // Which nodes become bones, and in which pose they are bound.
@@ -303,14 +305,13 @@ void nameBonesAsShape(Model& model) {
     for (const std::string& name : wanted) {
         if (met.count(name) == 0 && name != "Root") still.push_back(name);
     }
-    const auto tell = [&](const std::vector<std::string>& names, const char* what) {
+    const auto tell = [&](const std::vector<std::string>& names, const char* one, const char* many) {
         if (names.empty()) return;
-        std::string line = std::to_string(names.size()) + what;
-        for (const std::string& name : names) line += (&name == &names[0] ? "" : ", ") + name;
-        model.notes.others.push_back(aboutScene(load::kOtherNodes, line));
+        model.notes.others.push_back(
+            aboutScene(load::kOtherNodes, counted(names.size(), one, many) + ": " + commaList(names)));
     };
-    tell(strangers, " of the model's nodes aren't in the shape: ");
-    tell(still, " of the shape's nodes aren't in the model: ");
+    tell(strangers, "node of the model isn't in the shape", "nodes of the model aren't in the shape");
+    tell(still, "node of the shape isn't in the model", "nodes of the shape aren't in the model");
 }
 
 void findMovingBones(Model& model) {

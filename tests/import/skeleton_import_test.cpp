@@ -300,8 +300,8 @@ TEST(SkeletonImport, AnimationsAloneAreASkeletonThatTakesTheNamesOfAShape) {
     EXPECT_EQ(result.keysOf(0, "ELBOW").size(), 31U);
     EXPECT_EQ(result.scene.clips[1].name, "idle:blend");
     for (const Clip& clip : result.scene.clips) EXPECT_EQ(clip.loop, 1) << clip.name;
-    EXPECT_EQ(result.texts, (std::vector<std::string>{"1 of the model's nodes aren't in the shape: tip",
-                                                      "1 of the shape's nodes aren't in the model: hat",
+    EXPECT_EQ(result.texts, (std::vector<std::string>{"1 node of the model isn't in the shape: tip",
+                                                      "1 node of the shape isn't in the model: hat",
                                                       "the file holds no meshes: it is good for sequences (.dsq) "
                                                       "only"}));
 }
