@@ -3,11 +3,9 @@
 // Small models, written by the tests themselves.
 
 #include <nlohmann/json.hpp>
-#include <set>
 #include <string>
 #include <vector>
 
-#include "standin/host/load_notices.h"
 #include "standin/import/model_import.h"
 #include "tests/files.h"
 
@@ -21,19 +19,8 @@ struct ModelFolder : test::TestFolder {
     std::string pathOf(const std::string& name) const { return (folder / name).string(); }
 };
 
-inline Vec3 minus(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
-
-// The warnings but those of materials without textures, which most of these models have.
-inline std::vector<std::string> warningsOf(const LoadResult& result) {
-    std::vector<std::string> lines;
-    for (const Message& warning : result.warnings) {
-        if (warning.kind != &load::kColorOnly) lines.push_back(warning.text);
-    }
-    return lines;
-}
-
 // A glTF file with its numbers inside. json is free to be added to; the lists return accessor numbers. A file without
-// nodes shows its first mesh, one without scenes all its nodes.
+// nodes shows its first mesh, one without scenes its first node.
 struct Gltf {
     nlohmann::json json = {{"asset", {{"version", "2.0"}}}, {"scene", 0}};
     std::string bytes;
@@ -89,17 +76,8 @@ struct Gltf {
         }
         json["buffers"] = {{{"byteLength", bytes.size()}, {"uri", "data:application/octet-stream;base64," + coded}}};
         if (!json.contains("nodes")) json["nodes"] = {{{"mesh", 0}}};
-        if (!json.contains("scenes")) json["scenes"] = {{{"nodes", roots()}}};
+        if (!json.contains("scenes")) json["scenes"] = {{{"nodes", {0}}}};
         return json.dump();
-    }
-
-    std::vector<size_t> roots() const {
-        std::set<size_t> found;
-        for (size_t n = 0; n < json["nodes"].size(); ++n) found.insert(n);
-        for (const nlohmann::json& node : json["nodes"]) {
-            for (const size_t child : node.value("children", std::vector<size_t>())) found.erase(child);
-        }
-        return {found.begin(), found.end()};
     }
 };
 
