@@ -3,19 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <random>
 
 #include "tests/shape/every_record.h"
 #include "tests/shape/written.h"
 
 namespace marrowfen {
 namespace {
-
-// A file with a few other bytes. None is 0x80: a quaternion's component of -32768 is written as -32767.
-std::string changed(std::string file, std::mt19937& random) {
-    for (auto left = random() % 20; left > 0; --left) file[random() % file.size()] = static_cast<char>(random() | 1);
-    return file;
-}
 
 void expectReadsBack(const std::string& file, bool isDts) {
     const auto read = [&](const std::string& bytes) { return isDts ? readDts(bytes) : readDsq(bytes); };

@@ -1,9 +1,12 @@
 #include "sample_shapes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include "ground/at.h"
+#include "shape/shape_check.h"
+#include "tests/shape/written.h"
 
 namespace marrowfen::test {
 
@@ -145,7 +148,8 @@ Shape oddShape() {
     Mesh mesh = quadMesh(MeshType::Skin, 1, Primitive::Fan);
     mesh.vertexes.push_back({kNan, 0, 0});
     mesh.vertexes.push_back({1e30F, -1e30F, 0});
-    mesh.normals = {{0, 0, 0}, {kNan, 0, 0}, {1e30F, 0, 0}, {1e-30F, 0, 0}, {0, 3, 4}};
+    mesh.normals = {{0, 0, 0}, {kNan, 0, 0}, {1e30F, 0, 0}, {1e-30F, 0, 0}, {0, 3, 4}, {0, 0, 1}};
+    mesh.encodedNormals.resize(6);
     mesh.texturevertexes = {{kInfinity, 0}, {1e30F, 0}, {}, {}, {}, {}};
     mesh.setNumFrames(1);
     mesh.indices.insert(mesh.indices.end(), {0, 1, 4, 2, 2, 2, 3, 5, 0});
@@ -174,51 +178,14 @@ Shape oddShape() {
     return shape;
 }
 
-Shape randomShape(std::mt19937& random) {
-    const auto upTo = [&](int32_t most) { return static_cast<int32_t>(random() % static_cast<uint32_t>(most + 1)); };
-    const auto anywhere = [&] { return static_cast<float>(upTo(2000) - 1000) / 128; };
-    const auto somewhere = [&] { return Point3{anywhere(), anywhere(), anywhere()}; };
-
-    Shape shape;
-    const int32_t numMaterials = upTo(3), numNodes = 1 + upTo(6);
-    for (int32_t i = 0; i < numMaterials; ++i) addMaterial(shape, "m" + std::to_string(upTo(99)), random());
-    for (int32_t i = 0; i < numNodes; ++i) {
-        addNode(shape, "n" + std::to_string(upTo(9)), upTo(i) - 1, turn(somewhere(), anywhere()), somewhere());
+Shape damagedShape(std::mt19937& random) {
+    const std::string files[] = {dts(riggedShape()), dts(oddShape())};
+    for (;;) {
+        Shape shape = readDts(changed(files[random() % 2], random));
+        const auto problems = findProblems(shape, ShapeFileKind::Dts);
+        const auto isBroken = [](const ShapeProblem& problem) { return problem.isError(); };
+        if (!shape.hasError() && std::none_of(problems.begin(), problems.end(), isBroken)) return shape;
     }
-    const int32_t numLevels = upTo(4);
-    for (int32_t i = 0; i < numLevels; ++i) {
-        constexpr const char* kNames[] = {"Detail", "Collision-", "LOS-"};
-        addLevel(shape, kNames[upTo(2)] + std::to_string(i), anywhere());
-    }
-    for (int32_t object = upTo(3); object > 0; --object) {
-        std::vector<Mesh> meshes;
-        for (int32_t i = upTo(numLevels); i > 0; --i) {
-            Mesh mesh(static_cast<MeshType>(upTo(4)));
-            const int32_t numVertexes = 1 + upTo(12);
-            for (int32_t v = 0; v < numVertexes; ++v) {
-                mesh.vertexes.push_back(somewhere());
-                mesh.texturevertexes.push_back({anywhere(), anywhere()});
-                mesh.normals.push_back(normalized(somewhere()));
-            }
-            for (int32_t e = 3 * upTo(12); e > 0; --e) mesh.indices.push_back(random() % mesh.vertexes.size());
-            for (int32_t p = upTo(4); p > 0; --p) {
-                const int32_t count = count32(mesh.indices), first = upTo(count), elements = upTo(count - first);
-                const bool none = numMaterials == 0 || upTo(4) == 0;
-                const uint32_t material = none ? Primitive::NoMaterial : static_cast<uint32_t>(upTo(numMaterials - 1));
-                mesh.primitives.push_back({static_cast<uint32_t>(first), static_cast<uint32_t>(elements),
-                                           static_cast<uint32_t>(upTo(2)) << 30 | Primitive::Indexed | material});
-            }
-            for (int32_t w = upTo(3 * numVertexes); mesh.type == MeshType::Skin && w > 0; --w) {
-                bind(shape, mesh, upTo(numVertexes - 1), upTo(numNodes - 1), anywhere());
-            }
-            mesh.setNumFrames(1);
-            meshes.push_back(mesh);
-        }
-        addObject(shape, "o" + std::to_string(object), upTo(numNodes) - 1, meshes);
-    }
-    finish(shape);
-    for (int32_t s = upTo(2); s > 0; --s) addSequence(shape, "s" + std::to_string(upTo(9)), random() % 64, upTo(5));
-    return shape;
 }
 
 }  // namespace marrowfen::test

@@ -16,8 +16,8 @@ Shape riggedShape();
 // normals and rotations that aren't finite or have no length, several weights a vertex and none, names in no encoding.
 Shape oddShape();
 
-// A valid shape with everything left to chance.
-Shape randomShape(std::mt19937& random);
+// One of these two with other bytes in its file, of which no link is broken.
+Shape damagedShape(std::mt19937& random);
 
 // Appends to the shape's tables.
 int32_t addNode(Shape& shape, const std::string& name, int32_t parent, Quaternion rotation, Point3 translation);

@@ -228,12 +228,12 @@ TEST(ShapeToGltf, EveryNameHasAColour) {
     }
 }
 
-// Random shapes become files as well as the samples; where a folder is named they are left there, for the validator
+// Damaged shapes become files as well as the samples; where a folder is named they are left there, for the validator
 // to look at.
-TEST(ShapeToGltf, SamplesAndRandomShapesBecomeFiles) {
+TEST(ShapeToGltf, SamplesAndDamagedShapesBecomeFiles) {
     std::mt19937 random(20);
     std::vector<Shape> shapes = {test::riggedShape(), test::oddShape(), Shape()};
-    while (shapes.size() < 60) shapes.push_back(test::randomShape(random));
+    while (shapes.size() < 200) shapes.push_back(test::damagedShape(random));
     const char* folder = std::getenv("MARROWFEN_VIEW_SAMPLES");
     for (size_t i = 0; i < shapes.size(); ++i) {
         const view::GltfResult result = view::shapeToGltf(shapes[i], "sample");
