@@ -3,10 +3,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <regex>
 
-#include "tests/files.h"
+#include "tests/import/model_files.h"
 
 namespace marrowfen::test {
 
@@ -46,19 +45,14 @@ struct NamesTest : testing::Test, TestFolder {
             "data:image/"
             "png;base64,iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5ErkJggg="
             "=";
-        const json model = {
-            {"asset", {{"version", "2.0"}}},
-            {"scenes", {{{"nodes", json::array({0})}}}},
-            {"nodes", {{{"name", name}, {"mesh", 0}}}},
-            {"meshes", {{{"name", name}, {"primitives", {{{"attributes", {{"POSITION", 0}}}, {"material", 0}}}}}}},
-            {"materials", {{{"name", name}, {"pbrMetallicRoughness", {{"baseColorTexture", {{"index", 0}}}}}}}},
-            {"textures", {{{"source", 0}}}},
-            {"images", {{{"name", name}, {"uri", pixel}}}},
-            {"accessors", {{{"bufferView", 0}, {"componentType", 5126}, {"count", 3}, {"type", "VEC3"}}}},
-            {"bufferViews", {{{"buffer", 0}, {"byteLength", 36}}}},
-            {"buffers",
-             {{{"byteLength", 36}, {"uri", "data:;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}}}}};
-        writeFile(folder / "g.gltf", model.dump());
+        standin::Gltf model;
+        model.addPrimitive(model.triangle(), {{"material", 0}});
+        model.json["meshes"][0]["name"] = name;
+        model.json["nodes"] = {{{"name", name}, {"mesh", 0}}};
+        model.json["materials"] = {{{"name", name}, {"pbrMetallicRoughness", {{"baseColorTexture", {{"index", 0}}}}}}};
+        model.json["textures"] = {{{"source", 0}}};
+        model.json["images"] = {{{"name", name}, {"uri", pixel}}};
+        writeFile(folder / "g.gltf", model.text());
     }
 
     const fs::path& top = TestFolder::folder;
