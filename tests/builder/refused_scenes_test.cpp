@@ -13,7 +13,7 @@ namespace {
 #define POINTS(layer, points) R"({"type": "polyhedron", "name": "p", "layer": )" #layer R"(, "vertices": [)" points "]}"
 #define FACES(layer, faces)                                     \
     R"({"type": "polyhedron", "name": "fan", "layer": )" #layer \
-    R"(, "vertices": [[0,0,0],[0,1,0],[1,0,0],[1,1,0]], "faces": [{"corners": [[0,0],[1,0],[2,0]]},)" faces "]}"
+    R"(, "vertices": [[0,0,0],[0,1,0],[1,0,0],[1,1,0]], "faces": [)" faces "]}"
 #define SIX "[0,0,0],[1,0,0],[0,1,0],[1,1,0],[0,0,1],[1,0,1]"
 #define EIGHT SIX ",[0,1,1],[1,1,1]"
 
@@ -53,11 +53,11 @@ const Refused kRefused[] = {
      R"( "loscollision", "loscollision", "loscollision")",
      TRIANGLE(1), "The DTS format only supports up to 8 LOS collision meshes.",
      "COLLISION_LAYERS there are 9 such layers, the last being loscollision", ExportMode::ShapeWithAnimation},
-    {R"("hull")", FACES(1, R"({"corners": [[2,0],[1,0],[1,0],[3,0]]})"), "Assertion failed when stripping (5)",
-     "BAD_FACE face 1 of polyhedron fan on layer hull names vertex 1 twice"},
-    {R"("hull:size=3", "low:autolod=100")", FACES(1, R"({"corners": [[2,0],[1,0],[1,0]]})"),
+    {R"("hull")", FACES(1, R"({"corners": [[0,0],[1,0],[2,0]]}, {"corners": [[2,0],[1,0],[1,0],[3,0]]})"),
+     "Assertion failed when stripping (5)", "BAD_FACE face 1 of polyhedron fan on layer hull names vertex 1 twice"},
+    {R"("hull:size=3", "low:autolod=100")", FACES(1, R"({"corners": [[2,0],[3,0],[1,0],[1,0]]})"),
      "Assertion failed when stripping (5)",
-     "BAD_FACE face 1 of polyhedron fan on layer hull:size=3 names vertex 1 twice"},
+     "BAD_FACE face 0 of polyhedron fan on layer hull:size=3 names vertex 1 twice"},
 };
 
 constexpr const char* kAnimated = R"("host": {"playMode": 3, "activeTime": 12.5}, "clips": [

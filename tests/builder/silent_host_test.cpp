@@ -96,5 +96,15 @@ TEST(SilentHost, IsAnEmptyAnswerOrAnError) {
     theSilentCall.clear();
 }
 
+// The scan has counted the corners, and the host hands none of them over.
+TEST(SilentHost, BoundsWithoutTheirVerticesAreRefused) {
+    theSilentCall = "tsxPolyhGetVxArray";
+    const Build build(sceneOf(R"("layers": [null, "Hull", "bounds"], "nodes": [
+        {"type": "polyhedron", "layer": 1, "vertices": []}, {"type": "polyhedron", "name": "box", "layer": 2,
+         "vertices": [[0,0,0],[1,0,0],[0,1,0],[1,1,0],[0,0,1],[1,0,1],[0,1,1],[1,1,1]]}])"));
+    theSilentCall.clear();
+    EXPECT_EQ(build.inTheWay, "BOUNDS_SHAPE polyhedron box has no vertices");
+}
+
 }  // namespace
 }  // namespace marrowfen
