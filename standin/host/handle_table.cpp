@@ -31,6 +31,10 @@ void HandleTable::addFault(const char* caller, const std::string& what) {
     if (faults_.size() < kMostFaults) faults_.push_back(std::string(caller) + ": " + what);
 }
 
+void HandleTable::expectFixed(const char* caller, int argument, int fixed) {
+    if (argument != fixed) addFault(caller, std::to_string(argument) + " instead of " + std::to_string(fixed));
+}
+
 void* HandleTable::object(HandleKind kind, const void* handle, const char* caller) {
     const uintptr_t number = reinterpret_cast<uintptr_t>(handle);
     const auto found = entries_.find(number);

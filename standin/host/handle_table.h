@@ -33,6 +33,8 @@ public:
 
     // Records "caller: what".
     void addFault(const char* caller, const std::string& what);
+    // Of an argument whose meaning is the real host's own: its value is always the same.
+    void expectFixed(const char* caller, int argument, int fixed);
     const std::vector<std::string>& faults() const { return faults_; }
 
 private:

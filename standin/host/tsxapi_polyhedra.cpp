@@ -120,7 +120,8 @@ void tsxPolyhPaint(TsxNode* handle, TsxMaterial* material) {
     }
 }
 
-void tsxPolyhPaintFace(TsxNode* handle, int face, TsxMaterial* material, int) {
+void tsxPolyhPaintFace(TsxNode* handle, int face, TsxMaterial* material, int argument) {
+    host().handles.expectFixed(__func__, argument, 0);
     HostNode* node = paintableOf(handle, __func__);
     const HostMaterial* paint = materialOf(material, __func__);
     if (node == nullptr || paint == nullptr) return;

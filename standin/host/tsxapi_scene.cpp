@@ -124,7 +124,10 @@ void tsxGNodeGetAxesPosition(TsxNode* handle, float* xyz) {
 
 // The three sizes are the lengths of the edges: an argument that is named after an axis is most plainly a length along
 // it. What the first argument means is the real host's.
-TsxNode* tsxCreateCube(int, float x, float y, float z) { return host().makeCube({x, y, z}); }
+TsxNode* tsxCreateCube(int argument, float x, float y, float z) {
+    host().handles.expectFixed(__func__, argument, 1);
+    return host().makeCube({x, y, z});
+}
 
 void tsxGNodeSetLocation(TsxNode* handle, const float* xyz) {
     HostNode* node = nodeOf(handle, __func__);
@@ -144,7 +147,8 @@ void tsxGNodeSetName(TsxNode* handle, const char* name) {
     node->node->name = name;
 }
 
-void tsxSceneAddObject(TsxNode* handle, int) {
+void tsxSceneAddObject(TsxNode* handle, int argument) {
+    host().handles.expectFixed(__func__, argument, 0);
     HostNode* node = nodeOf(handle, __func__);
     if (node == nullptr) return;
     if (node->owner == HostNode::CallersCube) {

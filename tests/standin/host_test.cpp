@@ -290,13 +290,13 @@ TEST(HostOwnership, LeaksAndMisuseAreFound) {
     Host host(sceneOfNodes(kQuadAndTriangle, kWood));
     TsxNode* node = tsxSceneGetFirstNode();
     TsxNode* copy = tsxMNodeGetTriangulatedPolyhedron(node);
-    TsxNode* cube = tsxCreateCube(1, 1, 1, 1);
+    TsxNode* cube = tsxCreateCube(2, 1, 1, 1);
     TsxMaterial* material = nullptr;
     tsxMaterialCreate(&material);
     void* block = tsxMalloc(0);
     EXPECT_EQ(host.liveHandles(), 4);
 
-    tsxSceneAddObject(copy, 0);
+    tsxSceneAddObject(copy, -1);
     tsxSobjDelete(node);
     tsxPolyhPaint(node, material);
     tsxSobjDelete(copy);
@@ -317,6 +317,8 @@ TEST(HostOwnership, LeaksAndMisuseAreFound) {
 
     EXPECT_EQ(host.liveHandles(), 0);
     const std::vector<std::string> expected = {
+        "tsxCreateCube: 2 instead of 1",
+        "tsxSceneAddObject: -1 instead of 0",
         "tsxSceneAddObject: node \"p\" isn't the caller's to add",
         "tsxSobjDelete: node \"p\" belongs to the scene",
         "tsxPolyhPaint: polyhedron \"p\" isn't one that tsxCreateCube made",
