@@ -190,7 +190,7 @@ void ObjectPass::convertLayer(size_t level) {
 // that slivers are lost.
 void ObjectPass::tellLostArea(const LayerInfo& layer, double given, double drawn) {
     constexpr double kShareThatShows = 0.001;
-    const double share = given > 0 ? (given - drawn) / given : 0;
+    const double share = (given - drawn) / given;  // no number of nothing
     if (!(share > kShareThatShows)) return;
     char percent[16];
     std::snprintf(percent, sizeof percent, "%.1f", share * 100);
