@@ -151,20 +151,6 @@ TEST_F(CommandTest, RefusedSceneLeavesTheOldFileAndItsOwnLog) {
     EXPECT_EQ(files(), "r.dts r.dts.log");
 }
 
-TEST_F(CommandTest, WriteFailuresLeaveTheOldFiles) {
-    ASSERT_EQ(run("export good.scene.json a.dts --with-animation").code, 0);
-    const std::string shape = readFile(folder / "a.dts");
-    const std::string log = readFile(folder / "a.dts.log");
-    // Files of at most 1 KiB and at most 0: the shape is cut, then the log too.
-    for (const char* limit : {"ulimit -f 1", "ulimit -f 0"}) {
-        const ProgramResult result = run("export good.scene.json a.dts --with-animation", limit);
-        EXPECT_NE(result.text.find("error: a.dts: File too large"), std::string::npos) << result.text;
-        EXPECT_EQ(readFile(folder / "a.dts"), shape);
-        EXPECT_EQ(readFile(folder / "a.dts.log"), log);
-        EXPECT_EQ(files(), "a.dts a.dts.log");
-    }
-}
-
 TEST_F(CommandTest, SymbolicLinkIsWrittenThrough) {
     fs::create_directories(folder / "real");
     for (const auto& [link, target] : {std::pair("a.dts", "b.dts"), std::pair("c.dsq", "no-ending")}) {
