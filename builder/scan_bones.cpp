@@ -19,9 +19,9 @@ public:
     explicit BoneWalk(std::ostream& log) : log_(log) {}
 
     void walkFrom(LayerInfo& layer) {
-        boundStarts_.clear();
+        reached_.clear();
         for (const SceneNode& start : layer.skeletons) {
-            if (boundStarts_.contains(start)) continue;
+            if (reached_.contains(start)) continue;
             const auto reached = parents_.find(start);
             walk(layer, start, reached == parents_.end() ? -1 : reached->second);
         }
@@ -34,7 +34,7 @@ private:
     void walk(LayerInfo& layer, const SceneNode& node, int32_t parent) {
         const NodeType type = node.type();
         const bool isNew = parents_.try_emplace(node, parent).second;
-        if (type == NodeType::Skeleton || type == NodeType::IkGroup) boundStarts_.insert(node);
+        reached_.insert(node);
         int32_t childParent = parent;
         if (type == NodeType::Joint) {
             if (isNew) log_ << " Found joint node " << node.name() << " with parent " << parent << std::endl;
@@ -70,7 +70,7 @@ private:
     std::vector<BoneInfo> bones_;
     std::map<SceneNode, int32_t> parents_;    // of every node that was reached, as the first walk had it
     std::map<SceneNode, int32_t> boneIndex_;  // of bones and IK groups
-    std::set<SceneNode> boundStarts_;         // that walks for the current layer have reached
+    std::set<SceneNode> reached_;             // by walks for the current layer
 };
 
 // Vertices of the layer that muscles and tendons of more than one bone hold.
