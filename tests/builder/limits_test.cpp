@@ -61,6 +61,14 @@ TEST(LayerLimits, CountIndicesAsTheyAreWritten) {
               "Layer far:autolod=90,no_strip has 121500 indices, a mesh holds at most 65535.");
 }
 
+TEST(LayerLimits, Allow65535IndicesBeforeTheLastFace) {
+    Node full = loose(21845, 0, 1);
+    for (const char* error : {"", "Layer Detail:no_strip has 65541 indices, a mesh holds at most 65535."}) {
+        full.polyhedron.faces.push_back(full.polyhedron.faces.front());
+        EXPECT_EQ(errorOf({"Detail:no_strip"}, {full}), error);
+    }
+}
+
 TEST(LayerLimits, CountCopies) {
     const auto layersWith = [](size_t copies) {
         std::vector<std::string> layers(copies + 1, "far:autolod=9");

@@ -101,7 +101,7 @@ const struct {
      "EMPTY_COLLISION layer collision:box: collision:box\nFAR_FROM_ORIGIN scene : 1e+31 units\n"},
     {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1),
      "FRAME_RATE clip c: c: 0 isn't positive, using 30\nCLIP_SKIPPED clip d: d has no frames\n",
-     R"({"name": "c:fps=0", "start": 0, "end": 1}, {"name": "d", "start": 5, "end": 1})"},
+     R"({"name": "c:fps=0", "start": 0, "end": 1}, {"name": "d", "start": 5, "end": 1, "length": 5})"},
     {R"("hull:size=4")", TRIANGLE_CALLED("hull", 1), "SHARED_CLIP_NAME clip walk: walk\n",
      R"({"name": "walk", "start": 0, "end": 1}, {"name": "walk:fps=9", "start": 5, "end": 6})"},
 };
@@ -114,6 +114,16 @@ TEST(Messages, TellWhatComesOutOtherThanMeant) {
                              log, ExportMode::ShapeWithAnimation),
                   messages)
             << layers << " " << nodes;
+    }
+}
+
+TEST(LayerTags, AreFlagsOfTheMesh) {
+    for (const auto& [tag, flags] : {std::pair("billboard", uint32_t{Billboard}),
+                                     {"billboardz", Billboard | BillboardZ},
+                                     {"enormals", uint32_t{EncodedNormals}}}) {
+        const Build build(sceneOf(R"("layers": [null, "hull:)" + std::string(tag) + R"("], "nodes": [)" +
+                                  TRIANGLE_CALLED("hull", 1) + "]"));
+        EXPECT_EQ(build.shape->meshes.front().flags, flags) << tag;
     }
 }
 

@@ -64,13 +64,21 @@ TEST(RotationFromTransform, TurnsPointsAsTheTransformDoes) {
                                      std::to_string(axis.y) + ' ' + std::to_string(axis.z);
             expectRotates(rotationFromTransform(rotation), rotation, what);
 
-            HostTransform scaled = rotation, mirrored = rotation;
+            HostTransform scaled = rotation, mirrored = rotation, sheared = rotation;
             for (auto& row : scaled.m) row[0] *= 0.25F, row[1] *= 3, row[2] *= 70, row[3] = 9;
             for (auto& row : mirrored.m) row[0] = -row[0], row[1] = -row[1], row[2] = -row[2];
             expectRotates(rotationFromTransform(scaled), rotation, "scaled " + what);
+            for (auto& row : sheared.m) row[1] = 0.8F * row[1] + 0.6F * row[0];
             expectRotates(rotationFromTransform(mirrored), rotation, "mirrored " + what);
+            expectRotates(rotationFromTransform(sheared), rotation, "sheared " + what);
         }
     }
+}
+
+TEST(TranslationFromTransform, IsItsLastColumn) {
+    HostTransform t;
+    for (int r = 0; r < 3; ++r) t.m[r][3] = static_cast<float>(r + 1);
+    EXPECT_EQ(translationFromTransform(t), (Point3{1, 2, 3}));
 }
 
 // Of the two quaternions for it, the one with the positive component.

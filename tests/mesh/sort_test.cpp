@@ -172,6 +172,8 @@ TEST(Sort, FramesFollowOneAnother) {
         const Cluster& first = two.clusters[i];
         const Cluster& second = two.clusters[i + one.clusters.size()];
         EXPECT_EQ(second.startPrimitive, first.startPrimitive + primitives);
+        EXPECT_EQ(second.endPrimitive, first.endPrimitive + primitives);
+        EXPECT_EQ(second.frontCluster, first.frontCluster < 0 ? -1 : first.frontCluster + clusters);
         EXPECT_EQ(second.backCluster, first.backCluster < 0 ? -1 : first.backCluster + clusters);
     }
     EXPECT_EQ(two.primitives.back().firstElement, one.primitives.back().firstElement + one.indices.size());

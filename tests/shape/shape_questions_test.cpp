@@ -32,7 +32,8 @@ Mesh sortedMesh() {
 }
 
 TEST(DrawnTriangles, AreTheSameFacesInEveryForm) {
-    Mesh damaged = sortedMesh();
+    Mesh damaged = sortedMesh(), unstarted = damaged;
+    unstarted.frameStartCluster.clear();
     damaged.clusters[1].endPrimitive = 99;
     damaged.clusters[2].frontCluster = 77;
     const std::vector<Triangle> quad = {{0, 1, 2}, {0, 2, 3}};
@@ -48,6 +49,7 @@ TEST(DrawnTriangles, AreTheSameFacesInEveryForm) {
         // 0 1 2, then 1 2 1 and two at the end that aren't drawn.
         {"joined strip", meshOf({0, 1, 2, 1, 3, 3, 4}, {{0, 7, kStrip}}), {{0, 1, 2}, {1, 3, 2}}},
         {"sorted", sortedMesh(), quad},
+        {"sorted without a first cluster", unstarted, quad},
         {"sorted without clusters", meshOf({0, 1, 2, 0, 2, 3}, {{0, 6, kList}}, MeshType::Sorted), quad},
         {"elements that aren't there", meshOf({0, 1, 2, 0, 2, 3}, {{0, 99, kList}, {7, 3, kList}}), quad},
         {"clusters that aren't there", damaged, {{0, 1, 2}, {0, 1, 3}, {0, 2, 3}}},
