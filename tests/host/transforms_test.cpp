@@ -71,6 +71,11 @@ TEST(RotationFromTransform, TurnsPointsAsTheTransformDoes) {
             for (auto& row : sheared.m) row[1] = 0.8F * row[1] + 0.6F * row[0];
             expectRotates(rotationFromTransform(mirrored), rotation, "mirrored " + what);
             expectRotates(rotationFromTransform(sheared), rotation, "sheared " + what);
+            for (int k = 0; k < 3; ++k) {
+                HostTransform stretched = rotation;
+                for (auto& row : stretched.m) row[k] *= 3;
+                expectRotates(rotationFromTransform(stretched), rotation, "stretched " + what);
+            }
         }
     }
 }

@@ -34,6 +34,7 @@ Mesh sortedMesh() {
 TEST(DrawnTriangles, AreTheSameFacesInEveryForm) {
     Mesh damaged = sortedMesh(), unstarted = damaged;
     unstarted.frameStartCluster.clear();
+    unstarted.clusters[1].endPrimitive = 0;
     damaged.clusters[1].endPrimitive = 99;
     damaged.clusters[2].frontCluster = 77;
     const std::vector<Triangle> quad = {{0, 1, 2}, {0, 2, 3}};
