@@ -14,7 +14,7 @@ TEST(ListPool, HoldsWhatPlainListsHold) {
     std::mt19937 random(1);
     ListPool pool(std::size(kLengths));
     std::vector<uint32_t> plain[std::size(kLengths)];
-    for (int round = 0; round < 60000; ++round) {
+    for (int round = 0; round < 30000; ++round) {
         const uint32_t l = makers::pick(random, 3), number = makers::pick(random, kLengths[l]);
         std::vector<uint32_t>& list = plain[l];
         const auto found = std::find(list.begin(), list.end(), number);
