@@ -5,10 +5,12 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <string_view>
-#include <system_error>
 
-// The parser of nlohmann-json reports what it meets, event by event, and keeps no stack of its own but one bit a level.
-// An open Array or Object gets its count and end when it closes.
+#include "standin/host/json_scan.h"
+
+// What scanJson() leaves goes to the parser of nlohmann-json, which has the words for what is wrong with a text. It
+// reports what it meets, event by event, and keeps no stack of its own but one bit a level. An open Array or Object
+// gets its count and end when it closes.
 
 namespace marrowfen::standin {
 namespace {
@@ -18,14 +20,6 @@ constexpr size_t kLongestMessage = 240;
 
 // Memory for more values is taken only as they come.
 constexpr size_t kMostReserved = size_t{1} << 24;
-
-// A 32-bit float straight from the decimal digits: by way of a double it could be rounded twice.
-float singleFromDigits(const std::string& digits, double number) {
-    float single = 0;
-    const std::from_chars_result result = std::from_chars(digits.data(), digits.data() + digits.size(), single);
-    if (result.ec != std::errc{}) single = static_cast<float>(number);
-    return single;
-}
 
 class DocumentBuilder {
 public:
@@ -161,10 +155,11 @@ std::string shortestText(Float number) {
 }  // namespace
 
 std::string parseJson(const std::string& text, JsonDocument& into) {
-    // Every value but the first stands behind one of these; so the list needn't move while it grows.
-    const auto startsValue = [](char c) { return c == ',' || c == '[' || c == '{'; };
-    const auto starts = static_cast<size_t>(std::count_if(text.begin(), text.end(), startsValue));
-    into.values.reserve(std::min(starts + 1, kMostReserved));
+    // A value of a text takes two bytes at least, and most take six.
+    into.values.reserve(std::min(text.size() / 5 + 1, kMostReserved));
+    if (scanJson(text, into)) return {};
+    into.values.clear();
+    into.texts.clear();
     DocumentBuilder builder(into);
     if (nlohmann::json::sax_parse(text.begin(), text.end(), &builder)) return {};
     return placeInText(text, builder.errorAt > 0 ? builder.errorAt : tooDeepAt(text)) + ": " + builder.error;

@@ -1,9 +1,9 @@
 #pragma once
 
-// A JSON text as one flat list of values. The parser is nlohmann-json's, event by event; its own tree of values doesn't
-// serve a scene file: it drops all but one of a doubled key without a word, keeps a number as a double, which rounds
-// a 32-bit float twice, and its keys in alphabetical order, where materials and clips' nodes have that of the file. The
-// list also costs few allocations, and no depth of nesting costs stack.
+// A JSON text as one flat list of values. A tree of values as nlohmann-json has it doesn't serve a scene file: it drops
+// all but one of a doubled key without a word, keeps a number as a double, which rounds a 32-bit float twice, and its
+// keys in alphabetical order, where materials and clips' nodes have that of the file. The list also costs few
+// allocations, and no depth of nesting costs stack.
 
 #include <cstddef>
 #include <cstdint>
@@ -35,7 +35,7 @@ static_assert(sizeof(JsonValue) == 24);  // most of what a large file takes
 struct JsonDocument {
     // In the order of the text: the first is the whole text; an Array or Object stands before its entries.
     std::vector<JsonValue> values;
-    std::vector<std::string> texts;
+    std::vector<std::string> texts;  // a key that comes again may be there once
 
     const std::string& textOf(const JsonValue& value) const { return texts[value.text]; }
     const std::string& keyOf(const JsonValue& value) const { return texts[value.key]; }

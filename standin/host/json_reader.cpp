@@ -33,10 +33,9 @@ const char* kindWord(JsonValue::Kind kind) {
 
 }  // namespace
 
-bool JsonReader::expect(uint32_t index, JsonValue::Kind kind) {
-    if (!place_.ok()) return false;
-    if (at(index).kind == kind) return true;
-    place_.fail(std::string("expected ") + kindWord(kind) + ", found " + kindWord(at(index).kind));
+// Nothing after the first fault.
+bool JsonReader::refuse(uint32_t index, JsonValue::Kind kind) {
+    if (place_.ok()) place_.fail(std::string("expected ") + kindWord(kind) + ", found " + kindWord(at(index).kind));
     return false;
 }
 
@@ -86,15 +85,14 @@ void JsonReader::read(uint32_t index, std::string& into) {
 int32_t JsonReader::readWhole(uint32_t index, int32_t keep, WholeBounds bounds) {
     if (!expect(index, JsonValue::Number)) return keep;
     const double number = at(index).number;
+    const bool fits = number >= bounds.lowest && number <= bounds.highest;
+    if (fits && static_cast<int32_t>(number) == number) return static_cast<int32_t>(number);
     if (number != std::floor(number)) {
         place_.fail("number " + numberText(number) + " isn't whole");
-        return keep;
-    }
-    if (number < bounds.lowest || number > bounds.highest) {
+    } else {
         place_.failOutside(number, bounds);
-        return keep;
     }
-    return static_cast<int32_t>(number);
+    return keep;
 }
 
 void JsonReader::readType(uint32_t index, int32_t& into, std::span<const TypeWord> words) {

@@ -29,7 +29,9 @@ public:
     bool isText(uint32_t index) const { return at(index).kind == JsonValue::Text; }
 
     // True if the value is of that kind; otherwise a fault.
-    bool expect(uint32_t index, JsonValue::Kind kind);
+    bool expect(uint32_t index, JsonValue::Kind kind) {
+        return (at(index).kind == kind && place_.ok()) || refuse(index, kind);
+    }
 
     void read(uint32_t index, bool& into);
     void read(uint32_t index, float& into);
@@ -82,6 +84,7 @@ private:
     const JsonDocument& document_;
     ScenePlace& place_;
 
+    bool refuse(uint32_t index, JsonValue::Kind kind);
     bool expectLength(uint32_t index, size_t length);
     int32_t readWhole(uint32_t index, int32_t keep, WholeBounds bounds);
 };
