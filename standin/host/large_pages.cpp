@@ -46,6 +46,16 @@ void useLargePages([[maybe_unused]] size_t bytes) {
 #endif
 }
 
+void putOnLargePages([[maybe_unused]] const void* block, [[maybe_unused]] size_t bytes) {
+#ifdef __GLIBC__
+    constexpr uintptr_t kInSmallPages = 1 << 20;
+    const auto begin = reinterpret_cast<uintptr_t>(block);
+    const uintptr_t first = ((begin + kInSmallPages) / kLargePage + 1) * kLargePage;
+    const uintptr_t last = (begin + bytes) / kLargePage * kLargePage;
+    if (first < last) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#endif
+}
+
 void putBlockOnLargePages([[maybe_unused]] size_t bytes) {
 #ifdef __GLIBC__
     constexpr size_t kHead = 2 * sizeof(size_t);  // in front of a block

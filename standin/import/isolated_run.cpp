@@ -17,6 +17,7 @@
 #include <new>
 
 #include "ground/write_all.h"
+#include "standin/host/large_pages.h"
 #include "standin/import/cell.h"
 
 namespace marrowfen::standin {
@@ -97,7 +98,10 @@ Answer readUntil(int file, Clock::time_point deadline, size_t mostBytes, std::st
         if (n == 0 || (n < 0 && errno != EINTR)) return Answer::Whole;
         if (n < 0) continue;
         if (static_cast<size_t>(n) > mostBytes - bytes.size()) return Answer::TooLarge;
-        if (!bytes.empty() && bytes.capacity() < kUsualAnswer) bytes.reserve(kUsualAnswer);
+        if (!bytes.empty() && bytes.capacity() < kUsualAnswer) {
+            bytes.reserve(kUsualAnswer);
+            putOnLargePages(bytes.data(), kUsualAnswer);
+        }
         bytes.append(block.data(), static_cast<size_t>(n));
     }
 }

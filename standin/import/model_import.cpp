@@ -14,6 +14,7 @@
 
 #include "ground/ascii.h"
 #include "ground/excerpt.h"
+#include "standin/host/large_pages.h"
 #include "standin/import/isolated_run.h"
 #include "standin/import/model.h"
 #include "standin/import/scene_transfer.h"
@@ -135,6 +136,7 @@ RunLimits limitsFor(const std::string& path, const ImportOptions& options) {
 std::string packImport(const ImportResult& result) {
     PartWriter parts;
     parts.bytes.reserve(kUsualAnswer);
+    putOnLargePages(parts.bytes.data(), kUsualAnswer);
     parts.putEach(result.files, [&](const LookedFor& file) { parts.put((file.found ? "+" : "-") + file.path); });
     parts.putEach(result.details, [&](const std::string& line) { parts.put(line); });
     parts.putEach(result.textures, [&](const auto& texture) {
@@ -145,6 +147,8 @@ std::string packImport(const ImportResult& result) {
 }
 
 ImportResult unpackImport(std::string_view bytes, const std::string& path) {
+    constexpr size_t kGrowth = 2;  // of an answer, on its way to a scene
+    useLargePages(bytes.size() * kGrowth);
     PartReader parts(bytes);
     ImportResult result;
     parts.forEach([&] {
