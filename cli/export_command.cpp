@@ -72,24 +72,33 @@ Outcome placeBelow(const Arguments& arguments, const std::string& scene, fs::pat
     return {};
 }
 
+// Whether each has one of its own.
+Outcome checkPlaces(const std::vector<std::string>& scenes, const std::vector<std::string>& places) {
+    std::map<std::string_view, size_t> taken;
+    for (size_t i = 0; i < scenes.size(); ++i) {
+        const auto [other, isNew] = taken.emplace(places[i], i);
+        if (isNew) continue;
+        return {WrongUsage, scenes[i] + " and " + scenes[other->second] + " would both become " + places[i],
+                "--root DIR keeps the folders below DIR apart"};
+    }
+    return {};
+}
+
 Outcome readMany(const Arguments& arguments, const ExportOptions& common, Request& request) {
     std::vector<std::string> scenes;
     if (const Outcome listed = listScenes(arguments.places(), request.lists, scenes); !listed.good()) return listed;
-    std::map<fs::path, std::string> taken;
-    for (const std::string& scene : scenes) {
+    std::vector<std::string> places(scenes.size());
+    request.exports.reserve(scenes.size());
+    for (size_t i = 0; i < scenes.size(); ++i) {
         fs::path place;
-        if (const Outcome placed = placeBelow(arguments, scene, place); !placed.good()) return placed;
-        const auto [other, isNew] = taken.emplace(place, scene);
-        if (!isNew) {
-            return {WrongUsage, scene + " and " + other->second + " would both become " + place.string(),
-                    "--root DIR keeps the folders below DIR apart"};
-        }
+        if (const Outcome placed = placeBelow(arguments, scenes[i], place); !placed.good()) return placed;
+        places[i] = place.string();
         ExportOptions options = common;
-        options.scene = scene;
+        options.scene = scenes[i];
         options.output = (fs::path(arguments.text("--out-dir")) / place).string();
         request.exports.push_back(std::move(options));
     }
-    return {};
+    return checkPlaces(scenes, places);
 }
 
 Outcome readOne(const Arguments& arguments, const ExportOptions& common, Request& request) {
