@@ -6,6 +6,8 @@
 #include <limits>
 #include <utility>
 
+#include "mesh/face_order.h"
+
 namespace marrowfen {
 namespace {
 
@@ -17,46 +19,6 @@ constexpr double kAbsoluteRounding = 1e-40;
 constexpr uint32_t kMostUses = 64;  // by faces, of a vertex that lies in boxes
 
 constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
-
-// A position along a curve through space that keeps neighbours together (Morton 1966): the bits of the three
-// coordinates, each scaled to 10 bits of the members' extent, interleaved.
-uint32_t spreadBits(uint32_t bits) {
-    bits = (bits | bits << 16) & 0x030000FF;
-    bits = (bits | bits << 8) & 0x0300F00F;
-    bits = (bits | bits << 4) & 0x030C30C3;
-    return (bits | bits << 2) & 0x09249249;
-}
-
-uint32_t scaled(double value, double low, double high) {
-    const double fraction = (value - low) / (high - low);
-    return fraction > 0 && fraction <= 1 ? static_cast<uint32_t>(fraction * 1023) : 0;  // 0 for a NaN as well
-}
-
-uint32_t mortonCode(const Point3& p, const Box& box) {
-    return spreadBits(scaled(p.x, box.min.x, box.max.x)) | spreadBits(scaled(p.y, box.min.y, box.max.y)) << 1 |
-           spreadBits(scaled(p.z, box.min.z, box.max.z)) << 2;
-}
-
-Point3 centerOf(const SortFaces& faces, uint32_t face) {
-    const float third = 1.0F / 3;
-    return faces.position(face, 0) * third + faces.position(face, 1) * third + faces.position(face, 2) * third;
-}
-
-// The members so that neighbours follow one another. The order decides how fast answers come, never what they are.
-std::vector<uint32_t> alongCurve(const SortFaces& faces, const std::vector<uint32_t>& members) {
-    Box box = emptyBox();
-    for (const uint32_t face : members) widen(box, centerOf(faces, face));
-
-    std::vector<std::pair<uint32_t, uint32_t>> order;
-    order.reserve(members.size());
-    for (const uint32_t face : members) order.emplace_back(mortonCode(centerOf(faces, face), box), face);
-    std::sort(order.begin(), order.end());
-
-    std::vector<uint32_t> sorted;
-    sorted.reserve(order.size());
-    for (const auto& [code, face] : order) sorted.push_back(face);
-    return sorted;
-}
 
 }  // namespace
 
@@ -169,7 +131,7 @@ FaceBlocks::FaceBlocks(const SortFaces& faces, const std::vector<uint32_t>& memb
     std::vector<uint32_t> useCounts(faces.vertexes.size());
     blocks_.reserve((members.size() + kSize - 1) / kSize);
     uint32_t place = 0;
-    for (const uint32_t face : alongCurve(faces, members)) {
+    for (const uint32_t face : neighborsTogether(faces, members, kSize)) {
         if (place % kSize == 0) {
             Block& block = blocks_.emplace_back();
             for (auto& row : block.coordinates) row.fill(kNotANumber);  // an unused lane is on no side
