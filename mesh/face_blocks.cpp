@@ -1,8 +1,8 @@
 #include "mesh/face_blocks.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
-#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -11,14 +11,13 @@
 namespace marrowfen {
 namespace {
 
-// Bound on the rounding of a 32-bit dot product, as a fraction of the sum of its terms' sizes, twice over. The second
-// covers the smallest numbers, whose products round in absolute steps.
-constexpr double kRelativeRounding = 1e-6;
-constexpr double kAbsoluteRounding = 1e-40;
-
 constexpr uint32_t kMostUses = 64;  // by faces, of a vertex that lies in boxes
 
 constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
+
+Lanes dotAt(const Point3& n, const float (*xyz)[FaceBlocks::kSize], uint32_t first) {
+    return n.x * lanesAt(xyz[0] + first) + n.y * lanesAt(xyz[1] + first) + n.z * lanesAt(xyz[2] + first);
+}
 
 }  // namespace
 
@@ -26,7 +25,6 @@ void FaceBlocks::addFace(Block& block, const SortFaces& faces, uint32_t face) {
     assert(block.count < kSize);
     const uint32_t lane = block.count++;
     block.face[lane] = face;
-    block.isPresent[lane] = 1;
     for (size_t corner = 0; corner < 3; ++corner) {
         const Point3& p = faces.position(face, static_cast<int>(corner));
         block.coordinates[3 * corner][lane] = p.x;
@@ -35,57 +33,7 @@ void FaceBlocks::addFace(Block& block, const SortFaces& faces, uint32_t face) {
     }
 }
 
-// The box and the hubs of some faces while they are gathered.
-struct FaceBlocks::Extent {
-    std::array<double, 3> low, high;
-    std::vector<uint32_t> hubs;
-
-    Extent() {
-        low.fill(std::numeric_limits<double>::infinity());
-        high.fill(-std::numeric_limits<double>::infinity());
-    }
-
-    void addPoint(const Point3& p) {
-        const double c[] = {p.x, p.y, p.z};
-        for (size_t axis = 0; axis < 3; ++axis) {
-            if (!std::isfinite(c[axis])) low[axis] = high[axis] = kNotANumber;  // stays: no comparison is true any more
-            if (c[axis] < low[axis]) low[axis] = c[axis];
-            if (c[axis] > high[axis]) high[axis] = c[axis];
-        }
-    }
-
-    void addHub(uint32_t vertex) {
-        if (std::find(hubs.begin(), hubs.end(), vertex) == hubs.end()) hubs.push_back(vertex);
-    }
-
-    void add(const Extent& other) {
-        for (size_t axis = 0; axis < 3; ++axis) {
-            const bool isFinite = low[axis] == low[axis] && other.low[axis] == other.low[axis];
-            low[axis] = isFinite ? std::min(low[axis], other.low[axis]) : kNotANumber;
-            high[axis] = isFinite ? std::max(high[axis], other.high[axis]) : kNotANumber;
-        }
-        for (const uint32_t hub : other.hubs) addHub(hub);
-    }
-
-    // Where there are too many hubs, they are in the box like all vertices.
-    Bounds bounds(const std::vector<Point3>& positions) {
-        if (hubs.size() > kMostHubs) {
-            for (const uint32_t hub : hubs) addPoint(positions[hub]);
-            hubs.clear();
-        }
-        Bounds b;
-        for (size_t axis = 0; axis < 3; ++axis) {
-            b.center[axis] = (low[axis] + high[axis]) / 2;
-            b.halfSize[axis] = (high[axis] - low[axis]) / 2 +
-                               kRelativeRounding * std::max(std::fabs(low[axis]), std::fabs(high[axis]));
-        }
-        std::copy(hubs.begin(), hubs.end(), b.hubs.begin());
-        b.hubCount = static_cast<uint32_t>(hubs.size());
-        return b;
-    }
-};
-
-FaceBlocks::Extent FaceBlocks::extentOf(const Block& block, const std::vector<uint32_t>& useCounts) const {
+Extent FaceBlocks::extentOf(const Block& block, const std::vector<uint32_t>& useCounts) const {
     Extent extent;
     for (uint32_t lane = 0; lane < block.count; ++lane) {
         const uint32_t* corners = faces_.corners(block.face[lane]);
@@ -99,31 +47,60 @@ FaceBlocks::Extent FaceBlocks::extentOf(const Block& block, const std::vector<ui
             }
         }
     }
+    extent.limitHubs(faces_.vertexes);
     return extent;
+}
+
+// Hubs aren't in it.
+Slab FaceBlocks::slabOf(const Block& block, const Extent& extent) const {
+    if (!extent.hubs.empty()) return {};
+    Point3 direction;
+    for (uint32_t lane = 0; lane < block.count; ++lane) {
+        direction = direction + faces_.planes[block.face[lane]].normal;
+    }
+    Slab slab(direction);
+    for (uint32_t lane = 0; lane < block.count; ++lane) {
+        for (int corner = 0; corner < 3; ++corner) slab.addPoint(faces_.position(block.face[lane], corner));
+    }
+    slab.finish(extent);
+    return slab;
+}
+
+FaceBlocks::Level FaceBlocks::levelOf(const std::vector<Extent>& extents, const std::vector<int32_t>& counts) const {
+    Level level;
+    level.groups.resize((extents.size() + kBranches - 1) / kBranches);
+    for (uint32_t part = 0; part < extents.size(); ++part) {
+        level.groups[part / kBranches].set(part % kBranches, extents[part], counts[part]);
+        const std::vector<uint32_t>& hubs = extents[part].hubs;
+        if (hubs.empty()) continue;
+        if (level.hubs.empty()) level.hubs.resize(extents.size(), {kNone, kNone, kNone, kNone});
+        std::copy(hubs.begin(), hubs.end(), level.hubs[part].begin());
+        level.groups[part / kBranches].hasHubs |= 1U << part % kBranches;
+    }
+    return level;
 }
 
 void FaceBlocks::makeTree(const std::vector<uint32_t>& useCounts) {
     std::vector<Extent> extents;
-    std::vector<Node> nodes;
+    std::vector<int32_t> counts;
     for (const Block& block : blocks_) {
-        Extent extent = extentOf(block, useCounts);
-        nodes.push_back({extent.bounds(faces_.vertexes), static_cast<int32_t>(block.count), block.count});
-        extents.push_back(std::move(extent));
+        extents.push_back(extentOf(block, useCounts));
+        slabs_.push_back(slabOf(block, extents.back()));
+        counts.push_back(static_cast<int32_t>(block.count));
     }
-    while (nodes.size() > 1) {
-        std::vector<Extent> parentExtents((nodes.size() + kBranches - 1) / kBranches);
-        std::vector<Node> parents(parentExtents.size());
-        for (size_t i = 0; i < nodes.size(); ++i) {
-            parentExtents[i / kBranches].add(extents[i]);
-            parents[i / kBranches].count += nodes[i].count;
-            parents[i / kBranches].presentCount += nodes[i].presentCount;
+    levels_.push_back(levelOf(extents, counts));
+    while (levels_.back().groups.size() > 1) {
+        std::vector<Extent> wider(levels_.back().groups.size());
+        std::vector<int32_t> sums(wider.size());
+        for (size_t i = 0; i < extents.size(); ++i) {
+            wider[i / kBranches].add(extents[i]);
+            sums[i / kBranches] += counts[i];
         }
-        for (size_t i = 0; i < parents.size(); ++i) parents[i].bounds = parentExtents[i].bounds(faces_.vertexes);
-        levels_.push_back(std::move(nodes));
-        nodes = std::move(parents);
-        extents = std::move(parentExtents);
+        for (Extent& extent : wider) extent.limitHubs(faces_.vertexes);
+        extents = std::move(wider);
+        counts = std::move(sums);
+        levels_.push_back(levelOf(extents, counts));
     }
-    levels_.push_back(std::move(nodes));
 }
 
 FaceBlocks::FaceBlocks(const SortFaces& faces, const std::vector<uint32_t>& members)
@@ -134,7 +111,7 @@ FaceBlocks::FaceBlocks(const SortFaces& faces, const std::vector<uint32_t>& memb
     for (const uint32_t face : neighborsTogether(faces, members, kSize)) {
         if (place % kSize == 0) {
             Block& block = blocks_.emplace_back();
-            for (auto& row : block.coordinates) row.fill(kNotANumber);  // an unused lane is on no side
+            for (auto& row : block.coordinates) std::fill_n(row, kSize, kNotANumber);  // on no side
         }
         addFace(blocks_.back(), faces, face);
         placeOf_[face] = place++;
@@ -144,157 +121,185 @@ FaceBlocks::FaceBlocks(const SortFaces& faces, const std::vector<uint32_t>& memb
 }
 
 void FaceBlocks::remove(uint32_t face) {
-    uint32_t node = placeOf_[face] / kSize;
-    assert(node < blocks_.size());
-    blocks_[node].isPresent[placeOf_[face] % kSize] = 0;
-    for (std::vector<Node>& level : levels_) {
-        --level[node].presentCount;
-        node /= kBranches;
+    uint32_t part = placeOf_[face] / kSize;
+    assert(part < blocks_.size());
+    const uint32_t lane = placeOf_[face] % kSize;
+    Block& block = blocks_[part];
+    --block.count;
+    for (auto& row : block.coordinates) row[lane] = kNotANumber;
+    for (Level& level : levels_) {
+        --level.groups[part / kBranches].counts[part % kBranches];
+        part /= kBranches;
     }
 }
 
-FaceBlocks::Direction::Direction(const Point3& n)
-    : normal{n.x, n.y, n.z}, sizes{std::fabs(normal[0]), std::fabs(normal[1]), std::fabs(normal[2])} {}
-
-inline FaceBlocks::Reach::Reach(const Bounds& bounds, const Direction& direction) {
-    double middle = 0, reach = kAbsoluteRounding;
-    for (size_t axis = 0; axis < 3; ++axis) {
-        middle += direction.normal[axis] * bounds.center[axis];
-        reach += direction.sizes[axis] * bounds.halfSize[axis];
-    }
-    low = middle - reach;
-    high = middle + reach;
+bool FaceBlocks::holdsHub(const Level& level, size_t part, const HalfSpace& halfSpace) const {
+    const auto isIn = [&](uint32_t hub) { return hub != kNone && halfSpace.holds(faces_.vertexes[hub]); };
+    return std::any_of(level.hubs[part].begin(), level.hubs[part].end(), isIn);
 }
 
-bool FaceBlocks::holdsHub(const Bounds& bounds, const HalfSpace& halfSpace) const {
-    const auto* end = bounds.hubs.begin() + bounds.hubCount;
-    return std::any_of(bounds.hubs.begin(), end, [&](uint32_t hub) { return halfSpace.holds(faces_.vertexes[hub]); });
-}
-
-// A box that isn't finite always overlaps in part.
-inline FaceBlocks::Overlap FaceBlocks::overlapOf(const Bounds& bounds, const HalfSpace& halfSpace,
-                                                 const Direction& direction) const {
-    const Reach reach(bounds, direction);
-    if (reach.high < halfSpace.bound) return Overlap::All;
-    if (reach.low >= halfSpace.bound && !holdsHub(bounds, halfSpace)) return Overlap::None;
-    return Overlap::Some;
-}
-
-// 1 for each face that has a vertex in the half space.
-FaceBlocks::Flags FaceBlocks::facesIn(const Block& block, const HalfSpace& halfSpace) {
-    Flags flags{};
-    for (size_t corner = 0; corner < 3; ++corner) {
-        const auto* xyz = &block.coordinates[3 * corner];
-        for (uint32_t lane = 0; lane < kSize; ++lane) {
-            flags[lane] |= halfSpace.holds({xyz[0][lane], xyz[1][lane], xyz[2][lane]}) ? 1U : 0U;
-        }
-    }
-    return flags;
-}
-
-// all: the half space holds the whole block.
-uint32_t FaceBlocks::findInBlock(const HalfSpace& halfSpace, bool all, uint32_t from, uint32_t& step) const {
-    const Block& b = blocks_[(placeOf_[from] ^ step) / kSize];
-    const Flags flags = all ? b.isPresent : facesIn(b, halfSpace);
-    const uint32_t end = step / kSize * kSize + kSize;
-    for (uint32_t s = step; s < end; ++s) {
-        const uint32_t lane = (placeOf_[from] ^ s) % kSize;
-        if (flags[lane] == 0 || b.isPresent[lane] == 0 || b.face[lane] == from) continue;
-        step = s;
-        return b.face[lane];
-    }
-    return kNone;
-}
+struct FaceBlocks::Search {
+    const HalfSpace& halfSpace;
+    BoxReach reach;
+    uint32_t first;  // the place from which the steps lead away
+};
 
 // The place after so many steps is the first one with the bits of their number turned over: all of a small part of the
 // tree comes before what is beside it.
 uint32_t FaceBlocks::findIn(const HalfSpace& halfSpace, uint32_t from, uint32_t& step) const {
-    const Direction direction(halfSpace.normal);
-    const uint32_t first = placeOf_[from];
-    size_t level = 0;
-    for (uint32_t width = kSize;; step = step / width * width + width) {  // places of a node of the level
-        // Up while a node begins here, down where it isn't clear.
-        while (step % (width * kBranches) == 0 && level + 1 < levels_.size()) {
-            ++level;
-            width *= kBranches;
-        }
-        if (step / width > 0 && level + 1 == levels_.size()) return kNone;
-        const auto overlap = [&] {
-            const uint32_t number = (first ^ step) / width;
-            if (number >= levels_[level].size() || levels_[level][number].presentCount == 0) return Overlap::None;
-            return overlapOf(levels_[level][number].bounds, halfSpace, direction);
-        };
-        Overlap found = overlap();
-        for (; found != Overlap::None && level > 0; found = overlap()) {
-            --level;
-            width /= kBranches;
-        }
-        if (found == Overlap::None) continue;
-        const uint32_t face = findInBlock(halfSpace, found == Overlap::All, from, step);
-        if (face != kNone) return face;
+    const Search search{halfSpace, BoxReach(halfSpace.normal), placeOf_[from]};
+    uint32_t found = stepInBlock(search, std::max(step, 1U));
+    if (found == kNone && partsIn(search, levels_.back(), 0) == 0) return kNone;
+    uint32_t width = kSize;  // places of a part of the level
+    for (size_t level = 0; found == kNone && level < levels_.size(); ++level, width *= kBranches) {
+        const uint32_t next = (step / width + 1) * width;
+        if (next % (width * kBranches) != 0) found = stepInGroup(search, level, next);
     }
+    if (found == kNone) return kNone;
+    step = found;
+    const uint32_t place = search.first ^ step;
+    return blocks_[place / kSize].face[place % kSize];
 }
 
-void FaceBlocks::countInBlock(const Block& block, const Plane& plane, SideCounts& counts) {
-    Flags anyBehind{}, anyInFront{};
-    const float lower = plane.behind().bound, upper = -plane.inFront().bound;
-    for (size_t corner = 0; corner < 3; ++corner) {
-        const auto* xyz = &block.coordinates[3 * corner];
-        for (uint32_t lane = 0; lane < kSize; ++lane) {
-            const float d = dot(plane.normal, {xyz[0][lane], xyz[1][lane], xyz[2][lane]});
-            anyBehind[lane] |= d < lower ? 1U : 0U;
-            anyInFront[lane] |= d > upper ? 1U : 0U;
-        }
+// Which parts of a group may have a face there, and have faces: a bit each. A box that isn't finite always may.
+inline uint32_t FaceBlocks::partsIn(const Search& search, const Level& level, size_t group) const {
+    const BoxGroup& boxes = level.groups[group];
+    const Bits isClear = search.reach.low(boxes) >= search.halfSpace.bound;
+    const Bits isEmpty = bitsAt(boxes.counts) == 0;
+    uint32_t parts = signsOf(~(isClear | isEmpty));
+    for (uint32_t others = boxes.hasHubs & ~parts; others != 0; others &= others - 1) {
+        const auto lane = static_cast<uint32_t>(std::countr_zero(others));
+        if (boxes.counts[lane] > 0 && holdsHub(level, group * kBranches + lane, search.halfSpace)) parts |= 1U << lane;
     }
-    for (uint32_t lane = 0; lane < kSize; ++lane) {
-        counts.behind += static_cast<int32_t>(anyBehind[lane] & ~anyInFront[lane]);
-        counts.front += static_cast<int32_t>(anyInFront[lane] & ~anyBehind[lane]);
-        counts.spanning += static_cast<int32_t>(anyInFront[lane] & anyBehind[lane]);
-    }
+    return parts;
 }
 
-// False, and nothing counted, where the faces of the node have to be looked at.
-inline bool FaceBlocks::countClear(const Node& node, const Plane& plane, const Direction& direction,
-                                   SideCounts& counts) const {
-    const HalfSpace behind = plane.behind(), inFront = plane.inFront();
-    const Reach reach(node.bounds, direction);
-    const bool allBehind = reach.high<behind.bound, allInFront = reach.low> - inFront.bound;
-    const bool noneBehind = reach.low >= behind.bound, noneInFront = reach.high <= -inFront.bound;
-    if ((!allBehind && !noneBehind) || (!allInFront && !noneInFront)) return false;
-    if (noneBehind && holdsHub(node.bounds, behind)) return false;
-    if (noneInFront && holdsHub(node.bounds, inFront)) return false;
-    if (allBehind) counts.behind += node.count;
-    if (allInFront) counts.front += node.count;
-    return true;
+// From the step on, among the parts of its group.
+uint32_t FaceBlocks::stepInGroup(const Search& search, size_t level, uint32_t step) const {
+    const uint32_t width = kSize << 2 * level;
+    const size_t group = (search.first ^ step) / width / kBranches;
+    if (group >= levels_[level].groups.size()) return kNone;
+    const uint32_t parts = partsIn(search, levels_[level], group);
+    do {
+        const uint32_t part = (search.first ^ step) / width % kBranches;
+        if ((parts >> part & 1) != 0) {
+            const uint32_t found = level == 0 ? stepInBlock(search, step) : stepInGroup(search, level - 1, step);
+            if (found != kNone) return found;
+        }
+        step += width;
+    } while (step % (width * kBranches) != 0);
+    return kNone;
+}
+
+// From the step on, in its block.
+uint32_t FaceBlocks::stepInBlock(const Search& search, uint32_t step) const {
+    const uint32_t place = search.first ^ step;
+    const Block& b = blocks_[place / kSize];
+    const Slab& slab = slabs_[place / kSize];
+    const HalfSpace& halfSpace = search.halfSpace;
+    if (slab.isThin() && slab.reach(halfSpace.normal).low >= halfSpace.bound) return kNone;
+
+    uint32_t lanes = 0;
+    for (uint32_t four = 0; four < kSize; four += 4) {
+        Bits isIn{};
+        for (size_t row = 0; row < 9; row += 3)
+            isIn |= dotAt(halfSpace.normal, &b.coordinates[row], four) < halfSpace.bound;
+        lanes |= signsOf(isIn) << four;
+    }
+    for (uint32_t end = step / kSize * kSize + kSize; lanes != 0 && step < end; ++step) {
+        if ((lanes >> (search.first ^ step) % kSize & 1) != 0) return step;
+    }
+    return kNone;
+}
+
+struct FaceBlocks::Count {
+    const Plane& plane;
+    BoxReach reach;
+    int32_t mostSpanning;
+    SideCounts counts;
+    float lower = plane.behind().bound, upper = -plane.inFront().bound;  // of what is on the plane
+
+    // Where all faces of a part lie whose vertices have dot products from low to high; Spanning where they must be
+    // looked at.
+    Side sideOf(double low, double high) const {
+        const bool noneBehind = low >= lower, noneInFront = high <= upper;
+        if (noneBehind && noneInFront) return Side::Coplanar;
+        if (noneBehind && low > upper) return Side::Front;
+        return noneInFront && high < lower ? Side::Behind : Side::Spanning;
+    }
+
+    void add(Side side, int32_t number) {
+        if (side == Side::Front) counts.front += number;
+        if (side == Side::Behind) counts.behind += number;
+    }
+};
+
+void FaceBlocks::countInBlock(uint32_t number, Count& count) const {
+    const Block& b = blocks_[number];
+    if (slabs_[number].isThin()) {
+        const Slab::Reach reach = slabs_[number].reach(count.plane.normal);
+        const Side side = count.sideOf(reach.low, reach.high);
+        if (side != Side::Spanning) return count.add(side, static_cast<int32_t>(b.count));
+    }
+    Bits behind{}, front{}, both{};
+    for (uint32_t four = 0; four < kSize; four += 4) {
+        Bits anyBehind{}, anyInFront{};
+        for (size_t row = 0; row < 9; row += 3) {
+            const Lanes d = dotAt(count.plane.normal, &b.coordinates[row], four);
+            anyBehind |= d < count.lower;
+            anyInFront |= d > count.upper;
+        }
+        behind -= anyBehind;
+        front -= anyInFront;
+        both -= anyBehind & anyInFront;
+    }
+    const int32_t spanning = sum(both);
+    count.counts.behind += sum(behind) - spanning;
+    count.counts.front += sum(front) - spanning;
+    count.counts.spanning += spanning;
+}
+
+// Parts that are clear of the plane are counted at once. A box that isn't finite never is.
+void FaceBlocks::countInGroup(size_t level, size_t group, Count& count) const {
+    const BoxGroup& boxes = levels_[level].groups[group];
+    const Lanes low = count.reach.low(boxes), high = count.reach.high(boxes);
+    const Bits noneBehind = low >= count.lower, noneInFront = high <= count.upper;
+    Bits inFront = (low > count.upper) & noneBehind, behind = (high < count.lower) & noneInFront;
+    uint32_t open = signsOf(~(inFront | behind | (noneBehind & noneInFront)));
+    for (uint32_t others = boxes.hasHubs & ~open; others != 0; others &= others - 1) {
+        const auto lane = static_cast<uint32_t>(std::countr_zero(others));
+        const size_t part = group * kBranches + lane;
+        const bool isOff = (inFront[lane] == 0 && holdsHub(levels_[level], part, count.plane.inFront())) ||
+                           (behind[lane] == 0 && holdsHub(levels_[level], part, count.plane.behind()));
+        if (!isOff) continue;
+        open |= 1U << lane;
+        inFront[lane] = behind[lane] = 0;
+    }
+    count.counts.front += sum(inFront & bitsAt(boxes.counts));
+    count.counts.behind += sum(behind & bitsAt(boxes.counts));
+    for (; open != 0 && count.counts.spanning <= count.mostSpanning; open &= open - 1) {
+        const auto lane = static_cast<uint32_t>(std::countr_zero(open));
+        const auto part = static_cast<uint32_t>(group * kBranches + lane);
+        if (boxes.counts[lane] == 0) continue;
+        if (level == 0) {
+            countInBlock(part, count);
+        } else {
+            countInGroup(level - 1, part, count);
+        }
+    }
 }
 
 SideCounts FaceBlocks::countSides(uint32_t planeOf, int32_t mostSpanning) const {
     const Plane& plane = faces_.planes[planeOf];
-    const Direction direction(plane.normal);
-    SideCounts counts;
+    Count count{plane, BoxReach(plane.normal), mostSpanning, {}};
 
     // Rounding may put a face off its own plane; the loop counts it there.
     const Side own = sideOf(faces_, planeOf, plane);
-    if (own == Side::Front) --counts.front;
-    if (own == Side::Behind) --counts.behind;
-    if (own == Side::Spanning) --counts.spanning;
-
-    const auto end = static_cast<uint32_t>(blocks_.size());
-    size_t level = 0;
-    for (uint32_t block = 0, width = 1; block < end && counts.spanning <= mostSpanning; block += width) {
-        while (level + 1 < levels_.size() && block % (width * kBranches) == 0) {
-            ++level;
-            width *= kBranches;
-        }
-        const auto isClear = [&] { return countClear(levels_[level][block / width], plane, direction, counts); };
-        bool clear = isClear();
-        for (; !clear && level > 0; clear = isClear()) {
-            --level;
-            width /= kBranches;
-        }
-        if (!clear) countInBlock(blocks_[block], plane, counts);
-    }
-    return counts;
+    if (own == Side::Front) --count.counts.front;
+    if (own == Side::Behind) --count.counts.behind;
+    if (own == Side::Spanning) --count.counts.spanning;
+    countInGroup(levels_.size() - 1, 0, count);
+    return count.counts;
 }
 
 }  // namespace marrowfen
