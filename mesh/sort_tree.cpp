@@ -27,8 +27,9 @@ constexpr Direction kDirections[] = {Behind, InFront};
 // Peels the members of one node.
 class Peeler {
 public:
-    Peeler(const SortFaces& faces, const FaceList& members)
-        : faces_(faces), blocks_(faces, members), isPeeled_(faces.faceCount()) {
+    // blocks: of the members; what is peeled is taken out.
+    Peeler(const SortFaces& faces, FaceBlocks& blocks, const FaceList& members)
+        : faces_(faces), blocks_(blocks), isPeeled_(faces.faceCount()) {
         for (const Direction d : kDirections) {
             steps_[d].resize(faces.faceCount());
             firstWaiting_[d].assign(faces.faceCount(), kNoFace);
@@ -87,7 +88,7 @@ private:
     }
 
     const SortFaces& faces_;
-    FaceBlocks blocks_;
+    FaceBlocks& blocks_;
     std::vector<bool> isPeeled_;
 
     // Per direction and face.
@@ -121,8 +122,7 @@ int32_t fewestCutFarOut(const SortFaces& faces, const FaceList& members, const F
 }
 
 // The member whose plane cuts the fewest others; among equals the one that divides them most evenly, then the first.
-uint32_t pickDivider(const SortFaces& faces, const FaceList& members) {
-    const FaceBlocks blocks(faces, members);
+uint32_t pickDivider(const SortFaces& faces, const FaceBlocks& blocks, const FaceList& members) {
     uint32_t best = kNoFace;
     SideCounts bestCounts{0, 0, fewestCutFarOut(faces, members, blocks)};
     const auto imbalance = [](const SideCounts& c) { return std::abs(c.front - c.behind); };
@@ -184,14 +184,19 @@ std::unique_ptr<SortNode> makeNode(SortFaces& faces, FaceList members, int depth
     if (members.empty()) return nullptr;
     assert(depth <= kMaxDepth && faces.planes.size() == faces.faceCount());
     auto node = std::make_unique<SortNode>();
-    Peeler(faces, members).peel(*node, members);
+    const size_t peelable = members.size();
+    auto blocks = std::make_unique<FaceBlocks>(faces, members);
+    Peeler(faces, *blocks, members).peel(*node, members);
     if (members.empty()) return node;
     if (depth >= kMaxDepth) {
         node->leafOrder = orderedByHeight(faces, members);
         return node;
     }
 
-    const uint32_t divider = pickDivider(faces, members);
+    // Few of many would stand in blocks with gaps.
+    if (members.size() < peelable - peelable / 4) blocks = std::make_unique<FaceBlocks>(faces, members);
+    const uint32_t divider = pickDivider(faces, *blocks, members);
+    blocks.reset();
     node->plane = faces.planes[divider];
     Division division = divideFaces(faces, members, divider);
     node->back = makeNode(faces, std::move(division.back), depth + 1);
