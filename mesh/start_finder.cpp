@@ -51,7 +51,10 @@ uint32_t StartFinder::best() {
         const auto top = static_cast<size_t>(highest) % kSlots;
         if (bestAtLate_[top] <= best) return faceOf(best);
         const uint32_t face = faceOf(bestAtLate_[top]);
-        if (rankOf(face) == bestAtLate_[top]) return face;
+        if (rankOf(face) == bestAtLate_[top]) {
+            fetchCornersOf(face);
+            return face;
+        }
         bestAtLate_[top] = bestAt(lateVertex_[top]);
     }
 }
@@ -92,11 +95,26 @@ StartFinder::Rank StartFinder::bestAt(uint32_t vertex) {
         best = std::max(best, rank);
         usedCount += rank < 0 ? 1 : 0;
     }
-    if (usedCount > at.count / 4) {
-        const auto isUsed = [&](const CornerAt& corner) { return faces_.isUsed(corner.face); };
-        at.count = static_cast<uint32_t>(std::remove_if(corners.begin(), corners.end(), isUsed) - corners.begin());
-    }
+    __builtin_prefetch(&faces_[faceOf(best)]);  // where a strip may well start
+    if (usedCount > at.count / 4) dropUsed(at);
     return best;
+}
+
+// (Without branches: which are used can't be guessed.)
+void StartFinder::dropUsed(FacesAt& at) {
+    CornerAt* const corners = &cornersAt_[at.first];
+    uint32_t kept = 0;
+    for (uint32_t i = 0; i < at.count; ++i) {
+        const CornerAt corner = corners[i];
+        corners[kept] = corner;
+        kept += faces_.isUsed(corner.face) ? 0 : 1;
+    }
+    at.count = kept;
+}
+
+// Its vertices come in soon: the faces in their accounts are on their way to the processor when they do.
+void StartFinder::fetchCornersOf(uint32_t face) const {
+    for (const uint32_t v : faces_[face].corners) __builtin_prefetch(&cornersAt_[facesOf_[v].first]);
 }
 
 // Puts each free face with its vertices.

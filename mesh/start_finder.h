@@ -51,6 +51,8 @@ private:
     Rank bestOfAll() const;
     Rank bestOf(FaceQueue& queue) const;
     Rank bestAt(uint32_t vertex);
+    void dropUsed(FacesAt& at);
+    void fetchCornersOf(uint32_t face) const;
     Rank bestAtHubs();
     void bringInLate();
     void forgetLate();
