@@ -73,6 +73,22 @@ Mesh confetti(uint32_t count, float size, uint32_t seed) {
     return mesh;
 }
 
+// A cone of many faces over small triangles, of which the highest have only its tip above them.
+Mesh cone(uint32_t seed) {
+    std::mt19937 random(seed);
+    Mesh mesh = makers::fan(100, true);
+    for (uint32_t i = 0; i < 20; ++i) {
+        const auto first = static_cast<uint32_t>(mesh.vertexes.size());
+        const Point3 center{0, 0, static_cast<float>(pick(random, 100)) / 100};
+        for (const Point3& p : {Point3{0.1F, 0, 0}, Point3{0, 0.1F, 0}, Point3{0, 0, 0}}) {
+            mesh.vertexes.push_back(center + p);
+        }
+        makers::addTriangle(mesh, {first, first + 1 + i % 2, first + 2 - i % 2});
+    }
+    mesh.setNumFrames(1);
+    return mesh;
+}
+
 Mesh scaled(Mesh mesh, float factor) {
     for (Point3& p : mesh.vertexes) p = p * factor;
     return mesh;
@@ -123,6 +139,8 @@ TEST(Sort, AgreesWithThePlainMethod) {
         {"rough sphere", 10, [](uint32_t s) { return makers::noisy(makers::sphere(8, 6), 0.1F, s); }},
         {"spoiled", 10, [](uint32_t s) { return makers::spoiled(makers::torus(8, 5), 3, 4 + s); }},
         {"book", 10, [](uint32_t s) { return makers::book(s + 1); }},
+        {"smooth", 2, [](uint32_t s) { return makers::shuffled(makers::torus(24, 20), s); }},
+        {"cone", 5, [](uint32_t s) { return cone(s); }},
     };
     for (const auto& c : cases) {
         for (uint32_t seed = 0; seed < c.rounds; ++seed) {
