@@ -120,7 +120,8 @@ Mesh books(uint32_t seed) {
         if (makers::pick(random, rarity) == 0) t[2] = makers::pick(random, seed % 3 == 0 ? 2 : 3);
         if (makers::pick(random, 2) == 0) std::swap(t[0], t[1]);
         if (seed % 3 == 0 || !hasRepeats(t)) triangles.push_back(t);
-        if (seed % 5 == 0) triangles.push_back({triangles.back()[1], triangles.back()[0], triangles.back()[2]});
+        if (seed % 5 != 0 || triangles.empty()) continue;
+        triangles.push_back({triangles.back()[1], triangles.back()[0], triangles.back()[2]});
     }
     return makers::fromTriangles(std::vector<Point3>(3 + others), triangles);
 }
