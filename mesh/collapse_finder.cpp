@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
-#include <cstring>
+
+#include "mesh/few_faces.h"
 
 namespace marrowfen {
 
@@ -15,6 +16,8 @@ namespace marrowfen {
 namespace {
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+Lanes curvatureOf(Lanes alignments) { return higher(lower((1.0F - alignments) / 2.0F, allLanes(1)), allLanes(0)); }
 
 }  // namespace
 
@@ -29,93 +32,30 @@ float CollapseFinder::lengthTo(uint32_t vertex, uint32_t neighbor) const {
     return length(sites_[neighbor].position - sites_[vertex].position);
 }
 
-// The dot product of each of a few faces' normals with all, four at once. One that isn't a number counts as the lowest.
-template <size_t kBlocks>
-struct CollapseFinder::FewFaces {
-    static constexpr size_t kMost = kBlocks * Block::kSize;
-    alignas(16) float x[kMost], y[kMost], z[kMost];
-    Lanes dots[kMost][kBlocks];
-
-    // Fills the places of the last four, some of which no face may take.
-    explicit FewFaces(const Point3& n) {
-        const Lanes nx{n.x, n.x, n.x, n.x}, ny{n.y, n.y, n.y, n.y}, nz{n.z, n.z, n.z, n.z};
-        std::memcpy(x + kMost - Block::kSize, &nx, sizeof nx);
-        std::memcpy(y + kMost - Block::kSize, &ny, sizeof ny);
-        std::memcpy(z + kMost - Block::kSize, &nz, sizeof nz);
-    }
-
-    void computeDots(size_t count) {
-        Block blocks[kBlocks];
-        for (size_t b = 0; b < kBlocks; ++b) {
-            std::memcpy(&blocks[b].x, x + b * Block::kSize, sizeof(Lanes));
-            std::memcpy(&blocks[b].y, y + b * Block::kSize, sizeof(Lanes));
-            std::memcpy(&blocks[b].z, z + b * Block::kSize, sizeof(Lanes));
-        }
-        const Lanes lowest{-kInfinity, -kInfinity, -kInfinity, -kInfinity};
-        for (size_t f = 0; f < count; ++f) {
-            const Lanes ownX{x[f], x[f], x[f], x[f]}, ownY{y[f], y[f], y[f], y[f]}, ownZ{z[f], z[f], z[f], z[f]};
-            for (size_t b = 0; b < kBlocks; ++b) {
-                const Lanes dot = blocks[b].x * ownX + blocks[b].y * ownY + blocks[b].z * ownZ;
-                dots[f][b] = dot > lowest ? dot : lowest;
-            }
-        }
-    }
-
-    // The smallest over all faces of the largest over the side's faces: two, mostly, and the others each a bit.
-    float alignmentAt(size_t first, size_t second, uint32_t others) const {
-        assert(first < second && second < kMost);
-        Lanes least{kInfinity, kInfinity, kInfinity, kInfinity};
-        for (size_t b = 0; b < kBlocks; ++b) {
-            Lanes largest = dots[first][b] > dots[second][b] ? dots[first][b] : dots[second][b];
-            for (uint32_t left = others; left != 0; left &= left - 1) {
-                const Lanes dot = dots[std::countr_zero(left)][b];
-                largest = dot > largest ? dot : largest;
-            }
-            least = largest < least ? largest : least;
-        }
-        const Lanes halves = __builtin_shufflevector(least, least, 2, 3, 0, 1);
-        least = least < halves ? least : halves;
-        return least[1] < least[0] ? least[1] : least[0];
-    }
-};
-
 template <size_t kBlocks>
 CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::span<const uint32_t> neighbors,
                                                        std::span<const uint32_t> faces) {
-    assert(!faces.empty() && faces.size() <= kBlocks * Block::kSize && neighbors.size() <= kFew);
-    Site* const sites = sites_.data();
+    FewFaces<kBlocks> few;
+    bits_[vertex] = 0;  // unless it is its own neighbour
+    few.setNeighbors(neighbors, sites_, bits_);
+    few.setFaces(faces, faces_, bits_);
 
-    // The faces of each neighbour, and of the vertex itself unless it is its own neighbour.
-    uint32_t sides[kFew + 1] = {};
-    sites[vertex].slot = kFew;
-    for (uint32_t i = 0; i < neighbors.size(); ++i) sites[neighbors[i]].slot = i;
-    FewFaces<kBlocks> few(faces_.normal(faces[0]));
-    for (size_t f = 0; f < faces.size(); ++f) {
-        const auto& [a, b, c] = faces_.corners(faces[f]);
-        const Point3& normal = faces_.normal(faces[f]);
-        sides[sites[a].slot] |= 1U << f;
-        sides[sites[b].slot] |= 1U << f;
-        sides[sites[c].slot] |= 1U << f;
-        few.x[f] = normal.x, few.y[f] = normal.y, few.z[f] = normal.z;
+    // A cost that isn't a number counts as an infinite one.
+    Lanes costs[kBlocks], alignments[kBlocks];
+    few.computeLengths(sites_[vertex].position, costs);
+    const bool isOnBorder = !few.computeAlignments(alignments);
+    Lanes lowest = allLanes(kInfinity);
+    for (size_t b = 0; b < kBlocks; ++b) {
+        if (!isOnBorder) costs[b] *= curvatureOf(alignments[b]);
+        lowest = lower(costs[b], lowest);
     }
-    few.computeDots(faces.size());
+    lowest = lowestOf(lowest);
 
-    Collapse best;
-    const Point3 position = sites[vertex].position;
-    for (size_t i = 0; i < neighbors.size(); ++i) {
-        const uint32_t side = sides[i], others = side & (side - 1);
-        if (others == 0 && side != 0) return closest(vertex, neighbors, 1);  // it is on a border
-        const float distance = length(sites[neighbors[i]].position - position);
-        float curvature = 1;
-        if (side != 0) {
-            curvature =
-                curvatureOf(few.alignmentAt(static_cast<size_t>(std::countr_zero(side)),
-                                            static_cast<size_t>(std::countr_zero(others)), others & (others - 1)));
-        }
-        const float cost = distance * curvature;
-        if (cost < best.cost) best = {neighbors[i], cost};
-    }
-    return best;
+    // The first among equals.
+    if (lowest[0] == kInfinity) return {};
+    uint32_t places = 0;
+    for (size_t b = 0; b < kBlocks; ++b) places |= signsOf(costs[b] == lowest) << 4 * b;
+    return {neighbors[static_cast<size_t>(std::countr_zero(places))], lowest[0]};
 }
 
 // All edges have the same curvature.
@@ -198,12 +138,12 @@ size_t CollapseFinder::borderSlot() const {
 // The smallest alignment of the block's faces.
 float CollapseFinder::leastAlignment(size_t slot, const Block& block) const {
     assert(slot + 1 < sideEnds_.size());
-    Lanes largest = Lanes{} - kInfinity;
+    Lanes largest = allLanes(-kInfinity);
     for (uint32_t i = slot == 0 ? 0 : sideEnds_[slot - 1]; i < sideEnds_[slot]; ++i) {
         const Block& other = blocks_[sides_[i] / Block::kSize];
         const size_t at = sides_[i] % Block::kSize;
         const Lanes dot = block.x * other.x[at] + block.y * other.y[at] + block.z * other.z[at];
-        largest = dot > largest ? dot : largest;
+        largest = higher(dot, largest);
     }
     return std::min(std::min(largest[0], largest[1]), std::min(largest[2], largest[3]));
 }
@@ -263,7 +203,7 @@ CollapseFinder::Collapse CollapseFinder::cheapest(uint32_t vertex, std::span<con
                                                   std::span<const uint32_t> faces, uint32_t hint) {
     assert(!neighbors.empty());  // a vertex without faces can have itself as its only neighbour
     if (faces.size() <= kFew && neighbors.size() <= kFew && !faces.empty()) {
-        switch ((faces.size() - 1) / Block::kSize) {
+        switch ((std::max(faces.size(), neighbors.size()) - 1) / 4) {
             case 0:
                 return cheapestOfFew<1>(vertex, neighbors, faces);
             case 1:

@@ -8,6 +8,7 @@
 #include "ground/math.h"
 #include "mesh/corners.h"
 #include "mesh/face_table.h"
+#include "mesh/lanes.h"
 
 namespace marrowfen {
 
@@ -22,7 +23,7 @@ public:
     static constexpr uint32_t kNone = 0xFFFFFFFF;
 
     // The tables must outlive this; faces may change.
-    CollapseFinder(std::vector<Site>& sites, FaceTable& faces) : sites_(sites), faces_(faces) {}
+    CollapseFinder(std::vector<Site>& sites, FaceTable& faces) : sites_(sites), faces_(faces), bits_(sites.size()) {}
 
     struct Collapse {
         uint32_t target = kNone;
@@ -36,9 +37,6 @@ public:
                       uint32_t hint);
 
 private:
-    // Four numbers that are computed with at once. Each comes out as it would alone.
-    using Lanes = float __attribute__((vector_size(16)));
-
     static constexpr size_t kFew =
         16;  // faces, and neighbours, of a vertex whose dot products are all computed at once
 
@@ -58,8 +56,6 @@ private:
 
     float lengthTo(uint32_t vertex, uint32_t neighbor) const;
     template <size_t kBlocks>
-    struct FewFaces;
-    template <size_t kBlocks>
     Collapse cheapestOfFew(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces);
     Collapse closest(uint32_t vertex, std::span<const uint32_t> neighbors, float curvature) const;
     Collapse cheapestOfMany(uint32_t vertex, std::span<const uint32_t> neighbors, std::span<const uint32_t> faces,
@@ -77,6 +73,8 @@ private:
 
     std::vector<Site>& sites_;  // per vertex; the slots are changed
     FaceTable& faces_;
+
+    std::vector<uint16_t> bits_;  // per vertex, in a cache line with many: its place among a few neighbours
 
     // Of the vertex looked at.
     std::vector<Point3> normals_;      // of its faces, equal ones once where that is seen at once

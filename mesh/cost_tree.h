@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "mesh/lanes.h"
 #include "mesh/list_pool.h"
 
 namespace marrowfen {
@@ -68,9 +69,6 @@ private:
     };
     using Level = std::vector<Group, LineAllocator<Group>>;
 
-    using Lanes = float __attribute__((vector_size(16)));
-    using Bits = int32_t __attribute__((vector_size(16)));
-
     static Lanes lanes(const Group& group, size_t first) {
         Lanes four;
         std::memcpy(&four, group.costs + first, sizeof four);
@@ -78,20 +76,15 @@ private:
     }
 
     static float lowestOf(const Group& group) {
-        const auto lower = [](const Lanes& a, const Lanes& b) { return a < b ? a : b; };
-        const Lanes l = lower(lower(lanes(group, 0), lanes(group, 4)), lower(lanes(group, 8), lanes(group, 12)));
-        const Lanes halves = lower(l, __builtin_shufflevector(l, l, 2, 3, 0, 1));
-        return halves[1] < halves[0] ? halves[1] : halves[0];
+        return marrowfen::lowestOf(
+            lower(lower(lanes(group, 0), lanes(group, 4)), lower(lanes(group, 8), lanes(group, 12))))[0];
     }
 
     // All places are looked at, without branches that would be guessed wrong.
     static uint32_t firstPlaceOf(float cost, const Group& group) {
-        Bits found{};
-        for (int32_t first = 0; first < static_cast<int32_t>(kGroupSize); first += 4) {
-            found |= (lanes(group, static_cast<size_t>(first)) == cost) & (Bits{1, 2, 4, 8} << first);
-        }
-        found |= __builtin_shufflevector(found, found, 2, 3, 0, 1);
-        return static_cast<uint32_t>(std::countr_zero(static_cast<uint32_t>(found[0] | found[1])));
+        uint32_t found = 0;
+        for (uint32_t first = 0; first < kGroupSize; first += 4) found |= signsOf(lanes(group, first) == cost) << first;
+        return static_cast<uint32_t>(std::countr_zero(found));
     }
 
     std::vector<Level> levels_;  // from the costs themselves up to one group

@@ -25,6 +25,13 @@ struct Site {
 // face has moved: where collapses cost nothing, most never are.
 class FaceTable {
 public:
+    // Half of a cache line.
+    struct alignas(32) Face {
+        Point3 normal;
+        uint32_t isTurned = 1;  // since the normal was computed
+        Corners corners;
+    };
+
     // The sites must outlive this.
     FaceTable(const std::vector<Site>& sites, size_t faceCount) : sites_(sites), faces_(faceCount) {}
 
@@ -34,7 +41,7 @@ public:
 
     void setCorners(uint32_t face, const Corners& corners) {
         faces_[face].corners = corners;
-        faces_[face].isTurned = true;
+        faces_[face].isTurned = 1;
     }
 
     // The first corner that is at one vertex goes to another.
@@ -42,21 +49,18 @@ public:
         Corners& corners = faces_[face].corners;
         assert(hasCorner(corners, from));
         corners[findCorner(corners, from)] = onto;
-        faces_[face].isTurned = true;
+        faces_[face].isTurned = 1;
     }
 
     void remove(uint32_t face) { faces_[face].corners = {kGone, kGone, kGone}; }
 
     // Of length 1, or 0 for a face without a direction; which of the two ways it points doesn't matter.
-    const Point3& normal(uint32_t face) {
+    const Point3& normal(uint32_t face) { return withNormal(face).normal; }
+
+    const Face& withNormal(uint32_t face) {
         Face& f = faces_[face];
-        if (f.isTurned) {
-            const auto& [a, b, c] = f.corners;
-            const Point3 &pa = sites_[a].position, &pb = sites_[b].position, &pc = sites_[c].position;
-            f.normal = normalized(cross(pc - pb, pb - pa));
-            f.isTurned = false;
-        }
-        return f.normal;
+        if (f.isTurned != 0) computeNormal(f);
+        return f;
     }
 
     void fetch(uint32_t face) const { __builtin_prefetch(&faces_[face]); }
@@ -64,11 +68,12 @@ public:
 private:
     static constexpr uint32_t kGone = UINT32_MAX;
 
-    struct alignas(32) Face {
-        Corners corners;
-        Point3 normal;
-        bool isTurned = true;  // since the normal was computed
-    };
+    [[gnu::noinline]] void computeNormal(Face& f) const {
+        const auto& [a, b, c] = f.corners;
+        const Point3 &pa = sites_[a].position, &pb = sites_[b].position, &pc = sites_[c].position;
+        f.normal = normalized(cross(pc - pb, pb - pa));
+        f.isTurned = 0;
+    }
 
     const std::vector<Site>& sites_;
     std::vector<Face> faces_;
