@@ -47,6 +47,7 @@ Decimator::Decimator(const Mesh& mesh)
       states_(mesh.vertexes.size() + 1),
       costs_(mesh.vertexes.size()),
       finder_(sites_, faces_),
+      fetchAhead_(sites_, faces_, lists_),
       hubBounds_(sites_, faces_, lists_) {
     for (uint32_t f = 0; f < faces_.size(); ++f) {
         const uint32_t* v = &mesh.indices[primitives_[f].firstElement];
@@ -190,6 +191,9 @@ uint32_t Decimator::findCheapest() {
 void Decimator::collapse(uint32_t from, uint32_t onto) {
     assert(from != onto ||
            lists_.contains(neighborsOf(from), from));  // its own neighbour through a face that repeats it
+    costs_.set(from, CostTree::kNever);
+    const uint32_t next = costs_.cheapest();  // unless it is one of those that this collapse makes cheaper
+    fetchAhead_.fetchLists(next);
     isNeighbor_ += 2;
     hasJoined_ += 2;
     touched_.clear();
@@ -206,25 +210,17 @@ void Decimator::collapse(uint32_t from, uint32_t onto) {
     destroyVertex(from, onto);
     if (costs_.lowestCost() > 0) {
         for (const uint32_t face : moved_) faces_.normal(face);  // together, as all are about to be asked for
-        fetchTouchedFaces();
+        for (const uint32_t v : touched_) fetchAhead_.fetchFaces(v);
     }
+    fetchAhead_.fetchNeighbors(next);
     for (const uint32_t face : moved_) hubBounds_.faceChanged(face);
-    for (const uint32_t v : touched_) {
+    for (size_t i = 0; i < touched_.size(); ++i) {
+        const uint32_t v = touched_[i];
+        if (i == 1) fetchAhead_.fetchFurther(next);
         // In flat regions most already stand among those that may cost nothing, and still have neighbours.
         const State& state = states_[v];
         if (state.mark == hasJoined_ && state.isBound && costs_.costOf(v) == 0 && costs_.lowestCost() <= 0) continue;
         touch(v);
-    }
-}
-
-// Starts to load the faces of all touched vertices, which stand all over the memory.
-void Decimator::fetchTouchedFaces() const {
-    constexpr size_t kMost = 8;  // faces of a vertex; most have six
-    for (const uint32_t v : touched_) {
-        const std::span<const uint32_t> faces = lists_[facesOf(v)];
-        for (const uint32_t face : faces.first(std::min(faces.size(), kMost))) {
-            if (face != ListPool::kGap) faces_.fetch(face);
-        }
     }
 }
 
@@ -283,7 +279,6 @@ void Decimator::destroyVertex(uint32_t vertex, uint32_t onto) {
     lists_.clear(facesOf(vertex));
     hubBounds_.forget(vertex);
     states_[vertex].isBound = false;
-    costs_.set(vertex, CostTree::kNever);
 }
 
 void Decimator::run(int32_t targetCount) {

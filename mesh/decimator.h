@@ -6,6 +6,7 @@
 
 #include "mesh/collapse_finder.h"
 #include "mesh/cost_tree.h"
+#include "mesh/fetch_ahead.h"
 #include "mesh/hub_bounds.h"
 #include "mesh/list_pool.h"
 #include "mesh/mesh.h"
@@ -39,7 +40,6 @@ private:
     void findCollapse(uint32_t vertex);
     uint32_t findCheapest();
     void collapse(uint32_t from, uint32_t onto);
-    void fetchTouchedFaces() const;
     void destroyCommonFaces(uint32_t from, uint32_t onto);
     void moveFaces(uint32_t from, uint32_t onto);
     void destroyFace(uint32_t face, uint32_t from);
@@ -61,6 +61,7 @@ private:
     std::vector<State> states_;  // per vertex, and for the padding of costs_
     CostTree costs_;             // per vertex
     CollapseFinder finder_;
+    FetchAhead fetchAhead_;
     HubBounds hubBounds_;
     std::vector<uint32_t> touched_;  // neighbours of the vertex that collapses
     std::vector<uint32_t> moved_;    // its faces that go on with another vertex

@@ -47,9 +47,10 @@ public:
     size_t size(uint32_t list) const { return lists_[list].end - lists_[list].gaps; }
     bool isEmpty(uint32_t list) const { return size(list) == 0; }
     bool hasGaps(uint32_t list) const { return lists_[list].gaps != 0; }
+    // Starts to load a list where most begin: the entry that tells is still to be loaded itself.
     void fetch(uint32_t list) const {
         __builtin_prefetch(&lists_[list]);
-        __builtin_prefetch(numbers_.data() + lists_[list].begin);
+        __builtin_prefetch(numbers_.data() + size_t{kFirstCapacity} * list);
     }
 
     bool contains(uint32_t list, uint32_t number) const {
