@@ -18,15 +18,19 @@ namespace {
 constexpr size_t kFewNeighbors = 8;        // so many more than a vertex has are marked for it rather than looked for
 constexpr float kLoneVertexCost = -0.01F;  // below every collapse: a vertex without neighbours goes first
 
-// The numbers of a list; scratch takes them where the list has gaps.
-std::span<const uint32_t> numbersOf(const ListPool& lists, uint32_t list, std::vector<uint32_t>& scratch) {
-    if (!lists.hasGaps(list)) return lists[list];
+[[gnu::noinline]] std::span<const uint32_t> withoutGaps(const ListPool& lists, uint32_t list,
+                                                        std::vector<uint32_t>& scratch) {
     scratch.clear();
     for (const uint32_t n : lists[list]) {
         if (n != ListPool::kGap) scratch.push_back(n);
     }
     assert(scratch.size() == lists.size(list));
     return scratch;
+}
+
+// The numbers of a list; scratch takes them where the list has gaps.
+inline std::span<const uint32_t> numbersOf(const ListPool& lists, uint32_t list, std::vector<uint32_t>& scratch) {
+    return lists.hasGaps(list) ? withoutGaps(lists, list, scratch) : lists[list];
 }
 
 std::vector<Site> sitesOf(const Mesh& mesh) {

@@ -72,8 +72,7 @@ public:
 
     void append(uint32_t list, uint32_t number) {
         List& entry = lists_[list];
-        if (entry.end == entry.capacity) grow(list);
-        if (isLong(entry)) enter(list, number, entry.end);
+        if (entry.end == entry.capacity || isLong(entry)) makeRoom(list, number);
         numbers_[entry.begin + entry.end++] = number;
     }
 
@@ -204,6 +203,12 @@ private:
             at = static_cast<uint32_t>(std::find(numbers + at, numbers + entry.end, number) - numbers);
         }
         for (; entry.end > 0 && numbers[entry.end - 1] == kGap; --entry.end) --entry.gaps;
+    }
+
+    [[gnu::noinline]] void makeRoom(uint32_t list, uint32_t number) {
+        const List& entry = lists_[list];
+        if (entry.end == entry.capacity) grow(list);
+        if (isLong(entry)) enter(list, number, entry.end);
     }
 
     // Moves the list to a place with twice the room.
