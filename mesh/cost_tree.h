@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -69,11 +68,7 @@ private:
     };
     using Level = std::vector<Group, LineAllocator<Group>>;
 
-    static Lanes lanes(const Group& group, size_t first) {
-        Lanes four;
-        std::memcpy(&four, group.costs + first, sizeof four);
-        return four;
-    }
+    static Lanes lanes(const Group& group, size_t first) { return lanesAt(group.costs + first); }
 
     static float lowestOf(const Group& group) {
         return marrowfen::lowestOf(
