@@ -43,10 +43,10 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::spa
     // A cost that isn't a number counts as an infinite one.
     Lanes costs[kBlocks], alignments[kBlocks];
     few.computeLengths(sites_[vertex].position, costs);
-    const bool isOnBorder = !few.computeAlignments(alignments);
+    const size_t border = few.computeAlignments(alignments);
     Lanes lowest = allLanes(kInfinity);
     for (size_t b = 0; b < kBlocks; ++b) {
-        if (!isOnBorder) costs[b] *= curvatureOf(alignments[b]);
+        if (border == few.kMost) costs[b] *= curvatureOf(alignments[b]);
         lowest = lower(costs[b], lowest);
     }
     lowest = lowestOf(lowest);
@@ -55,7 +55,8 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::spa
     if (lowest[0] == kInfinity) return {};
     uint32_t places = 0;
     for (size_t b = 0; b < kBlocks; ++b) places |= signsOf(costs[b] == lowest) << 4 * b;
-    return {neighbors[static_cast<size_t>(std::countr_zero(places))], lowest[0]};
+    return {neighbors[static_cast<size_t>(std::countr_zero(places))], lowest[0],
+            border == few.kMost ? kNone : neighbors[border]};
 }
 
 // All edges have the same curvature.

@@ -28,7 +28,7 @@ public:
     struct Collapse {
         uint32_t target = kNone;
         float cost = std::numeric_limits<float>::infinity();
-        uint32_t border = kNone;  // of a vertex with many faces: a neighbour with which it shares exactly one, if any
+        uint32_t border = kNone;  // a neighbour with which it shares exactly one face, if any
     };
 
     // The first neighbour among equals; none when no cost is finite. hint: a neighbour that may be the one, which saves

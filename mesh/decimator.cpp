@@ -4,6 +4,8 @@
 #include <cassert>
 #include <utility>
 
+#include "mesh/common_faces.h"
+
 namespace marrowfen {
 
 // The vertex with the cheapest collapse is moved onto its neighbour, again and again, until few enough faces are left.
@@ -57,7 +59,7 @@ Decimator::Decimator(const Mesh& mesh)
         const uint32_t* v = &mesh.indices[primitives_[f].firstElement];
         addFace(f, {v[0], v[1], v[2]});
     }
-    for (uint32_t v = 0; v < sites_.size(); ++v) touch(v);
+    for (uint32_t v = 0; v < sites_.size(); ++v) touch(v, kNone, kNone);
 }
 
 void Decimator::addFace(uint32_t face, const Corners& corners) {
@@ -148,9 +150,9 @@ void Decimator::partUnlessSharingFace(uint32_t a, uint32_t b) {
     lists_.remove(neighborsOf(b), a);
 }
 
-// The vertex's collapse may have changed. A bound serves as long as others cost less: in flat regions, where collapses
-// cost nothing, and at hubs most vertices never come up as the cheapest.
-void Decimator::touch(uint32_t vertex) {
+// The vertex's collapse may have changed, by one from a neighbour onto another vertex. A bound serves as long as others
+// cost less: in flat regions, where collapses cost nothing, and at hubs most vertices never come up as the cheapest.
+void Decimator::touch(uint32_t vertex, uint32_t from, uint32_t onto) {
     if (lists_.isEmpty(neighborsOf(vertex))) {
         states_[vertex].target = kNone;
         states_[vertex].isBound = false;
@@ -161,6 +163,7 @@ void Decimator::touch(uint32_t vertex) {
         setBound(vertex, hubBounds_.boundOf(vertex));
     } else {
         hubBounds_.forget(vertex);
+        if (states_[vertex].border != kNone && touchOnBorder(vertex, from, onto)) return;
         if (costs_.lowestCost() > 0) {
             findCollapse(vertex);
         } else {
@@ -169,17 +172,37 @@ void Decimator::touch(uint32_t vertex) {
     }
 }
 
+// On a border costs are lengths, so that a vertex has to be looked at again only where its target is gone, or may have
+// gone to the end of its neighbours' order, as onto does, which may also be new. False where the vertex isn't known to
+// be on a border or its cheapest collapse had better be found at once.
+bool Decimator::touchOnBorder(uint32_t vertex, uint32_t from, uint32_t onto) {
+    VertexState& state = states_[vertex];
+    if (vertex == onto || from == onto) return false;
+    if (countCommonFaces(faces_, lists_, vertex, state.border) != 1) return false;
+    if (state.target == from || state.target == onto) {
+        if (costs_.lowestCost() > 0) return false;
+        state.isBound = true;
+    }
+    const float distance = length(sites_[onto].position - sites_[vertex].position);
+    if (distance < costs_.costOf(vertex) && lists_.contains(neighborsOf(vertex), onto)) {
+        state.target = onto;
+        costs_.set(vertex, distance);
+    }
+    return true;
+}
+
 void Decimator::setBound(uint32_t vertex, float bound) {
     costs_.set(vertex, bound);
     states_[vertex].isBound = true;
 }
 
 void Decimator::findCollapse(uint32_t vertex) {
-    State& state = states_[vertex];
+    VertexState& state = states_[vertex];
     const CollapseFinder::Collapse found =
         finder_.cheapest(vertex, numbersOf(lists_, neighborsOf(vertex), neighborScratch_),
                          numbersOf(lists_, facesOf(vertex), faceScratch_), state.target);
     state.target = found.target;
+    state.border = found.border;
     state.isBound = false;
     costs_.set(vertex, found.cost);
     if (hubBounds_.isHub(vertex) && costs_.cheapest() != vertex) hubBounds_.watch(vertex, found);
@@ -222,9 +245,9 @@ void Decimator::collapse(uint32_t from, uint32_t onto) {
         const uint32_t v = touched_[i];
         if (i == 1) fetchAhead_.fetchFurther(next);
         // In flat regions most already stand among those that may cost nothing, and still have neighbours.
-        const State& state = states_[v];
+        const VertexState& state = states_[v];
         if (state.mark == hasJoined_ && state.isBound && costs_.costOf(v) == 0 && costs_.lowestCost() <= 0) continue;
-        touch(v);
+        touch(v, from, onto);
     }
 }
 

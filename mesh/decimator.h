@@ -10,6 +10,7 @@
 #include "mesh/hub_bounds.h"
 #include "mesh/list_pool.h"
 #include "mesh/mesh.h"
+#include "mesh/vertex_state.h"
 
 namespace marrowfen {
 
@@ -35,7 +36,8 @@ private:
     bool shareFace(uint32_t a, uint32_t b) const;
     void partUnlessSharingFace(uint32_t a, uint32_t b);
 
-    void touch(uint32_t vertex);
+    void touch(uint32_t vertex, uint32_t from, uint32_t onto);
+    bool touchOnBorder(uint32_t vertex, uint32_t from, uint32_t onto);
     void setBound(uint32_t vertex, float bound);
     void findCollapse(uint32_t vertex);
     uint32_t findCheapest();
@@ -48,18 +50,12 @@ private:
     static constexpr uint32_t kNone = CollapseFinder::kNone;
 
     const std::vector<Primitive>& primitives_;  // per face, gone ones too: material and polyhedron
-    struct State {
-        uint32_t target = CollapseFinder::kNone;  // where its cheapest collapse goes, kNone for nowhere
-        bool isBound = false;                     // its cost is only known to be no less
-        uint32_t mark = 0;  // relation to the vertex onto which another collapses, in that collapse
-    };
-
-    std::vector<Site> sites_;  // per vertex
+    std::vector<Site> sites_;                   // per vertex
     FaceTable faces_;
     int32_t faceCount_;
-    ListPool lists_;             // per vertex: its neighbours and its faces
-    std::vector<State> states_;  // per vertex, and for the padding of costs_
-    CostTree costs_;             // per vertex
+    ListPool lists_;                   // per vertex: its neighbours and its faces
+    std::vector<VertexState> states_;  // per vertex, and for the padding of costs_
+    CostTree costs_;                   // per vertex
     CollapseFinder finder_;
     FetchAhead fetchAhead_;
     HubBounds hubBounds_;

@@ -57,22 +57,23 @@ public:
     }
 
     // For each neighbour the smallest over all faces of the largest dot product with its own faces. One that isn't a
-    // number counts as the lowest. False if a neighbour has exactly one face: the vertex is on a border.
-    bool computeAlignments(Lanes (&alignments)[kBlocks]) {
+    // number counts as the lowest. Returns kMost, or a neighbour that has exactly one face, and no alignments: the
+    // vertex is on a border.
+    size_t computeAlignments(Lanes (&alignments)[kBlocks]) {
         computeDots();
         Lanes least[kMost];
         fillRest(least, neighborCount_, allLanes(kLowest));  // which costs no less than the first neighbour
         for (size_t i = 0; i < neighborCount_; ++i) {
             const uint32_t faces = facesAt(i);
             const bool isOneOrNone = (faces & (faces - 1)) == 0;
-            if (isOneOrNone && faces != 0) return false;
+            if (isOneOrNone && faces != 0) return i;
             least[i] = isOneOrNone ? allLanes(kLowest) : leastOfLargest(faces);
         }
         for (size_t b = 0; b < kBlocks; ++b) {
             const Lanes* const l = least + 4 * b;
             alignments[b] = lowestOfEach(l[0], l[1], l[2], l[3]);
         }
-        return true;
+        return kMost;
     }
 
     // From the neighbours to a point.

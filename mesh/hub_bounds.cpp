@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "mesh/common_faces.h"
+
 namespace marrowfen {
 
 void HubBounds::watch(uint32_t vertex, const CollapseFinder::Collapse& cheapest) {
@@ -50,15 +52,6 @@ void HubBounds::pickWitnesses(uint32_t vertex, Hub& hub) {
     }
 }
 
-// At least as many as the vertex shares with the neighbour, and as the neighbour with the vertex.
-uint32_t HubBounds::countCommonFaces(uint32_t vertex, uint32_t neighbor) const {
-    uint32_t count = 0;
-    for (const uint32_t face : lists_[facesOf(neighbor)]) {
-        if (face != ListPool::kGap) count += countCorners(faces_.corners(face), vertex);
-    }
-    return count;
-}
-
 // What the witnesses say. Fewer faces than all make the alignment larger and so the cost smaller, never the other way.
 float HubBounds::boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub) {
     const float distance = length(sites_[neighbor].position - sites_[vertex].position);
@@ -93,7 +86,7 @@ void HubBounds::enterBounds(const Corners& corners) {
 // Whether what the bound rests on is still there.
 bool HubBounds::holds(uint32_t vertex, const Hub& hub) {
     if (hub.border != CollapseFinder::kNone) {
-        return !isLarge(hub.border) && countCommonFaces(vertex, hub.border) == 1;
+        return !isLarge(hub.border) && countCommonFaces(faces_, lists_, vertex, hub.border) == 1;
     }
     for (size_t i = 0; i < kWitnesses; ++i) {
         if (!hasCorner(faces_.corners(hub.witnesses[i]), vertex)) return false;

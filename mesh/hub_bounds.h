@@ -65,7 +65,6 @@ private:
     void pickWitnesses(uint32_t vertex, Hub& hub);
     bool holds(uint32_t vertex, const Hub& hub);
     float boundOnto(uint32_t vertex, uint32_t neighbor, const Hub& hub);
-    uint32_t countCommonFaces(uint32_t vertex, uint32_t neighbor) const;
 
     const std::vector<Site>& sites_;
     FaceTable& faces_;
