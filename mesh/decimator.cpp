@@ -54,7 +54,8 @@ Decimator::Decimator(const Mesh& mesh)
       costs_(mesh.vertexes.size()),
       finder_(sites_, faces_),
       fetchAhead_(sites_, faces_, lists_),
-      hubBounds_(sites_, faces_, lists_) {
+      hubBounds_(sites_, faces_, lists_),
+      hubRuns_(sites_, faces_, lists_, states_, costs_) {
     for (uint32_t f = 0; f < faces_.size(); ++f) {
         const uint32_t* v = &mesh.indices[primitives_[f].firstElement];
         addFace(f, {v[0], v[1], v[2]});
@@ -72,6 +73,7 @@ void Decimator::addFace(uint32_t face, const Corners& corners) {
 // Makes neighbours of the corners, for each corner in turn.
 void Decimator::connectCorners(const Corners& c) {
     if (hasRepeats(c)) {
+        hubRuns_.refuse();
         for (size_t i = 0; i < 3; ++i) {
             for (size_t j = 0; j < 3; ++j) {
                 if (i != j && !lists_.contains(neighborsOf(c[i]), c[j])) lists_.append(neighborsOf(c[i]), c[j]);
@@ -218,6 +220,7 @@ uint32_t Decimator::findCheapest() {
 void Decimator::collapse(uint32_t from, uint32_t onto) {
     assert(from != onto ||
            lists_.contains(neighborsOf(from), from));  // its own neighbour through a face that repeats it
+    hubRuns_.collapsed(onto);
     costs_.set(from, CostTree::kNever);
     const uint32_t next = costs_.cheapest();  // unless it is one of those that this collapse makes cheaper
     fetchAhead_.fetchLists(next);
@@ -313,7 +316,11 @@ void Decimator::run(int32_t targetCount) {
         const uint32_t cheapest = findCheapest();
         if (costs_.lowestCost() == CostTree::kNever) break;
         assert(cheapest < sites_.size() && !states_[cheapest].isBound);
-        collapse(cheapest, states_[cheapest].target);
+        const uint32_t target = states_[cheapest].target;
+        const auto surplus = static_cast<uint32_t>(std::min<int64_t>(int64_t{faceCount_} - targetCount, faceCount_));
+        const uint32_t removed = hubRuns_.run(cheapest, target, surplus, hubBounds_);
+        faceCount_ -= static_cast<int32_t>(removed);
+        if (removed == 0) collapse(cheapest, target);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "mesh/cost_tree.h"
 #include "mesh/fetch_ahead.h"
 #include "mesh/hub_bounds.h"
+#include "mesh/hub_runs.h"
 #include "mesh/list_pool.h"
 #include "mesh/mesh.h"
 #include "mesh/vertex_state.h"
@@ -59,6 +60,7 @@ private:
     CollapseFinder finder_;
     FetchAhead fetchAhead_;
     HubBounds hubBounds_;
+    HubRuns hubRuns_;
     std::vector<uint32_t> touched_;  // neighbours of the vertex that collapses
     std::vector<uint32_t> moved_;    // its faces that go on with another vertex
     uint32_t isNeighbor_ = 2;        // the mark of one that was its neighbour before

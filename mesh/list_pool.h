@@ -124,6 +124,24 @@ public:
         *last = by;
     }
 
+    // Puts another number in the place of one that stands in the list once.
+    void rename(uint32_t list, uint32_t number, uint32_t by) {
+        const List& entry = lists_[list];
+        uint32_t* const begin = numbers_.data() + entry.begin;
+        if (isLong(entry)) {
+            const auto found = index_.find(key(list, number));
+            assert(found != index_.end() && found->second.count == 1);
+            const uint32_t at = found->second.at;
+            index_.erase(found);
+            begin[at] = by;
+            enter(list, by, at);
+        } else {
+            uint32_t* const at = std::find(begin, begin + entry.end, number);
+            assert(at != begin + entry.end);
+            *at = by;
+        }
+    }
+
     // For a number that stands in the list only once.
     void removeLast(uint32_t list) {
         List& entry = lists_[list];

@@ -85,7 +85,7 @@ Mesh lattice(Mesh mesh) {
 TEST(Decimate, SameAsThePlainMethod) {
     const int32_t percents[] = {-70, 0, 10, 25, 55, 80, 99};
     std::mt19937 random(1);
-    for (uint32_t seed = 0; seed < 3; ++seed) {
+    for (uint32_t seed = 0; seed < makers::rounds(3); ++seed) {
         for (const Mesh& mesh : makers::variedMeshes(seed)) {
             Mesh withLoneVertices = makers::patched(mesh, 2, seed);
             withLoneVertices.vertexes.resize(mesh.vertexes.size() + 5);
@@ -125,7 +125,7 @@ Mesh slanted(Mesh mesh) {
 
 // Vertices of so many faces that bounds stand in for their costs.
 TEST(Decimate, HubsSameAsThePlainMethod) {
-    for (uint32_t seed = 0; seed < 4; ++seed) {
+    for (uint32_t seed = 0; seed < makers::rounds(4); ++seed) {
         for (Mesh mesh : {makers::fan(110, true), makers::fan(90, false), makers::book(90), makers::sphere(80, 3),
                           makers::soup(200, 12, seed, true), makers::soup(250, 150, seed), makers::soup(150, 4, seed),
                           slanted(makers::fan(90, true)), makers::grid(20, 6)}) {
@@ -136,6 +136,47 @@ TEST(Decimate, HubsSameAsThePlainMethod) {
             mesh.decimate(20);
             plain::decimate(plain, 20);
             ASSERT_EQ(listing(mesh), listing(plain)) << "seed " << seed << "\n" << listing(input);
+        }
+    }
+}
+
+// Moves the points of a grid within its plane, so far that collapses turn faces over.
+Mesh crumpled(Mesh mesh, uint32_t seed) {
+    const Mesh moved = makers::noisy(mesh, 0.4F, seed);
+    for (size_t i = 0; i < mesh.vertexes.size(); ++i) {
+        mesh.vertexes[i] = {moved.vertexes[i].x, moved.vertexes[i].y, mesh.vertexes[i].z};
+    }
+    return mesh;
+}
+
+// In a plane across the x axis, with coordinates that aren't exact.
+Mesh upright(Mesh mesh) {
+    for (Point3& p : mesh.vertexes) p = {0.3F, 0.1F * p.x + 0.7F, -0.1F * p.y};
+    return mesh;
+}
+
+// The middle of a fan in its plane, with some other points in the same places.
+Mesh flatFan(uint32_t seed) {
+    Mesh mesh = makers::fan(30, true);
+    mesh.vertexes[0].z = 0;
+    for (uint32_t i = 1; i <= seed % 4; ++i) mesh.vertexes[7 * i] = mesh.vertexes[0];
+    return mesh;
+}
+
+// Hubs that go on for many collapses.
+TEST(Decimate, HubRunsSameAsThePlainMethod) {
+    for (uint32_t seed = 0; seed < makers::rounds(4); ++seed) {
+        std::mt19937 random(seed);
+        const uint32_t side = 4 + makers::pick(random, 16);
+        const Mesh sheet = makers::grid(side, 10);
+        for (const Mesh& shape : {sheet, upright(sheet), upright(crumpled(sheet, seed)), makers::spoiled(sheet, 0, 97),
+                                  slanted(sheet), flatFan(seed)}) {
+            const Mesh input = seed % 2 == 0 ? shape : makers::shuffled(shape, seed);
+            Mesh fast = input, plain = input;
+            const auto percent = static_cast<int32_t>(makers::pick(random, 60));
+            fast.decimate(percent);
+            plain::decimate(plain, percent);
+            ASSERT_EQ(listing(fast), listing(plain)) << "seed " << seed << ", percent " << percent;
         }
     }
 }

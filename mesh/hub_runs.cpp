@@ -1,0 +1,21 @@
+#include "mesh/hub_runs.h"
+
+namespace marrowfen {
+
+uint32_t HubRuns::run(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds) {
+    if (isRefused_ || target == CollapseFinder::kNone || costs_.lowestCost() > 0) return 0;
+    return travel(vertex, target, surplus, bounds);
+}
+
+// Not at a vertex's first collapse: most that cost nothing go no further.
+uint32_t HubRuns::travel(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds) {
+    if (vertex != lastOnto_ || lists_.size(facesOf(vertex)) < TravellingHub::kFewestFaces) return 0;
+    const uint32_t steps = travelling_.travel(vertex, target, (surplus + 1) / 2);
+    if (steps == 0) return 0;
+    lastOnto_ = travelling_.place();
+    bounds.forget(lastOnto_);
+    for (const uint32_t face : travelling_.moved()) bounds.faceChanged(face);
+    return 2 * steps;
+}
+
+}  // namespace marrowfen
