@@ -3,7 +3,8 @@
 namespace marrowfen {
 
 uint32_t HubRuns::run(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds) {
-    if (isRefused_ || target == CollapseFinder::kNone || costs_.lowestCost() > 0) return 0;
+    if (isRefused_ || target == CollapseFinder::kNone) return 0;
+    if (costs_.lowestCost() > 0) return turnPages(vertex, target, surplus, bounds);
     return travel(vertex, target, surplus, bounds);
 }
 
@@ -16,6 +17,18 @@ uint32_t HubRuns::travel(uint32_t vertex, uint32_t target, uint32_t surplus, Hub
     bounds.forget(lastOnto_);
     for (const uint32_t face : travelling_.moved()) bounds.faceChanged(face);
     return 2 * steps;
+}
+
+// The hub may be either end of the collapse.
+uint32_t HubRuns::turnPages(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds) {
+    const auto isLarge = [&](uint32_t v) { return lists_.size(facesOf(v)) >= BookHub::kFewestFaces; };
+    const uint32_t hub = isLarge(vertex) ? vertex : target;
+    if (!isLarge(hub)) return 0;
+    const uint32_t steps = book_.run(hub, surplus);
+    if (steps == 0) return 0;
+    bounds.forget(book_.place());
+    bounds.forget(book_.spine());
+    return steps;
 }
 
 }  // namespace marrowfen

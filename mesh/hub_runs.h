@@ -2,12 +2,14 @@
 
 #include <cstdint>
 
+#include "mesh/book_hub.h"
 #include "mesh/hub_bounds.h"
 #include "mesh/travelling_hub.h"
 
 namespace marrowfen {
 
-// Makes many collapses in a row at once where they come at one hub, which travels through a flat region.
+// Makes many collapses in a row at once where they come at one hub: it travels through a flat region, or is that of a
+// book.
 class HubRuns {
 public:
     // The tables must outlive this and may change between runs.
@@ -15,7 +17,8 @@ public:
             CostTree& costs)
         : lists_(lists),
           costs_(costs),
-          travelling_(sites, faces, lists, states, costs) {}
+          travelling_(sites, faces, lists, states, costs),
+          book_(sites, faces, lists, states, costs) {}
 
     // To be called where a face has a corner twice: then no run is made.
     void refuse() { isRefused_ = true; }
@@ -29,10 +32,12 @@ public:
 
 private:
     uint32_t travel(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds);
+    uint32_t turnPages(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds);
 
     const ListPool& lists_;
     const CostTree& costs_;
     TravellingHub travelling_;
+    BookHub book_;
     bool isRefused_ = false;
     uint32_t lastOnto_ = CollapseFinder::kNone;  // where the last collapse went
 };
