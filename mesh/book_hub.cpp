@@ -94,7 +94,7 @@ bool BookHub::areNeighborsInOrder() const {
 // Takes the hub and its pages out of the costs: what is left is what others cost.
 void BookHub::hideCosts() {
     bounds_.clear();
-    mostCost_ = std::numeric_limits<float>::infinity();
+    mostCost_ = length(sites_[spine_].position - position_);
     for (uint32_t i = 0; i < pages_.size(); ++i) {
         costs_.set(pages_[i].vertex, CostTree::kNever);
         mostCost_ = std::min(mostCost_, length(sites_[spine_].position - pages_[i].position));
@@ -127,8 +127,7 @@ bool BookHub::findNearest() {
         if (distance == distance_) nearest_.push_back(page);
         keep(page, distance);
     }
-    const float toSpine = length(sites_[spine_].position - position_);
-    return distance_ >= kLeastDistance && distance_ < mostCost_ && distance_ < toSpine;
+    return distance_ >= kLeastDistance && distance_ < mostCost_;
 }
 
 // The lowest number goes first: a page onto the hub, or the hub onto the first page in its order.
