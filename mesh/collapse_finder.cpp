@@ -41,7 +41,7 @@ CollapseFinder::Collapse CollapseFinder::cheapestOfFew(uint32_t vertex, std::spa
     few.setFaces(faces, faces_, bits_);
 
     // A cost that isn't a number counts as an infinite one.
-    Lanes costs[kBlocks], alignments[kBlocks];
+    Lanes costs[kBlocks], alignments[kBlocks] = {};
     few.computeLengths(sites_[vertex].position, costs);
     const size_t border = few.computeAlignments(alignments);
     Lanes lowest = allLanes(kInfinity);
