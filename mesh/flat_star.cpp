@@ -93,14 +93,14 @@ bool FlatStar::facesOneWay(const Point3& vertex) const {
     const float width = most_.x - least_.x, height = most_.y - least_.y;
     if (!(std::min(width, height) >= kLeastExtent && std::max(width, height) <= kMostExtent)) return false;
     const float leastArea = width * height * kLeastArea;
-    Lanes least = Lanes{} + std::numeric_limits<float>::infinity(), most = -least;
+    Lanes least = allLanes(std::numeric_limits<float>::infinity()), most = -least;
     for (const Block& b : blocks_) {
         const Lanes area = (b.ax - at.x) * (b.by - at.y) - (b.ay - at.y) * (b.bx - at.x);
-        least = area < least ? area : least;
-        most = area > most ? area : most;
+        least = lower(area, least);
+        most = higher(area, most);
     }
-    const auto low = std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
-    const auto high = std::max(std::max(most[0], most[1]), std::max(most[2], most[3]));
+    const float low = lowestOf(least)[0];
+    const float high = std::max(std::max(most[0], most[1]), std::max(most[2], most[3]));
     return low >= leastArea || high <= -leastArea;
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ground/math.h"
+#include "mesh/lanes.h"
 
 namespace marrowfen {
 
@@ -29,8 +30,6 @@ public:
     bool facesOneWay(const Point3& vertex) const;
 
 private:
-    using Lanes = float __attribute__((vector_size(16)));
-
     // Four triangles. Those of the last block that are none are like the last one that is.
     struct Block {
         static constexpr size_t kSize = 4;
