@@ -20,11 +20,11 @@ inline double cpuSeconds() {
 }
 
 // Shortest of several runs of work, each after an unmeasured prepare.
-inline double bestSeconds(const std::function<void()>& prepare, const std::function<void()>& work) {
-    constexpr double kEnough = 0.2;  // seconds of work
+inline double bestSeconds(const std::function<void()>& prepare, const std::function<void()>& work,
+                          double enough = 0.2) {
     constexpr int kFewestRuns = 3;
     double best = 1e30, total = 0;
-    for (int run = 0; run < kFewestRuns || (total < kEnough && run < 1000); ++run) {
+    for (int run = 0; run < kFewestRuns || (total < enough && run < 1000); ++run) {
         prepare();
         const double start = cpuSeconds();
         work();
@@ -43,18 +43,26 @@ struct Rival {
     std::function<void()> work;
 };
 
-// Times ours and reports its best time in microseconds and the rivals' as multiples of that.
+// In turns, so that a processor that is slower for a while is so for both; the median of the rounds.
+inline double timesAsLong(const Rival& rival, const std::function<void()>& prepare, const std::function<void()>& ours) {
+    constexpr int kRounds = 9;
+    std::vector<double> ratios;
+    for (int round = 0; round < kRounds; ++round) {
+        const double own = bestSeconds(prepare, ours, 0.05);
+        const double others = bestSeconds(rival.prepare, rival.work, 0.05);
+        ratios.push_back(others / own);
+        if (others > 1) break;  // far from any close call
+    }
+    const auto middle = ratios.begin() + static_cast<std::ptrdiff_t>(ratios.size() / 2);
+    std::nth_element(ratios.begin(), middle, ratios.end());
+    return *middle;
+}
+
+// Times ours and reports its best time in microseconds and the rivals' as multiples of ours.
 inline void compare(benchmark::State& state, const std::function<void()>& prepare, const std::function<void()>& ours,
                     const std::vector<Rival>& rivals) {
-    double seconds = 1e30;
-    for (auto _ : state) {
-        const double run = bestSeconds(prepare, ours);
-        seconds = std::min(seconds, run);
-        state.SetIterationTime(run);
-    }
-    for (const Rival& rival : rivals) {
-        state.counters[rival.counter] = bestSeconds(rival.prepare, rival.work) / seconds;
-    }
+    for (auto _ : state) state.SetIterationTime(bestSeconds(prepare, ours));
+    for (const Rival& rival : rivals) state.counters[rival.counter] = timesAsLong(rival, prepare, ours);
 }
 
 }  // namespace marrowfen::bench
