@@ -11,7 +11,7 @@ namespace marrowfen::cli {
 
 namespace {
 
-constexpr size_t kNamesShown = 8;     // of a grouped warning
+constexpr size_t kNamesShown = 8;    // of a grouped warning
 constexpr size_t kLevelsShown = 16;  // with their triangles: a shape may have thousands
 
 std::string listed(const std::vector<std::string>& names) {
