@@ -43,13 +43,13 @@ uint32_t BookHub::run(uint32_t hub, uint32_t mostSteps) {
 
 bool BookHub::begin(uint32_t hub) {
     hub_ = place_ = hub;
-    position_ = sites_[hub].position;
+    position_ = tables_.sites[hub].position;
     steps_ = 0;
     way_ = 0;
     isReversed_ = false;
     pages_.clear();
-    if (!findSpine() || !isModerate(position_) || !isModerate(sites_[spine_].position)) return false;
-    for (const uint32_t face : lists_[facesOf(hub)]) {
+    if (!findSpine() || !isModerate(position_) || !isModerate(tables_.sites[spine_].position)) return false;
+    for (const uint32_t face : tables_.lists[facesOf(hub)]) {
         if (face != ListPool::kGap && !takePage(face)) return false;
     }
     firstLeft_ = 0;
@@ -59,11 +59,11 @@ bool BookHub::begin(uint32_t hub) {
 
 // What the first two faces have in common.
 bool BookHub::findSpine() {
-    const auto faces = lists_[facesOf(hub_)];
+    const auto faces = tables_.lists[facesOf(hub_)];
     const auto isFace = [](uint32_t face) { return face != ListPool::kGap; };
     const auto first = std::find_if(faces.begin(), faces.end(), isFace);
     const auto second = std::find_if(first + 1, faces.end(), isFace);
-    const Corners &a = faces_.corners(*first), &b = faces_.corners(*second);
+    const Corners &a = tables_.faces.corners(*first), &b = tables_.faces.corners(*second);
     const auto isCommon = [&](uint32_t v) { return v != hub_ && hasCorner(b, v); };
     const auto found = std::find_if(a.begin(), a.end(), isCommon);
     if (found == a.end()) return false;
@@ -72,17 +72,17 @@ bool BookHub::findSpine() {
 }
 
 bool BookHub::takePage(uint32_t face) {
-    const Corners& c = faces_.corners(face);
+    const Corners& c = tables_.faces.corners(face);
     if (!hasCorner(c, spine_)) return false;
     const uint32_t page = c[0] ^ c[1] ^ c[2] ^ hub_ ^ spine_;  // the third corner
-    if (lists_.size(facesOf(page)) != 1 || !isModerate(sites_[page].position)) return false;
-    pages_.push_back({page, face, sites_[page].position});
+    if (tables_.lists.size(facesOf(page)) != 1 || !isModerate(tables_.sites[page].position)) return false;
+    pages_.push_back({page, face, tables_.sites[page].position});
     return true;
 }
 
 // Whether the hub's neighbours are the pages in the order of its faces, with the spine first or second.
 bool BookHub::areNeighborsInOrder() const {
-    const auto neighbors = lists_[neighborsOf(hub_)];
+    const auto neighbors = tables_.lists[neighborsOf(hub_)];
     size_t page = 0;
     for (const uint32_t neighbor : neighbors) {
         if (neighbor == ListPool::kGap || neighbor == spine_) continue;
@@ -94,14 +94,14 @@ bool BookHub::areNeighborsInOrder() const {
 // Takes the hub and its pages out of the costs: what is left is what others cost.
 void BookHub::hideCosts() {
     bounds_.clear();
-    mostCost_ = length(sites_[spine_].position - position_);
+    mostCost_ = length(tables_.sites[spine_].position - position_);
     for (uint32_t i = 0; i < pages_.size(); ++i) {
-        costs_.set(pages_[i].vertex, CostTree::kNever);
-        mostCost_ = std::min(mostCost_, length(sites_[spine_].position - pages_[i].position));
+        tables_.costs.set(pages_[i].vertex, CostTree::kNever);
+        mostCost_ = std::min(mostCost_, length(tables_.sites[spine_].position - pages_[i].position));
         keep(i, length(position_ - pages_[i].position));
     }
-    costs_.set(hub_, CostTree::kNever);
-    mostCost_ = std::min(mostCost_, costs_.lowestCost());
+    tables_.costs.set(hub_, CostTree::kNever);
+    mostCost_ = std::min(mostCost_, tables_.costs.lowestCost());
 }
 
 void BookHub::keep(uint32_t page, float distance) {
@@ -147,13 +147,13 @@ void BookHub::turnPage() {
 // The page parts from the spine before it gets to know it again, through the first of the faces that come.
 void BookHub::moveOnto(uint32_t page) {
     remove(page);
-    states_[place_].isBound = false;
+    tables_.states[place_].isBound = false;
     place_ = pages_[page].vertex;
     position_ = pages_[page].position;
     way_ += double{distance_} * (1 + kDistanceSlack / 16);
     isReversed_ = !isReversed_;
     const uint32_t first = isReversed_ ? lastLeft_ : firstLeft_;
-    const Corners& c = faces_.corners(pages_[first].face);
+    const Corners& c = tables_.faces.corners(pages_[first].face);
     const bool isBeforeSpine = findCorner(c, pages_[first].vertex) < findCorner(c, spine_);
     pageBeforeSpine_ = isBeforeSpine ? first : kNone;
 }
@@ -162,12 +162,12 @@ void BookHub::moveOnto(uint32_t page) {
 void BookHub::remove(uint32_t page) {
     const auto [vertex, face, position, isGone] = pages_[page];
     pages_[page].isGone = true;
-    faces_.remove(face);
-    lists_.remove(facesOf(spine_), face);
-    lists_.remove(neighborsOf(spine_), vertex);
-    lists_.clear(facesOf(vertex));
-    lists_.clear(neighborsOf(vertex));
-    states_[vertex].isBound = false;
+    tables_.faces.remove(face);
+    tables_.lists.remove(facesOf(spine_), face);
+    tables_.lists.remove(neighborsOf(spine_), vertex);
+    tables_.lists.clear(facesOf(vertex));
+    tables_.lists.clear(neighborsOf(vertex));
+    tables_.states[vertex].isBound = false;
     while (pages_[firstLeft_].isGone) ++firstLeft_;
     while (pages_[lastLeft_].isGone) --lastLeft_;
 }
@@ -176,13 +176,13 @@ void BookHub::end() {
     if (place_ == hub_) {
         for (const Page& page : pages_) {
             if (!page.isGone) continue;
-            lists_.remove(facesOf(hub_), page.face);
-            lists_.remove(neighborsOf(hub_), page.vertex);
+            tables_.lists.remove(facesOf(hub_), page.face);
+            tables_.lists.remove(neighborsOf(hub_), page.vertex);
         }
     } else {
         moveLists();
     }
-    const Point3 spine = sites_[spine_].position;
+    const Point3 spine = tables_.sites[spine_].position;
     const float width = length(spine - position_);
     float cheapest = width;
     for (const Page& page : pages_) {
@@ -192,32 +192,32 @@ void BookHub::end() {
         cheapest = std::min(cheapest, distance);
     }
     setBound(place_, cheapest);
-    setBound(spine_, std::min(width, costs_.costOf(spine_)));
+    setBound(spine_, std::min(width, tables_.costs.costOf(spine_)));
 }
 
 void BookHub::setBound(uint32_t vertex, float bound) {
-    costs_.set(vertex, bound);
-    states_[vertex].isBound = true;
+    tables_.costs.set(vertex, bound);
+    tables_.states[vertex].isBound = true;
 }
 
 // To all others the hub has come last.
 void BookHub::moveLists() {
-    lists_.clear(facesOf(hub_));
-    lists_.clear(neighborsOf(hub_));
-    lists_.replace(neighborsOf(spine_), hub_, place_);
+    tables_.lists.clear(facesOf(hub_));
+    tables_.lists.clear(neighborsOf(hub_));
+    tables_.lists.replace(neighborsOf(spine_), hub_, place_);
     if (isReversed_) std::reverse(pages_.begin(), pages_.end());
     if (pageBeforeSpine_ != kNone && isReversed_) {
         pageBeforeSpine_ = static_cast<uint32_t>(pages_.size()) - 1 - pageBeforeSpine_;
     }
     const bool isPageFirst = pageBeforeSpine_ != kNone && !pages_[pageBeforeSpine_].isGone;
-    if (!isPageFirst) lists_.append(neighborsOf(place_), spine_);
+    if (!isPageFirst) tables_.lists.append(neighborsOf(place_), spine_);
     for (uint32_t i = 0; i < pages_.size(); ++i) {
         if (pages_[i].isGone) continue;
-        faces_.moveCorner(pages_[i].face, hub_, place_);
-        lists_.append(facesOf(place_), pages_[i].face);
-        lists_.append(neighborsOf(place_), pages_[i].vertex);
-        lists_.replace(neighborsOf(pages_[i].vertex), hub_, place_);
-        if (isPageFirst && i == pageBeforeSpine_) lists_.append(neighborsOf(place_), spine_);
+        tables_.faces.moveCorner(pages_[i].face, hub_, place_);
+        tables_.lists.append(facesOf(place_), pages_[i].face);
+        tables_.lists.append(neighborsOf(place_), pages_[i].vertex);
+        tables_.lists.replace(neighborsOf(pages_[i].vertex), hub_, place_);
+        if (isPageFirst && i == pageBeforeSpine_) tables_.lists.append(neighborsOf(place_), spine_);
     }
 }
 

@@ -5,11 +5,8 @@
 #include <vector>
 
 #include "ground/math.h"
-#include "mesh/cost_tree.h"
-#include "mesh/face_table.h"
-#include "mesh/list_pool.h"
+#include "mesh/decimation_tables.h"
 #include "mesh/patience.h"
-#include "mesh/vertex_state.h"
 
 namespace marrowfen {
 
@@ -26,9 +23,7 @@ public:
     static constexpr size_t kFewestFaces = 64;
 
     // The tables must outlive this and may change between runs.
-    BookHub(std::vector<Site>& sites, FaceTable& faces, ListPool& lists, std::vector<VertexState>& states,
-            CostTree& costs)
-        : sites_(sites), faces_(faces), lists_(lists), states_(states), costs_(costs) {}
+    explicit BookHub(const DecimationTables& tables) : tables_(tables) {}
 
     // Makes the collapses that come next as long as they are at this hub, but no more than so many. Returns how many;
     // each has removed a face. No face has a corner twice.
@@ -68,12 +63,7 @@ private:
     void moveLists();
     void setBound(uint32_t vertex, float bound);
 
-    std::vector<Site>& sites_;
-    FaceTable& faces_;
-    ListPool& lists_;
-    std::vector<VertexState>& states_;
-    CostTree& costs_;
-
+    const DecimationTables tables_;
     Patience patience_;
 
     // Of one run. Until its end all lists and faces call the hub by its first number.

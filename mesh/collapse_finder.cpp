@@ -146,7 +146,7 @@ float CollapseFinder::leastAlignment(size_t slot, const Block& block) const {
         const Lanes dot = block.x * other.x[at] + block.y * other.y[at] + block.z * other.z[at];
         largest = higher(dot, largest);
     }
-    return std::min(std::min(largest[0], largest[1]), std::min(largest[2], largest[3]));
+    return lowestOf(largest)[0];
 }
 
 // The smallest alignment of a face, or any that shows that the neighbour is worse than the best. Blocks are taken in

@@ -55,7 +55,7 @@ Decimator::Decimator(const Mesh& mesh)
       finder_(sites_, faces_),
       fetchAhead_(sites_, faces_, lists_),
       hubBounds_(sites_, faces_, lists_),
-      hubRuns_(sites_, faces_, lists_, states_, costs_) {
+      hubRuns_({sites_, faces_, lists_, states_, costs_}) {
     for (uint32_t f = 0; f < faces_.size(); ++f) {
         const uint32_t* v = &mesh.indices[primitives_[f].firstElement];
         addFace(f, {v[0], v[1], v[2]});

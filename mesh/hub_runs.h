@@ -13,12 +13,7 @@ namespace marrowfen {
 class HubRuns {
 public:
     // The tables must outlive this and may change between runs.
-    HubRuns(std::vector<Site>& sites, FaceTable& faces, ListPool& lists, std::vector<VertexState>& states,
-            CostTree& costs)
-        : lists_(lists),
-          costs_(costs),
-          travelling_(sites, faces, lists, states, costs),
-          book_(sites, faces, lists, states, costs) {}
+    explicit HubRuns(const DecimationTables& tables) : tables_(tables), travelling_(tables), book_(tables) {}
 
     // To be called where a face has a corner twice: then no run is made.
     void refuse() { isRefused_ = true; }
@@ -34,8 +29,7 @@ private:
     uint32_t travel(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds);
     uint32_t turnPages(uint32_t vertex, uint32_t target, uint32_t surplus, HubBounds& bounds);
 
-    const ListPool& lists_;
-    const CostTree& costs_;
+    const DecimationTables tables_;
     TravellingHub travelling_;
     BookHub book_;
     bool isRefused_ = false;

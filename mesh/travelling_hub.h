@@ -3,12 +3,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "mesh/cost_tree.h"
-#include "mesh/face_table.h"
+#include "mesh/decimation_tables.h"
 #include "mesh/flat_star.h"
-#include "mesh/list_pool.h"
 #include "mesh/patience.h"
-#include "mesh/vertex_state.h"
 
 namespace marrowfen {
 
@@ -27,9 +24,7 @@ public:
     static constexpr size_t kFewestFaces = 8;
 
     // The tables must outlive this and may change while no hub travels.
-    TravellingHub(std::vector<Site>& sites, FaceTable& faces, ListPool& lists, std::vector<VertexState>& states,
-                  CostTree& costs)
-        : sites_(sites), faces_(faces), lists_(lists), states_(states), costs_(costs) {}
+    explicit TravellingHub(const DecimationTables& tables) : tables_(tables) {}
 
     // Collapses the hub, whose collapse onto its target costs nothing and comes first, and goes on for as long as is
     // known, but no more than so many times. Returns how many collapses those were; each has removed two faces. No
@@ -74,12 +69,7 @@ private:
     void end();
     void endNeighbors();
 
-    std::vector<Site>& sites_;
-    FaceTable& faces_;
-    ListPool& lists_;
-    std::vector<VertexState>& states_;
-    CostTree& costs_;
-
+    const DecimationTables tables_;
     Patience patience_;
 
     // Of one journey. Until its end all lists and faces call the hub by its first number.
